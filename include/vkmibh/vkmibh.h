@@ -1,0 +1,16 @@
+// Everything at once.
+#pragma once
+
+#include <vkmibh/base.h>
+#include <vkmibh/console.h>
+#include <vkmibh/containers.h>
+#include <vkmibh/handler.h>
+#include <vkmibh/impl.h>
+#include <vkmibh/mibinfo.h>
+#include <vkmibh/rqmap.h>
+#include <vkmibh/subtree.h>
+#include <vkmibh/system.h>
+#include <vkmibh/timer.h>
+#include <vkmibh/transactions.h>
+#include <vkmibh/tree.h>
+#include <vkmibh/values.h>
