@@ -1,0 +1,96 @@
+#!/usr/bin/env python3
+"""The tree's own checks fail on a tree that breaks the rule they guard.
+
+Usage: gates_test.py <source root>
+"""
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(sys.argv.pop(1)) if len(sys.argv) > 1 else pathlib.Path(__file__).parents[2]
+
+
+def run(tool, files):
+    """The tool's exit code and output over a tree made of the given files."""
+    with tempfile.TemporaryDirectory() as name:
+        for path, text in files.items():
+            file = pathlib.Path(name) / path
+            file.parent.mkdir(parents=True, exist_ok=True)
+            file.write_text(text)
+        done = subprocess.run([sys.executable, str(ROOT / "tools" / tool), name],
+                              capture_output=True, text=True, check=False)
+        return done.returncode, done.stdout + done.stderr
+
+
+# Keeps the one exception of the layers in use.
+KNOT = {"include/vkmibh/rqmap.h": "#include <vkmibh/mibinfo.h>\n"}
+
+
+class Layers(unittest.TestCase):
+    def refuses(self, files, text):
+        code, output = run("check_layers.py", files)
+        self.assertEqual(code, 1, output)
+        self.assertIn(text, output)
+
+    def test_accepts_what_goes_down(self):
+        code, output = run("check_layers.py", {
+            **KNOT, "values/VarBind.cpp": "#include <vkmibh/values.h>\n#include <cstring>\n"})
+        self.assertEqual(code, 0, output)
+
+    def test_refuses_what_goes_up(self):
+        self.refuses({**KNOT, "values/VarBind.cpp": "#include <vkmibh/handler.h>\n"},
+                     "values/VarBind.cpp:1: values (level 3) includes query handling (level 8)")
+
+    def test_refuses_the_umbrella_inside_the_library(self):
+        self.refuses({**KNOT, "handler/MibHandler.cpp": "#include <vkmibh/vkmibh.h>\n"},
+                     "includes everything")
+
+    def test_refuses_the_host(self):
+        self.refuses({**KNOT, "handler/MibHandler.cpp": '#include "host/Engine.h"\n'},
+                     "outside the library")
+
+    def test_refuses_foreign_packages(self):
+        self.refuses({**KNOT, "system/Store.cpp": "#include <sqlite3.h>\n"}, "not of the C++ library")
+
+    def test_refuses_private_headers_in_public_ones(self):
+        self.refuses({**KNOT, "include/vkmibh/tree.h": '#include "registry/Node.h"\n'},
+                     "includes the private")
+
+    def test_refuses_an_exception_no_longer_needed(self):
+        self.refuses({"include/vkmibh/rqmap.h": "#include <vkmibh/subtree.h>\n"},
+                     "exception no longer needed")
+
+    def test_refuses_an_empty_tree(self):
+        self.refuses({}, "no sources")
+
+
+class Rules(unittest.TestCase):
+    def refuses(self, files, text):
+        code, output = run("check_rules.py", files)
+        self.assertEqual(code, 1, output)
+        self.assertIn(text, output)
+
+    def test_accepts_the_largest_file(self):
+        code, output = run("check_rules.py", {"values/A.cpp": "int a;\n" * 600,
+                                              "include/vkmibh/a.h": "int a;\n" * 400})
+        self.assertEqual(code, 0, output)
+
+    def test_refuses_long_files(self):
+        self.refuses({"values/A.cpp": "int a;\n" * 601}, "601 lines, more than 600")
+        self.refuses({"include/vkmibh/a.h": "int a;\n" * 401}, "401 lines, more than 400")
+
+    def test_refuses_checks_that_cannot_fail(self):
+        self.refuses({"tools/a.sh": "make check |" + "| true\n"}, "cannot fail")
+
+    def test_refuses_notes_to_self(self):
+        self.refuses({"values/A.cpp": "// TO" + "DO: later\n"}, "unfinished")
+
+    def test_refuses_disabled_tests(self):
+        self.refuses({"tests/A_test.cpp": "TEST(A, DISABLE" + "D_B) {}\n"}, "does not run")
+        self.refuses({"tests/A_test.cpp": "GTEST_SKI" + "P();\n"}, "does not run")
+
+
+if __name__ == "__main__":
+    unittest.main()
