@@ -1,0 +1,51 @@
+#include "foundation/PthreadLock.h"
+#include "foundation/SwmrState.h"
+
+#include <new>
+
+namespace VLK {
+
+TSWMRSynch::TSWMRSynch() : m_state(new (std::nothrow) SState) {}
+
+TSWMRSynch::~TSWMRSynch() { delete m_state; }
+
+int TSWMRSynch::WaitToRead(unsigned timeout)
+{
+    if (!m_state)
+        return eWaitRefused;
+    PthreadLock lock(m_state->mutex);
+    return m_state->Read(timeout);
+}
+
+void TSWMRSynch::DoneReading()
+{
+    if (!m_state)
+        return;
+    PthreadLock lock(m_state->mutex);
+    SwmrReaders::Entry* const entry = m_state->readers.Find(pthread_self());
+    if (!entry || --entry->count)
+        return;
+    m_state->readers.Remove(entry);
+    m_state->AdmitWriter();
+}
+
+int TSWMRSynch::WaitToWrite(unsigned timeout)
+{
+    if (!m_state)
+        return eWaitRefused;
+    PthreadLock lock(m_state->mutex);
+    return m_state->Write(timeout);
+}
+
+void TSWMRSynch::DoneWriting()
+{
+    if (!m_state)
+        return;
+    PthreadLock lock(m_state->mutex);
+    if (!m_state->Writes(pthread_self()) || --m_state->writeDepth)
+        return;
+    m_state->AdmitReaders();
+    m_state->AdmitWriter();
+}
+
+} // namespace VLK
