@@ -12,29 +12,9 @@ std::mutex g_creation;
 
 std::atomic<BTransactionIdGenerator*> BTransactionIdGenerator::s_pInstance{nullptr};
 
-BTransactionIdGenerator::BTransactionIdGenerator()
-{
-    AtomicAssign(&m_counter, 0);
-    BSingletons::Register(this);
-}
+BTransactionIdGenerator::BTransactionIdGenerator() = default;
 
-BTransactionIdGenerator::~BTransactionIdGenerator() { BSingletons::Unregister(this); }
-
-void BTransactionIdGenerator::Destroy() { DestroyInstance(); }
-
-BTransactionIdGenerator* BTransactionIdGenerator::GetInstance()
-{
-    BTransactionIdGenerator* instance = s_pInstance.load(std::memory_order_acquire);
-    if (instance)
-        return instance;
-    std::lock_guard<std::mutex> guard(g_creation);
-    instance = s_pInstance.load(std::memory_order_relaxed);
-    if (!instance) {
-        instance = new (std::nothrow) BTransactionIdGenerator;
-        s_pInstance.store(instance, std::memory_order_release);
-    }
-    return instance;
-}
+BTransactionIdGenerator::~BTransactionIdGenerator() = default;
 
 void BTransactionIdGenerator::DestroyInstance()
 {

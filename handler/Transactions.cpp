@@ -29,17 +29,9 @@ bool BTransaction::GetRemoteUdpPort(unsigned int&) { return false; }
 
 ITransactions::~ITransactions() = default;
 
-BTransactions::BTransactions() : m_lock(true), m_entries(nullptr), m_capacity(0)
-{
-    Enlarge();
-    BSingletons::Register(this);
-}
+BTransactions::BTransactions() : m_lock(true), m_entries(nullptr), m_capacity(0) { Enlarge(); }
 
-BTransactions::~BTransactions()
-{
-    BSingletons::Unregister(this);
-    Clear();
-}
+BTransactions::~BTransactions() { Clear(); }
 
 void BTransactions::Destroy() { DestroyInstance(); }
 
