@@ -1,0 +1,264 @@
+// Field order and, on 32-bit builds, the exact sizes of the laid-out classes.
+// Everything here is decided by the compiler: the file has nothing to run.
+#include <vkmibh/vkmibh.h>
+
+#include <cstddef>
+#include <initializer_list>
+#include <type_traits>
+
+// offsetof works on every class laid out here, though the language promises it
+// for standard-layout classes only.
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+
+namespace VLK {
+
+namespace {
+
+constexpr bool k32 = sizeof(void*) == 4;
+
+constexpr bool Ascending(std::initializer_list<std::size_t> offsets)
+{
+    std::size_t next = 0;
+    for (const std::size_t offset : offsets) {
+        if (offset < next)
+            return false;
+        next = offset + 1;
+    }
+    return true;
+}
+
+} // namespace
+
+// The friend of the laid-out classes.
+struct SLayoutCheck {
+    static void Base();
+    static void Values();
+    static void Containers();
+    static void Timer();
+    static void Tree();
+    static void Implementations();
+    static void Transactions();
+    static void Handler();
+    static void System();
+};
+
+#define FIELD(type, name) offsetof(type, name)
+
+void SLayoutCheck::Base()
+{
+    static_assert(
+        Ascending({FIELD(BString, m_data), FIELD(BString, m_length), FIELD(BString, m_capacity)}));
+    static_assert(offsetof(BString, m_data) == 0);
+    static_assert(!std::is_polymorphic_v<BString>);
+    static_assert(!k32 || sizeof(BString) == 12);
+
+    static_assert(offsetof(BLinkList, m_first) == 0);
+    static_assert(Ascending({FIELD(BLLItem, data), FIELD(BLLItem, link), FIELD(BLLItem, next)}));
+    static_assert(!k32 || sizeof(BLLItem) == 12);
+    static_assert(sizeof(atomic_t) == 4);
+}
+
+void SLayoutCheck::Values()
+{
+    static_assert(Ascending({FIELD(BObjectIdentifier, m_length), FIELD(BObjectIdentifier, m_arcs),
+                             FIELD(BObjectIdentifier, m_capacity)}));
+    static_assert(offsetof(BObjectIdentifier, m_length) == offsetof(SASNObjectId, count));
+    static_assert(offsetof(BObjectIdentifier, m_arcs) == offsetof(SASNObjectId, arcs));
+    static_assert(!std::is_polymorphic_v<BObjectIdentifier>);
+    static_assert(!k32 || sizeof(BObjectIdentifier) == 12);
+
+    static_assert(Ascending({FIELD(BOctetString, m_data), FIELD(BOctetString, m_length),
+                             FIELD(BOctetString, m_capacity)}));
+    static_assert(offsetof(BOctetString, m_data) == offsetof(SASNOctetStr, data));
+    static_assert(offsetof(BOctetString, m_length) == offsetof(SASNOctetStr, length));
+    static_assert(!std::is_polymorphic_v<BOctetString>);
+    static_assert(!k32 || sizeof(BOctetString) == 12);
+
+    static_assert(sizeof(BIpAddress) == 4);
+    static_assert(offsetof(SCTR64, high) == 0 && offsetof(SCTR64, low) == 4);
+    static_assert(sizeof(SCTR64) == 8 && sizeof(BCounter64) == 8);
+    static_assert(std::is_standard_layout_v<BCounter64>);
+
+    static_assert(sizeof(BObjectSyntax::m_syntax) == 1);
+    static_assert(Ascending({FIELD(BObjectSyntax, m_syntax), FIELD(BObjectSyntax, m_value)}));
+    static_assert(offsetof(BObjectSyntax, m_syntax) == 0);
+    static_assert(!std::is_polymorphic_v<BObjectSyntax>);
+    static_assert(sizeof(BObjectSyntax::UValue) == sizeof(BOctetString) ||
+                  sizeof(BObjectSyntax::UValue) == sizeof(BObjectIdentifier));
+    static_assert(!k32 || sizeof(BObjectSyntax::UValue) == 12);
+    static_assert(!k32 || sizeof(BObjectSyntax) == 16);
+
+    static_assert(Ascending({FIELD(BVarBind, m_name), FIELD(BVarBind, m_value)}));
+    static_assert(offsetof(BVarBind, m_name) == 0);
+    static_assert(!std::is_polymorphic_v<BVarBind>);
+    static_assert(!k32 || sizeof(BVarBind) == 28);
+
+    static_assert(Ascending({FIELD(BVarBindList, m_bindings), FIELD(BVarBindList, m_count),
+                             FIELD(BVarBindList, m_capacity)}));
+    static_assert(offsetof(BVarBindList, m_bindings) == 0);
+    static_assert(!std::is_polymorphic_v<BVarBindList>);
+    static_assert(!k32 || sizeof(BVarBindList) == 12);
+}
+
+#define ITEMS_COUNT_CAPACITY(type)                                                                 \
+    static_assert(                                                                                 \
+        Ascending({FIELD(type, m_items), FIELD(type, m_count), FIELD(type, m_capacity)}));         \
+    static_assert(sizeof(type::m_count) == 4 && sizeof(type::m_capacity) == 4)
+
+void SLayoutCheck::Containers()
+{
+    ITEMS_COUNT_CAPACITY(BPtrArray);
+    ITEMS_COUNT_CAPACITY(BUintArray);
+    ITEMS_COUNT_CAPACITY(BStringArray);
+    ITEMS_COUNT_CAPACITY(BOidArray);
+    ITEMS_COUNT_CAPACITY(BMapInt2Ptr);
+    ITEMS_COUNT_CAPACITY(BMapStr2Ptr);
+    ITEMS_COUNT_CAPACITY(BMapOid2Ptr);
+    static_assert(std::is_polymorphic_v<BStringArray>);
+    static_assert(!std::is_polymorphic_v<BPtrArray> && !std::is_polymorphic_v<BUintArray> &&
+                  !std::is_polymorphic_v<BOidArray> && !std::is_polymorphic_v<BMapInt2Ptr> &&
+                  !std::is_polymorphic_v<BMapStr2Ptr> && !std::is_polymorphic_v<BMapOid2Ptr>);
+    static_assert(!k32 || (sizeof(BPtrArray) == 12 && sizeof(BUintArray) == 12 &&
+                           sizeof(BStringArray) == 16 && sizeof(BOidArray) == 12 &&
+                           sizeof(BMapInt2Ptr) == 12 && sizeof(BMapStr2Ptr) == 12 &&
+                           sizeof(BMapOid2Ptr) == 12));
+
+    static_assert(Ascending({FIELD(BMapInt2Ptr::SItem, key), FIELD(BMapInt2Ptr::SItem, data)}));
+    static_assert(Ascending({FIELD(BMapStr2Ptr::SItem, key), FIELD(BMapStr2Ptr::SItem, data)}));
+    static_assert(Ascending({FIELD(BMapOid2Ptr::SItem, key), FIELD(BMapOid2Ptr::SItem, data)}));
+
+    // The size constants describe the 32-bit items.
+    static_assert(!k32 || (sizeof(void*) == BPtrArray::s_voidPtrSize &&
+                           sizeof(unsigned) == BUintArray::s_intSize &&
+                           sizeof(BString) == BStringArray::s_strSize &&
+                           sizeof(BObjectIdentifier) == BOidArray::s_oidSize &&
+                           sizeof(BMapInt2Ptr::SItem) == BMapInt2Ptr::s_itemSize &&
+                           sizeof(BMapStr2Ptr::SItem) == BMapStr2Ptr::s_itemSize &&
+                           sizeof(BMapOid2Ptr::SItem) == BMapOid2Ptr::s_itemSize));
+}
+
+void SLayoutCheck::Timer()
+{
+    static_assert(Ascending({FIELD(BTime::SInstant, seconds), FIELD(BTime::SInstant, milliseconds),
+                             FIELD(BTime::SInstant, timeZone), FIELD(BTime::SInstant, daylight)}));
+    static_assert(offsetof(BTime, m_start) == 0);
+    static_assert(sizeof(BTime::SInstant::seconds) == 4 &&
+                  sizeof(BTime::SInstant::milliseconds) == 2);
+    static_assert(sizeof(BTime) == 12);
+
+    static_assert(Ascending({FIELD(BTimeInterval, interval), FIELD(BTimeInterval, count),
+                             FIELD(BTimeInterval, id), FIELD(BTimeInterval, subscriber),
+                             FIELD(BTimeInterval, remaining)}));
+    static_assert(!k32 || sizeof(BTimeInterval) == 20);
+
+    static_assert(Ascending(
+        {FIELD(BTimer, m_lock), FIELD(BTimer, m_subscriptions), FIELD(BTimer, m_thread)}));
+    static_assert(offsetof(BTimer, m_lock) == sizeof(BSingleton));
+}
+
+void SLayoutCheck::Tree()
+{
+    static_assert(Ascending({FIELD(BMibNode, m_id), FIELD(BMibNode, m_parent),
+                             FIELD(BMibNode, m_firstChild), FIELD(BMibNode, m_nextSibling),
+                             FIELD(BMibNode, m_handlers), FIELD(BMibNode, m_name)}));
+    static_assert(offsetof(BMibNode, m_id) == sizeof(void*));
+    static_assert(offsetof(BMibTree, m_top) == sizeof(void*));
+
+    static_assert(Ascending(
+        {FIELD(BMibSubtreeHandler, m_name), FIELD(BMibSubtreeHandler, m_oid),
+         FIELD(BMibSubtreeHandler, m_rangePosition), FIELD(BMibSubtreeHandler, m_rangeUpperBound),
+         FIELD(BMibSubtreeHandler, m_implKind), FIELD(BMibSubtreeHandler, m_mutex)}));
+    static_assert(offsetof(BMibSubtreeHandler, m_name) == sizeof(void*));
+
+    static_assert(
+        Ascending({FIELD(SSetSlot, scratch), FIELD(SSetSlot, position), FIELD(SSetSlot, tested),
+                   FIELD(SSetSlot, committed), FIELD(SSetSlot, owner)}));
+    static_assert(offsetof(SSetSlot, scratch) == 0);
+    static_assert(!k32 || sizeof(SSetSlot) == 16);
+}
+
+void SLayoutCheck::Implementations()
+{
+    static_assert(Ascending(
+        {FIELD(BMibInfo, m_owner), FIELD(BMibInfo, m_moduleName), FIELD(BMibInfo, m_objectName)}));
+    static_assert(!k32 || sizeof(BMibInfo) == 32);
+    static_assert(Ascending({FIELD(BMibObject, kind), FIELD(BMibObject, oid),
+                             FIELD(BMibObject, name), FIELD(BMibObject, module),
+                             FIELD(BMibObject, syntax), FIELD(BMibObject, syntaxName),
+                             FIELD(BMibObject, access), FIELD(BMibObject, info)}));
+    static_assert(!k32 || sizeof(BMibObject) == 64);
+
+    static_assert(Ascending({FIELD(SConstraintMapEntry, kind), FIELD(SConstraintMapEntry, column),
+                             FIELD(SConstraintMapEntry, name), FIELD(SConstraintMapEntry, low),
+                             FIELD(SConstraintMapEntry, high)}));
+    static_assert(!k32 || sizeof(SConstraintMapEntry) == 20);
+    static_assert(
+        Ascending({FIELD(SRqHndlrMapEntry, column), FIELD(SRqHndlrMapEntry, name),
+                   FIELD(SRqHndlrMapEntry, syntax), FIELD(SRqHndlrMapEntry, access),
+                   FIELD(SRqHndlrMapEntry, kind), FIELD(SRqHndlrMapEntry, constraint),
+                   FIELD(SRqHndlrMapEntry, getHandler), FIELD(SRqHndlrMapEntry, setHandler)}));
+    static_assert(!k32 || sizeof(SRqHndlrMapEntry) == 40);
+
+    static_assert(Ascending({FIELD(BMibImpl, m_initialized), FIELD(BMibImpl, m_externalConventions),
+                             FIELD(BMibImpl, m_info)}));
+    static_assert(sizeof(BMibImpl::m_initialized) == 1);
+    static_assert(sizeof(BMibScalarImpl) == sizeof(BMibImpl));
+    static_assert(sizeof(BMibScalarGroupImpl) == sizeof(BMibImpl));
+    static_assert(sizeof(BMibTableImpl) == sizeof(BMibImpl));
+    static_assert(std::is_default_constructible_v<BMibDefVal> && std::is_empty_v<BMibDefVal>);
+}
+
+void SLayoutCheck::Transactions()
+{
+    static_assert(
+        Ascending({FIELD(BSecurityParams, securityModel), FIELD(BSecurityParams, securityName),
+                   FIELD(BSecurityParams, securityLevel)}));
+    static_assert(!k32 || sizeof(BSecurityParams) == 20);
+    static_assert(Ascending(
+        {FIELD(BTransactionParameters, protocolId), FIELD(BTransactionParameters, pduType),
+         FIELD(BTransactionParameters, request), FIELD(BTransactionParameters, securityModel),
+         FIELD(BTransactionParameters, securityName), FIELD(BTransactionParameters, securityLevel),
+         FIELD(BTransactionParameters, contextName)}));
+    static_assert(!k32 || sizeof(BTransactionParameters) == 44);
+
+    static_assert(offsetof(BTransaction, m_protocolId) == sizeof(void*));
+    static_assert(Ascending({FIELD(BTransactions, m_lock), FIELD(BTransactions, m_entries),
+                             FIELD(BTransactions, m_capacity)}));
+    static_assert(offsetof(BTransactions, m_lock) == sizeof(BSingleton));
+    static_assert(
+        Ascending({FIELD(BTransactions::SEntry, id), FIELD(BTransactions::SEntry, transaction)}));
+    static_assert(sizeof(BTransactions::m_capacity) == 4);
+}
+
+void SLayoutCheck::Handler()
+{
+    static_assert(
+        Ascending({FIELD(SCmdMapEntry, id), FIELD(SCmdMapEntry, name),
+                   FIELD(SCmdMapEntry, description), FIELD(SCmdMapEntry, argsDescription)}));
+    static_assert(!k32 || sizeof(SCmdMapEntry) == 16);
+    static_assert(sizeof(BCmdHandler) == sizeof(void*));
+
+    static_assert(Ascending({FIELD(BMibHandler, m_ownsTree), FIELD(BMibHandler, m_accessControl),
+                             FIELD(BMibHandler, m_tree), FIELD(BMibHandler, m_registrationLock),
+                             FIELD(BMibHandler, m_setLock), FIELD(BMibHandler, m_system),
+                             FIELD(BMibHandler, m_systemImpl), FIELD(BMibHandler, m_sysORImpl),
+                             FIELD(BMibHandler, m_transactions)}));
+    // The vtable pointers of both bases come first.
+    static_assert(offsetof(BMibHandler, m_ownsTree) == 2 * sizeof(void*));
+}
+
+void SLayoutCheck::System()
+{
+    static_assert(Ascending({FIELD(BMib2System, m_store), FIELD(BMib2System, m_time),
+                             FIELD(BMib2System, m_description), FIELD(BMib2System, m_objectId),
+                             FIELD(BMib2System, m_contact), FIELD(BMib2System, m_name),
+                             FIELD(BMib2System, m_location), FIELD(BMib2System, m_services),
+                             FIELD(BMib2System, m_orLastChange), FIELD(BMib2System, m_orRows)}));
+    static_assert(offsetof(BMib2System, m_store) == 0);
+    static_assert(
+        Ascending({FIELD(BMib2System::SysOREntry, index), FIELD(BMib2System::SysOREntry, id),
+                   FIELD(BMib2System::SysOREntry, descr), FIELD(BMib2System::SysOREntry, upTime)}));
+    static_assert(!k32 || sizeof(BMib2System::SysOREntry) == 32);
+}
+
+} // namespace VLK
