@@ -8,7 +8,7 @@ namespace VLK {
 class BMibImpl;
 class BMibInfo;
 
-enum ERowStatus {
+enum ERowStatus : int {
     eRowActive = 1,
     eRowNotInService = 2,
     eRowNotReady = 3,
@@ -16,7 +16,7 @@ enum ERowStatus {
     eRowCreateAndWait = 5,
     eRowDestroy = 6
 };
-enum EEntryStatus {
+enum EEntryStatus : int {
     eEntryValid = 1,
     eEntryCreateRequest = 2,
     eEntryUnderCreation = 3,

@@ -1,0 +1,33 @@
+// The trailing arcs of an OID, seen as an OID of their own without a copy.
+#pragma once
+
+#include <vkmibh/values.h>
+
+namespace VLK {
+
+// Lives no longer than the arcs it shows; whoever gets the OID may only read it.
+class VKMIBH_LOCAL InstanceView {
+public:
+    InstanceView(const BObjectIdentifier& name, unsigned from)
+    {
+        if (from < name.Length()) {
+            const unsigned length = name.Length() - from;
+            m_oid.Attach(length, const_cast<unsigned*>(name.Arcs()) + from, length);
+        }
+    }
+    ~InstanceView()
+    {
+        unsigned length;
+        m_oid.Detach(length);
+    }
+    InstanceView(const InstanceView&) = delete;
+    InstanceView& operator=(const InstanceView&) = delete;
+
+    const BObjectIdentifier& Oid() const { return m_oid; }
+    bool IsEmpty() const { return m_oid.Length() == 0; }
+
+private:
+    BObjectIdentifier m_oid;
+};
+
+} // namespace VLK
