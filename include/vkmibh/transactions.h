@@ -2,6 +2,7 @@
 #pragma once
 
 #include <vkmibh/containers.h>
+#include <vkmibh/octets.h>
 
 namespace VLK {
 

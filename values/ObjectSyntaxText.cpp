@@ -1,0 +1,67 @@
+// Tagged value: the value as text.
+#include <vkmibh/values.h>
+
+#include <cstdio>
+
+namespace VLK {
+
+namespace {
+
+BString OctetsText(const BOctetString& octets)
+{
+    if (octets.Length() == 0)
+        return BString();
+    return octets.IsDispStr() ? octets.ToDispStr() : octets.ToString();
+}
+
+// CONTRACT: arcs print with "%d", so those above 2147483647 are negative here,
+// other than in BObjectIdentifier::ToString; scripts compare this text.
+BString ObjectIdText(const BObjectIdentifier& oid)
+{
+    BString text;
+    char arc[16];
+    for (unsigned i = 0; i < oid.Length(); ++i) {
+        const int length =
+            std::snprintf(arc, sizeof arc, i > 0 ? ".%d" : "%d", static_cast<int>(oid[i]));
+        text.Append(arc, static_cast<unsigned>(length));
+    }
+    return text;
+}
+
+} // namespace
+
+BString BObjectSyntax::ValToStr() const
+{
+    char text[16];
+    switch (m_syntax) {
+    case eAsnInteger:
+        std::snprintf(text, sizeof text, "%d", m_value.integer);
+        return BString(text);
+    case eAsnCounter32:
+    case eAsnGauge32:
+    case eAsnTimeTicks:
+        std::snprintf(text, sizeof text, "%u", m_value.number);
+        return BString(text);
+    case eAsnNull:
+        return BString("Null");
+    case eAsnObjectId:
+        return ObjectIdText(m_value.objectId);
+    case eAsnIpAddress:
+        return IpAddress().ToString();
+    case eAsnOctetString:
+    case eAsnOpaque:
+        return OctetsText(m_value.octets);
+    case eAsnCounter64:
+        return BCounter64(m_value.counter).ToString();
+    case eNoSuchObject:
+        return BString("Null/noSuchObject");
+    case eNoSuchInstance:
+        return BString("Null/noSuchInstance");
+    case eEndOfMibView:
+        return BString("Null/endOfMibView");
+    default:
+        return BString();
+    }
+}
+
+} // namespace VLK
