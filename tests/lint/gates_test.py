@@ -41,7 +41,11 @@ class Layers(unittest.TestCase):
 
     def test_refuses_what_goes_up(self):
         self.refuses({**KNOT, "values/VarBind.cpp": "#include <vkmibh/handler.h>\n"},
-                     "values/VarBind.cpp:1: values (level 3) includes query handling (level 8)")
+                     "values/VarBind.cpp:1: values: variable bindings (level 3) includes query handling (level 8)")
+
+    def test_refuses_what_goes_up_within_a_gathered_family(self):
+        self.refuses({**KNOT, "values/OctetString.cpp": "#include <vkmibh/syntax.h>\n"},
+                     "values: octet string (level 1) includes values: object syntax (level 2)")
 
     def test_refuses_the_umbrella_inside_the_library(self):
         self.refuses({**KNOT, "handler/MibHandler.cpp": "#include <vkmibh/vkmibh.h>\n"},
