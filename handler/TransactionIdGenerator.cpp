@@ -16,6 +16,22 @@ BTransactionIdGenerator::BTransactionIdGenerator() = default;
 
 BTransactionIdGenerator::~BTransactionIdGenerator() = default;
 
+void BTransactionIdGenerator::Destroy() { DestroyInstance(); }
+
+BTransactionIdGenerator* BTransactionIdGenerator::GetInstance()
+{
+    BTransactionIdGenerator* instance = s_pInstance.load(std::memory_order_acquire);
+    if (instance)
+        return instance;
+    std::lock_guard<std::mutex> guard(g_creation);
+    instance = s_pInstance.load(std::memory_order_relaxed);
+    if (!instance) {
+        instance = new (std::nothrow) BTransactionIdGenerator;
+        s_pInstance.store(instance, std::memory_order_release);
+    }
+    return instance;
+}
+
 void BTransactionIdGenerator::DestroyInstance()
 {
     delete s_pInstance.exchange(nullptr, std::memory_order_acq_rel);
