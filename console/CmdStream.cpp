@@ -1,0 +1,7 @@
+#include <vkmibh/console.h>
+
+namespace VLK {
+
+ICmdStream::~ICmdStream() = default;
+
+} // namespace VLK
