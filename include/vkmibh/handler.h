@@ -13,6 +13,7 @@ class BTime;
 class CSysORTableV2;
 class CSystemV2;
 class INonVolatile;
+struct SNextRequest;
 
 enum EPduType { ePduGet = 160, ePduGetNext = 161, ePduSet = 163, ePduGetBulk = 165 };
 enum EAccessKind { eAccessRead = 1, eAccessWrite = 2 };
@@ -95,6 +96,7 @@ protected:
 private:
     friend struct SLayoutCheck;
     void vInitSysORTable();
+    int ResolveAround(const SNextRequest& request, BMibNode* start, BVarBind& binding);
 
     bool m_ownsTree;
     IAccessControl* m_accessControl;
