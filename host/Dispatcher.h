@@ -1,0 +1,41 @@
+// Answers requests from the MIB handler: admits by community, opens the
+// transaction, asks, and gives the answer the form of its protocol version.
+//
+// A SET whose values could not be written to the store is not acknowledged:
+// it is answered undoFailed, since the values are in force but not kept.
+//
+// Threads: unchanging after construction; as safe side by side as Query() is.
+#pragma once
+
+#include "host/CommunityAccess.h"
+#include "host/Engine.h"
+
+namespace VLK::host {
+
+// Tells whether writing to the store has been failing.
+class IWriteFailures {
+public:
+    virtual ~IWriteFailures() = default;
+    // How many updates failed so far.
+    virtual unsigned FailedUpdates() const = 0;
+};
+
+class BDispatcher : public IRequestHandler {
+public:
+    BDispatcher(IMIBHandler& handler, const BCommunityAccess& access,
+                const IWriteFailures& writeFailures);
+
+    bool Handle(SRequest& request, SResponse& response) override;
+    void AnswerInstead(int status, const SRequest& request, SResponse& response) override;
+
+private:
+    void AnswerList(SRequest& request, SResponse& response);
+    void AnswerBulk(const SRequest& request, SResponse& response);
+    void AnswerSet(SRequest& request, SResponse& response);
+
+    IMIBHandler& m_handler;
+    const BCommunityAccess& m_access;
+    const IWriteFailures& m_writeFailures;
+};
+
+} // namespace VLK::host

@@ -1,0 +1,25 @@
+// How large an answer becomes when it is encoded (X.690, definite lengths).
+#pragma once
+
+#include <vkmibh/values.h>
+
+namespace VLK::host {
+
+// Bytes of one binding: its sequence, name and value.
+unsigned long BindingSize(const BVarBind& binding);
+
+// Counts an answer's bytes against the largest message that may be sent.
+class BMessageBudget {
+public:
+    // The frame around the bindings is counted at its largest: below 64 KiB
+    // every length takes at most three bytes.
+    BMessageBudget(unsigned maxMessage, unsigned long communityLength);
+    // Takes the binding's bytes; false, and nothing taken, when they do not fit.
+    bool Take(const BVarBind& binding);
+
+private:
+    unsigned long m_max;
+    unsigned long m_used;
+};
+
+} // namespace VLK::host

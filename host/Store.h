@@ -1,0 +1,80 @@
+// The library's non-volatile store in one SQLite file.
+//
+//   BStore store("/var/lib/vkagentd/store.db");
+//   handler.Init(&time, &store);
+//
+// RequestUpdate() saves at once, in one transaction that is on the disk when
+// it returns; so a SET that the agent has acknowledged survives a kill and a
+// power cut. A save that fails changes nothing in the file; it is counted, and
+// the first of a series is told on standard error.
+//
+// Threads: one lock inside; RequestUpdate() holds it while it calls back.
+// Errors:  0 = done; 1 = no such value, or of another kind; 2 = the file failed.
+//          The constructor throws BHostError.
+#pragma once
+
+#include "host/Database.h"
+#include "host/Dispatcher.h"
+
+#include <atomic>
+#include <mutex>
+#include <vkmibh/system.h>
+
+namespace VLK::host {
+
+class BStore : public INonVolatile, public IWriteFailures {
+public:
+    enum EResult { eDone = 0, eNoValue = 1, eFileFailed = 2 };
+
+    explicit BStore(const std::string& path);
+
+    int GetStringAt(const char* section, int position, BString& value, int field) override;
+    int GetString(const char* section, const char* key, BString& value, int field) override;
+    int SetString(const char* section, const char* key, const char* value, int field,
+                  int flag) override;
+    int GetOctetsAt(const char* section, int position, BOctetString& value, int field) override;
+    int SetOctets(const char* section, const char* key, const BOctetString& value, int field,
+                  int flag) override;
+    int GetOidAt(const char* section, int position, BObjectIdentifier& value, int field) override;
+    int SetOid(const char* section, const char* key, const BObjectIdentifier& value, int field,
+               int flag) override;
+    int GetIntAt(const char* section, int position, int& value, int field) override;
+    int GetInt(const char* section, const char* key, int& value, int field) override;
+    int SetInt(const char* section, const char* key, int value, const char* label, int field,
+               int flag) override;
+    void OpenSection(const char* section) override;
+    int GetRecordCount(const char* section) override;
+    void RequestUpdate(INVCallback* callback) override;
+
+    unsigned FailedUpdates() const override { return m_failedUpdates; }
+
+private:
+    enum EFieldKind { eString = 1, eOctets = 2, eOid = 3, eInteger = 4 };
+    template <class TTake>
+    int Read(BStatement& query, EFieldKind kind, TTake take);
+    template <class TTake>
+    int ReadAt(const char* section, int position, int field, EFieldKind kind, TTake take);
+    template <class TTake>
+    int ReadKey(const char* section, const char* key, int field, EFieldKind kind, TTake take);
+    template <class TBind>
+    int Write(const char* section, const char* key, int field, EFieldKind kind, const char* label,
+              TBind bind);
+    bool Run(BStatement& statement);
+    void NoteFailure();
+
+    std::recursive_mutex m_lock;
+    BDatabase m_database;
+    BStatement m_findKey;
+    BStatement m_findAt;
+    BStatement m_addRecord;
+    BStatement m_setField;
+    BStatement m_dropFields;
+    BStatement m_dropRecords;
+    BStatement m_count;
+    bool m_updating = false;
+    bool m_updateFailed = false;
+    bool m_failureTold = false;
+    std::atomic<unsigned> m_failedUpdates{0};
+};
+
+} // namespace VLK::host

@@ -1,0 +1,48 @@
+#include "host/StorePath.h"
+
+#include "host/HostError.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace VLK::host {
+
+namespace {
+
+std::string HomeDirectory()
+{
+    if (const char* home = std::getenv("HOME"); home && *home == '/')
+        return home;
+    if (const passwd* user = getpwuid(geteuid()); user && user->pw_dir)
+        return user->pw_dir;
+    throw BHostError(eExitStore, "no home directory: name the store with --store FILE");
+}
+
+void CreateDirectories(const std::string& path)
+{
+    for (size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        std::string part = path.substr(0, end);
+        if (mkdir(part.c_str(), 0700) != 0 && errno != EEXIST)
+            throw BHostError(eExitStore,
+                             "cannot create directory " + part + ": " + std::strerror(errno));
+        if (end == path.npos)
+            return;
+    }
+}
+
+} // namespace
+
+std::string DefaultStorePath()
+{
+    const char* state = std::getenv("XDG_STATE_HOME");
+    std::string directory = state && *state == '/' ? state : HomeDirectory() + "/.local/state";
+    directory += "/vkagentd";
+    CreateDirectories(directory);
+    return directory + "/store.db";
+}
+
+} // namespace VLK::host

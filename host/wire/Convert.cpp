@@ -1,0 +1,230 @@
+#include "host/wire/Convert.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <vkmibh/handler.h>
+
+namespace VLK::host {
+
+namespace {
+
+BTransportAddress ReadAddress(const netsnmp_sockaddr_storage& from)
+{
+    if (from.sa.sa_family == AF_INET6)
+        return BTransportAddress::V6(from.sin6.sin6_addr.s6_addr, ntohs(from.sin6.sin6_port));
+    unsigned char bytes[4];
+    std::memcpy(bytes, &from.sin.sin_addr, sizeof bytes);
+    return BTransportAddress::V4(bytes, ntohs(from.sin.sin_port));
+}
+
+int ClampToInt(long value) { return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX)); }
+
+bool ReadOid(const oid* arcs, size_t count, BObjectIdentifier& out)
+{
+    unsigned buffer[MAX_OID_LEN];
+    if (count > MAX_OID_LEN)
+        return false;
+    for (size_t i = 0; i < count; ++i)
+        buffer[i] = static_cast<unsigned>(arcs[i]);
+    return out.Set(static_cast<unsigned>(count), buffer);
+}
+
+// Returns the error status that says why a value cannot be ours, 0 when it can.
+int ReadValue(const netsnmp_variable_list& from, BObjectSyntax& value)
+{
+    switch (from.type) {
+    case ASN_INTEGER:
+        if (*from.val.integer < INT_MIN || *from.val.integer > INT_MAX)
+            return eSnmpWrongEncoding;
+        value.SetInt(static_cast<int>(*from.val.integer));
+        return eSnmpNoError;
+    case ASN_COUNTER:
+        value.SetCounter(static_cast<unsigned>(*from.val.integer));
+        return eSnmpNoError;
+    case ASN_GAUGE:
+        value.SetGauge(static_cast<unsigned>(*from.val.integer));
+        return eSnmpNoError;
+    case ASN_TIMETICKS:
+        value.SetTimeTicks(static_cast<unsigned>(*from.val.integer));
+        return eSnmpNoError;
+    case ASN_COUNTER64:
+        value.SetCtr64(SCTR64{static_cast<unsigned>(from.val.counter64->high),
+                              static_cast<unsigned>(from.val.counter64->low)});
+        return eSnmpNoError;
+    case ASN_OCTET_STR:
+        value.SetOctets(BOctetString(static_cast<unsigned>(from.val_len), from.val.string));
+        return eSnmpNoError;
+    case ASN_OPAQUE:
+        value.SetOpaque(BOctetString(static_cast<unsigned>(from.val_len), from.val.string));
+        return eSnmpNoError;
+    case ASN_OBJECT_ID: {
+        BObjectIdentifier arcs;
+        if (!ReadOid(from.val.objid, from.val_len / sizeof(oid), arcs))
+            return eSnmpWrongLength;
+        value.SetObjectId(arcs);
+        return eSnmpNoError;
+    }
+    case ASN_IPADDRESS:
+        if (from.val_len != 4)
+            return eSnmpWrongLength;
+        value.SetIpAddress(BIpAddress(from.val.string[0], from.val.string[1], from.val.string[2],
+                                      from.val.string[3]));
+        return eSnmpNoError;
+    case ASN_NULL:
+        value.SetNull();
+        return eSnmpNoError;
+    default:
+        return eSnmpWrongType;
+    }
+}
+
+// Only a set carries values; the others' are ignored (RFC 3416 section 4.2).
+bool ReadBindings(const netsnmp_pdu& pdu, SRequest& request)
+{
+    int index = 0;
+    for (const netsnmp_variable_list* from = pdu.variables; from; from = from->next_variable) {
+        ++index;
+        BObjectIdentifier name;
+        BObjectSyntax value;
+        if (!ReadOid(from->name, from->name_length, name))
+            return false;
+        int status = pdu.command == SNMP_MSG_SET ? ReadValue(*from, value) : eSnmpNoError;
+        if (status != eSnmpNoError && request.unfitStatus == eSnmpNoError) {
+            request.unfitStatus = status;
+            request.unfitIndex = index;
+        }
+        if (!request.bindings.Append(name, value))
+            return false;
+    }
+    return true;
+}
+
+netsnmp_variable_list* AddVariable(netsnmp_variable_list** tail, const oid* name, size_t count,
+                                   unsigned char type, const void* value, size_t length)
+{
+    return snmp_varlist_add_variable(tail, name, count, type, value, length);
+}
+
+size_t FillOid(const BObjectIdentifier& from, oid* out)
+{
+    for (unsigned i = 0; i < from.Length(); ++i)
+        out[i] = from[i];
+    return from.Length();
+}
+
+netsnmp_variable_list* WriteBinding(netsnmp_variable_list** tail, const BVarBind& binding)
+{
+    oid name[MAX_OID_LEN];
+    if (binding.Name().Length() > MAX_OID_LEN)
+        return nullptr;
+    size_t count = FillOid(binding.Name(), name);
+    const BObjectSyntax& value = binding.Value();
+    unsigned char type = value.Syntax();
+    switch (type) {
+    case eAsnInteger: {
+        long number = value.Int();
+        return AddVariable(tail, name, count, type, &number, sizeof number);
+    }
+    case eAsnCounter32:
+    case eAsnGauge32:
+    case eAsnTimeTicks: {
+        unsigned long number = value.Unsigned();
+        return AddVariable(tail, name, count, type, &number, sizeof number);
+    }
+    case eAsnCounter64: {
+        counter64 number = {value.Ctr64().high, value.Ctr64().low};
+        return AddVariable(tail, name, count, type, &number, sizeof number);
+    }
+    case eAsnOctetString:
+    case eAsnOpaque:
+        return AddVariable(tail, name, count, type, value.Octets().Data(), value.Octets().Length());
+    case eAsnObjectId: {
+        oid arcs[MAX_OID_LEN];
+        if (value.ObjectId().Length() > MAX_OID_LEN)
+            return nullptr;
+        size_t arcCount = FillOid(value.ObjectId(), arcs);
+        return AddVariable(tail, name, count, type, arcs, arcCount * sizeof(oid));
+    }
+    case eAsnIpAddress: {
+        BIpAddress address = value.IpAddress();
+        unsigned char bytes[4] = {address[0], address[1], address[2], address[3]};
+        return AddVariable(tail, name, count, type, bytes, sizeof bytes);
+    }
+    default: // null and the exceptions carry nothing
+        return AddVariable(tail, name, count, type, nullptr, 0);
+    }
+}
+
+bool WriteBindings(netsnmp_pdu& pdu, const std::vector<BVarBind>& bindings)
+{
+    netsnmp_variable_list** tail = &pdu.variables;
+    for (const BVarBind& binding : bindings) {
+        netsnmp_variable_list* added = WriteBinding(tail, binding);
+        if (!added)
+            return false;
+        tail = &added->next_variable;
+    }
+    return true;
+}
+
+// The copy shares nothing with the request; its bindings only when asked for.
+netsnmp_pdu* CopyPdu(netsnmp_pdu& request, bool withBindings)
+{
+    netsnmp_variable_list* bindings = request.variables;
+    if (!withBindings)
+        request.variables = nullptr;
+    netsnmp_pdu* copy = snmp_clone_pdu(&request);
+    request.variables = bindings;
+    return copy;
+}
+
+} // namespace
+
+bool ReadRequest(const netsnmp_pdu& pdu, SRequest& request)
+{
+    switch (pdu.command) {
+    case SNMP_MSG_GET:
+    case SNMP_MSG_GETNEXT:
+    case SNMP_MSG_GETBULK:
+    case SNMP_MSG_SET:
+        break;
+    default:
+        return false;
+    }
+    if (pdu.version != SNMP_VERSION_1 && pdu.version != SNMP_VERSION_2c)
+        return false;
+    if (!pdu.transport_data ||
+        pdu.transport_data_length != static_cast<int>(sizeof(netsnmp_indexed_addr_pair)))
+        return false;
+    const auto* addresses = static_cast<const netsnmp_indexed_addr_pair*>(pdu.transport_data);
+    request.remote = ReadAddress(addresses->remote_addr);
+    request.local = ReadAddress(addresses->local_addr);
+    request.protocol = pdu.version == SNMP_VERSION_1 ? eSnmpV1 : eSnmpV2c;
+    request.pduType = pdu.command;
+    request.requestId = static_cast<int>(pdu.reqid);
+    if (pdu.community)
+        request.community.assign(reinterpret_cast<const char*>(pdu.community), pdu.community_len);
+    if (pdu.command == SNMP_MSG_GETBULK) {
+        request.nonRepeaters = ClampToInt(pdu.non_repeaters);
+        request.maxRepetitions = ClampToInt(pdu.max_repetitions);
+    }
+    return ReadBindings(pdu, request);
+}
+
+netsnmp_pdu* MakeResponse(netsnmp_pdu& request, const SResponse& response)
+{
+    netsnmp_pdu* pdu = CopyPdu(request, response.echo);
+    if (!pdu)
+        return nullptr;
+    pdu->command = SNMP_MSG_RESPONSE;
+    pdu->errstat = response.status;
+    pdu->errindex = response.index;
+    if (!response.echo && !WriteBindings(*pdu, response.bindings)) {
+        snmp_free_pdu(pdu);
+        return nullptr;
+    }
+    return pdu;
+}
+
+} // namespace VLK::host

@@ -1,0 +1,32 @@
+// The protocol engine on Net-SNMP's client library: SNMPv1 and SNMPv2c over
+// UDP.
+//
+// It reads and writes no files, and loads no MIBs. Everything but get,
+// get-next, get-bulk and set requests is ignored, SNMPv3 too.
+//
+// Threads: construct, Open(), Serve() and destroy on one thread; the request
+//          handler is called on it.
+// Errors:  Open() throws BHostError.
+#pragma once
+
+#include "host/Engine.h"
+
+#include <memory>
+
+namespace VLK::host {
+
+class BNetSnmpEngine : public IEngine {
+public:
+    explicit BNetSnmpEngine(IRequestHandler& handler);
+    ~BNetSnmpEngine() override;
+
+    BTransportAddress Open(const BTransportAddress& address) override;
+    void Serve(int stopDescriptor) override;
+
+private:
+    struct SSession;
+    struct SState;
+    std::unique_ptr<SState> m_state;
+};
+
+} // namespace VLK::host
