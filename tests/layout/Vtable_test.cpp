@@ -149,8 +149,11 @@ TEST(Vtable, Implementation)
     EXPECT_EQ(SLOTS_IN(BMibScalarImpl), 17u);
     EXPECT_EQ(SLOTS_IN(BMibScalarGroupImpl), 17u);
     EXPECT_EQ(SLOTS_IN(BMibRowImpl), 17u);
+    EXPECT_EQ(SLOTS_IN(CSystem), 17u);
+    EXPECT_EQ(SLOTS_IN(CSystemV2), 17u);
     EXPECT_EQ(SLOT(BMibTableImpl, NextIndex), 17u);
     EXPECT_EQ(SLOTS_IN(BMibTableImpl), 18u);
+    EXPECT_EQ(SLOTS_IN(CSysORTableV2), 18u);
 }
 
 TEST(Vtable, ImplementationGroup)

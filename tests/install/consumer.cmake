@@ -1,0 +1,23 @@
+# Run by ctest: install, configure, build and start the consumer.
+function(run)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    if(NOT result EQUAL 0)
+        message(FATAL_ERROR "${ARGN}\n${output}")
+    endif()
+    set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+file(REMOVE_RECURSE ${work})
+file(MAKE_DIRECTORY ${work})
+run(${CMAKE_COMMAND} --install ${build} --prefix ${work}/prefix)
+set(flags "")
+if(sanitize)
+    set(flags -DCMAKE_CXX_FLAGS=-fsanitize=${sanitize})
+endif()
+run(${CMAKE_COMMAND} -S ${source} -B ${work}/build -G ${generator} -DCMAKE_CXX_COMPILER=${compiler}
+    -DCMAKE_PREFIX_PATH=${work}/prefix ${flags})
+run(${CMAKE_COMMAND} --build ${work}/build)
+run(${work}/build/consumer)
+if(NOT output STREQUAL "1.3.6.1.2.1.1.1.0 Velkoran agent\n")
+    message(FATAL_ERROR "the consumer says: ${output}")
+endif()
