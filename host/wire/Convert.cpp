@@ -18,6 +18,29 @@ BTransportAddress ReadAddress(const netsnmp_sockaddr_storage& from)
     return BTransportAddress::V4(bytes, ntohs(from.sin.sin_port));
 }
 
+// The IPv4 transport tells both ends, the IPv6 transport only the remote one.
+bool ReadAddresses(const netsnmp_pdu& pdu, SRequest& request)
+{
+    size_t length = static_cast<size_t>(pdu.transport_data_length);
+    if (!pdu.transport_data)
+        return false;
+    if (length == sizeof(netsnmp_indexed_addr_pair)) {
+        netsnmp_indexed_addr_pair pair;
+        std::memcpy(&pair, pdu.transport_data, sizeof pair);
+        unsigned port = request.local.Port();
+        request.remote = ReadAddress(pair.remote_addr);
+        request.local = ReadAddress(pair.local_addr);
+        request.local.SetPort(port);
+        return true;
+    }
+    netsnmp_sockaddr_storage remote;
+    if (length != sizeof remote.sin6)
+        return false;
+    std::memcpy(&remote, pdu.transport_data, length);
+    request.remote = ReadAddress(remote);
+    return true;
+}
+
 int ClampToInt(long value) { return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX)); }
 
 bool ReadOid(const oid* arcs, size_t count, BObjectIdentifier& out)
@@ -194,12 +217,8 @@ bool ReadRequest(const netsnmp_pdu& pdu, SRequest& request)
     }
     if (pdu.version != SNMP_VERSION_1 && pdu.version != SNMP_VERSION_2c)
         return false;
-    if (!pdu.transport_data ||
-        pdu.transport_data_length != static_cast<int>(sizeof(netsnmp_indexed_addr_pair)))
+    if (!ReadAddresses(pdu, request))
         return false;
-    const auto* addresses = static_cast<const netsnmp_indexed_addr_pair*>(pdu.transport_data);
-    request.remote = ReadAddress(addresses->remote_addr);
-    request.local = ReadAddress(addresses->local_addr);
     request.protocol = pdu.version == SNMP_VERSION_1 ? eSnmpV1 : eSnmpV2c;
     request.pduType = pdu.command;
     request.requestId = static_cast<int>(pdu.reqid);

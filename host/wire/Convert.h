@@ -9,7 +9,8 @@
 namespace VLK::host {
 
 // Copies addresses, community, counts and bindings; false when the PDU is no
-// request that may be answered, or memory ran out.
+// request that may be answered, or memory ran out. `request.local` holds the
+// listening address before.
 bool ReadRequest(const netsnmp_pdu& pdu, SRequest& request);
 
 // The PDU that answers `request`; null when it cannot be made.

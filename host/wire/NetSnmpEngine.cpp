@@ -82,9 +82,9 @@ int BNetSnmpEngine::SSession::OnMessage(int operation, netsnmp_session* session,
 void BNetSnmpEngine::SSession::Answer(netsnmp_pdu& pdu)
 {
     SRequest request;
+    request.local = address;
     if (!ReadRequest(pdu, request))
         return;
-    request.local.SetPort(address.Port());
     request.maxMessage = maxMessage;
     SResponse response;
     if (!handler->Handle(request, response))
