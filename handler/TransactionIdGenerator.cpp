@@ -12,7 +12,10 @@ std::mutex g_creation;
 
 std::atomic<BTransactionIdGenerator*> BTransactionIdGenerator::s_pInstance{nullptr};
 
-BTransactionIdGenerator::BTransactionIdGenerator() = default;
+BTransactionIdGenerator::BTransactionIdGenerator(unsigned int last)
+{
+    AtomicAssign(&m_counter, static_cast<int>(last));
+}
 
 BTransactionIdGenerator::~BTransactionIdGenerator() = default;
 

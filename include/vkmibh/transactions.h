@@ -136,7 +136,8 @@ private:
 // Contract:  counts for the life of the process, or until it is destroyed.
 class VKMIBH_API BTransactionIdGenerator : public BSingleton {
 public:
-    BTransactionIdGenerator();
+    // Counts on from `last`.
+    explicit BTransactionIdGenerator(unsigned int last = 0);
 
     static BTransactionIdGenerator* GetInstance();
     static void DestroyInstance();
