@@ -1,7 +1,8 @@
 // Short ways to make values and to look at them in a test.
 #pragma once
 
-#include <initializer_list>
+#include "tests/support/Oids.h"
+
 #include <ostream>
 #include <string>
 #include <vector>
@@ -13,10 +14,6 @@ namespace VLK {
 inline void PrintTo(const BString& text, std::ostream* out)
 {
     *out << '"' << std::string(text.c_str(), text.length()) << '"';
-}
-inline void PrintTo(const BObjectIdentifier& oid, std::ostream* out)
-{
-    *out << '<' << oid.ToString().c_str() << '>';
 }
 inline void PrintTo(const BOctetString& octets, std::ostream* out)
 {
@@ -31,22 +28,11 @@ inline void PrintTo(const BCounter64& counter, std::ostream* out)
 
 namespace VLKTest {
 
-using Arcs = std::vector<unsigned>;
+using VLK::Test::Arcs;
+using VLK::Test::ArcsOf;
 
-inline VLK::BObjectIdentifier Oid(const Arcs& arcs)
-{
-    return VLK::BObjectIdentifier(static_cast<unsigned>(arcs.size()), arcs.data());
-}
-
-inline VLK::BObjectIdentifier Oid(const char* dotted)
-{
-    return VLK::BObjectIdentifier(VLK::BString(dotted));
-}
-
-inline Arcs ArcsOf(const VLK::BObjectIdentifier& oid)
-{
-    return oid.Length() == 0 ? Arcs() : Arcs(oid.Arcs(), oid.Arcs() + oid.Length());
-}
+inline VLK::BObjectIdentifier Oid(const Arcs& arcs) { return VLK::Test::MakeOid(arcs); }
+inline VLK::BObjectIdentifier Oid(const char* dotted) { return VLK::Test::MakeOid(dotted); }
 
 inline std::string Text(const VLK::BString& text)
 {
