@@ -7,9 +7,10 @@ namespace VLK {
 
 // Calls `call` and gives its result, or `onThrow` when it throws: nothing that
 // a host throws crosses the library. The unwinding of a cancelled thread goes
-// on, since swallowing it would end the process.
+// on, since swallowing it would end the process; it is caught as a reference
+// without an object, which only the check of references would mind.
 template <class TCall, class TResult>
-TResult HostCall(TCall&& call, TResult onThrow)
+__attribute__((no_sanitize("null"))) TResult HostCall(TCall&& call, TResult onThrow)
 {
     try {
         return call();

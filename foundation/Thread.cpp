@@ -1,9 +1,9 @@
+#include "foundation/HostCall.h"
 #include "foundation/PthreadLock.h"
 
 #include <atomic>
 #include <climits>
 #include <csignal>
-#include <cxxabi.h>
 #include <new>
 #include <vkmibh/base.h>
 
@@ -126,13 +126,8 @@ bool TThread::SState::Launch(unsigned stackSize, unsigned flags)
 
 void TThread::SState::Execute()
 {
-    try {
-        owner->Run();
-    } catch (abi::__forced_unwind&) {
-        throw;
-    } catch (...) {
-        // Nobody above could catch it; the thread ends as if Run() had returned.
-    }
+    // Nobody above could catch what Run() throws: as if it had returned.
+    HostCall([this] { return owner->Run(); }, 0);
     if (owner)
         owner->OnThreadEnd();
 }

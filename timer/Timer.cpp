@@ -1,7 +1,7 @@
+#include "foundation/HostCall.h"
 #include "foundation/Immortal.h"
 #include "timer/TimerThread.h"
 
-#include <cxxabi.h>
 #include <limits>
 #include <new>
 
@@ -30,13 +30,12 @@ int Minus(int remaining, unsigned elapsed)
 
 void CallBack(BTimeInterval& record)
 {
-    try {
+    // What it throws must not keep the others from being called.
+    const auto call = [&record] {
         record.subscriber->OnTimeout(record);
-    } catch (abi::__forced_unwind&) {
-        throw;
-    } catch (...) {
-        // The other subscribers must not suffer for it.
-    }
+        return 0;
+    };
+    HostCall(call, 0);
 }
 
 TMutex& CreationLock()
