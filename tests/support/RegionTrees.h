@@ -1,0 +1,163 @@
+// Small agents of nested and neighbouring regions, for comparing GETNEXT with
+// the naive list.
+#pragma once
+
+#include "tests/support/FakeAccess.h"
+#include "tests/support/NaiveAgent.h"
+#include "tests/support/Requests.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace VLK {
+namespace Test {
+
+constexpr unsigned kTreeArcs[] = {0, 1, 2, 4294967295u};
+
+inline const Arcs& TreeBase()
+{
+    static const Arcs base = {1, 3, 99};
+    return base;
+}
+
+// Every name of at most `depth` arcs under the base, the base included.
+inline std::vector<Arcs> NamesUnderBase(unsigned depth)
+{
+    std::vector<Arcs> names = {TreeBase()};
+    for (size_t i = 0; i < names.size(); ++i) {
+        if (names[i].size() == TreeBase().size() + depth)
+            continue;
+        for (unsigned arc : kTreeArcs) {
+            Arcs longer = names[i];
+            longer.push_back(arc);
+            names.push_back(longer);
+        }
+    }
+    return names;
+}
+
+inline bool IsPrefix(const Arcs& prefix, const Arcs& name)
+{
+    return prefix.size() <= name.size() && std::equal(prefix.begin(), prefix.end(), name.begin());
+}
+
+// How many of the regions lie inside one another, at most.
+inline unsigned NestingOf(const std::vector<Arcs>& regions)
+{
+    unsigned deepest = 0;
+    for (const Arcs& inner : regions) {
+        unsigned around = 0;
+        for (const Arcs& outer : regions)
+            around += IsPrefix(outer, inner) ? 1 : 0;
+        deepest = std::max(deepest, around);
+    }
+    return deepest;
+}
+
+// Regions in a handler of their own. An instance belongs to the deepest region
+// that holds it, as in an agent whose modules know their limits.
+class RegionAgent {
+public:
+    explicit RegionAgent(const std::vector<Arcs>& regions) : m_handler(&m_tree, &access)
+    {
+        for (const Arcs& region : regions) {
+            m_modules.push_back(std::make_unique<ListHandler>(MakeOid(region)));
+            m_modules.back()->keepsLog = false;
+            m_handler.RegisterSubtreeHandler(m_modules.back().get());
+        }
+    }
+    ~RegionAgent()
+    {
+        for (auto& module : m_modules)
+            m_handler.UnregisterSubtreeHandler(module.get());
+    }
+
+    ListHandler* OwnerOf(const Arcs& name)
+    {
+        ListHandler* owner = nullptr;
+        for (auto& module : m_modules) {
+            const Arcs region = ArcsOf(module->Oid());
+            if (IsPrefix(region, name) && (!owner || owner->Oid().Length() < region.size()))
+                owner = module.get();
+        }
+        return owner;
+    }
+    const std::vector<std::unique_ptr<ListHandler>>& Modules() const { return m_modules; }
+
+    // Takes over the modules' instances as the naive list.
+    void Settle()
+    {
+        naive = NaiveAgent();
+        for (auto& module : m_modules)
+            naive.Take(*module);
+        for (const std::string& name : access.refused)
+            naive.Refuse(name);
+    }
+
+    // Asks for the successor in both ways and says what differs; empty when nothing does.
+    std::string Compare(const Arcs& name, bool isV1)
+    {
+        BVarBindList list;
+        list.Append(MakeOid(name));
+        int errorIndex = 0;
+        const int status = m_handler.QueryGetNext(1, m_security, m_context, list, errorIndex, isV1);
+        const Arcs wanted = naive.Next(name, isV1);
+        const bool atEnd = list[0].Value().Syntax() == eEndOfMibView;
+        const Arcs got = atEnd || status ? Arcs() : ArcsOf(list[0].Name());
+        const int wantedStatus = isV1 && wanted.empty() ? eSnmpNoSuchName : eSnmpNoError;
+        if (got == wanted && status == wantedStatus &&
+            (wanted.empty() ? ArcsOf(list[0].Name()) == name
+                            : list[0].Value().Int() == naive.ValueOf(wanted).Int()))
+            return std::string();
+        return "after " + TextOf(name) + (isV1 ? " (v1)" : "") + ": want " + TextOf(wanted) +
+               " got " + TextOf(got) + " status " + std::to_string(status) + Describe();
+    }
+
+    std::string Describe() const
+    {
+        std::string text = "\nregions:";
+        for (const auto& module : m_modules) {
+            text += "\n  " + TextOf(module->Oid()) + " {";
+            for (const auto& instance : module->instances)
+                text += " " + TextOf(instance.first);
+            text += " }";
+        }
+        for (const std::string& name : access.refused)
+            text += "\nrefused " + name;
+        return text;
+    }
+
+    FakeAccess access;
+    NaiveAgent naive;
+
+private:
+    BMibTree m_tree;
+    BMibHandler m_handler;
+    std::vector<std::unique_ptr<ListHandler>> m_modules;
+    BSecurityParams m_security;
+    BString m_context;
+};
+
+// Which of its instances a region keeps.
+enum EPattern { ePatternNone, ePatternFirst, ePatternLast, ePatternAll };
+
+inline void FillRegion(RegionAgent& agent, size_t module, EPattern pattern,
+                       const std::vector<Arcs>& names)
+{
+    ListHandler& handler = *agent.Modules()[module];
+    handler.instances.clear();
+    if (pattern == ePatternNone)
+        return;
+    for (const Arcs& name : names)
+        if (agent.OwnerOf(name) == &handler)
+            handler.Add(name, static_cast<int>(handler.instances.size()));
+    if (pattern != ePatternAll && handler.instances.size() > 1) {
+        const auto kept = pattern == ePatternFirst ? *handler.instances.begin()
+                                                   : *handler.instances.rbegin();
+        handler.instances.clear();
+        handler.instances.insert(kept);
+    }
+}
+
+} // namespace Test
+} // namespace VLK
