@@ -17,6 +17,9 @@ BStopSignals::BStopSignals()
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    // A write that cannot be done shall fail, not end the agent.
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
     m_descriptor = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
     if (m_descriptor < 0)
         throw BHostError(eExitUsage, std::string("no signals: ") + std::strerror(errno));

@@ -3,7 +3,8 @@
 
 namespace VLK::host {
 
-// Blocks both signals for the calling thread, and so for those it starts.
+// Blocks both signals for the calling thread, and so for those it starts;
+// ignores SIGPIPE and SIGXFSZ.
 class BStopSignals {
 public:
     // Throws BHostError.

@@ -1,0 +1,112 @@
+#include "host/MessageSize.h"
+
+#include "Ber.h"
+
+#include <gtest/gtest.h>
+
+using namespace VLK;
+using namespace VLK::host;
+
+namespace {
+
+unsigned long SizeOf(const BObjectSyntax& value, const char* name = "1.3.6.1.2.1.1.1.0")
+{
+    return BindingSize(BVarBind(BObjectIdentifier(BString(name)), value));
+}
+
+// Sequence, name of ten bytes, then the value.
+constexpr unsigned long kAround = 2 + 10;
+
+template <class TSet>
+unsigned long ValueSize(TSet set)
+{
+    BObjectSyntax value;
+    set(value);
+    return SizeOf(value) - kAround;
+}
+
+} // namespace
+
+TEST(MessageSize, IntegersTakeTheFewestBytes)
+{
+    const std::pair<int, unsigned long> integers[] = {{0, 3},
+                                                      {127, 3},
+                                                      {128, 4},
+                                                      {-128, 3},
+                                                      {-129, 4},
+                                                      {32767, 4},
+                                                      {32768, 5},
+                                                      {8388607, 5},
+                                                      {8388608, 6},
+                                                      {2147483647, 6},
+                                                      {-32768, 4},
+                                                      {-32769, 5},
+                                                      {-2147483647 - 1, 6}};
+    for (const auto& [number, size] : integers)
+        EXPECT_EQ(ValueSize([n = number](BObjectSyntax& v) { v.SetInt(n); }), size) << number;
+}
+
+TEST(MessageSize, UnsignedNumbersNeedALeadingZero)
+{
+    EXPECT_EQ(ValueSize([](BObjectSyntax& v) { v.SetGauge(127); }), 3u);
+    EXPECT_EQ(ValueSize([](BObjectSyntax& v) { v.SetGauge(128); }), 4u);
+    EXPECT_EQ(ValueSize([](BObjectSyntax& v) { v.SetCounter(0xffffffff); }), 7u);
+    EXPECT_EQ(ValueSize([](BObjectSyntax& v) { v.SetTimeTicks(0x7fffffff); }), 6u);
+    EXPECT_EQ(ValueSize([](BObjectSyntax& v) { v.SetCtr64(SCTR64{0xffffffff, 0}); }), 11u);
+    EXPECT_EQ(ValueSize([](BObjectSyntax& v) { v.SetCtr64(SCTR64{0, 1}); }), 3u);
+}
+
+TEST(MessageSize, OtherValues)
+{
+    EXPECT_EQ(ValueSize([](BObjectSyntax& v) { v.SetNull(); }), 2u);
+    EXPECT_EQ(ValueSize([](BObjectSyntax& v) { v.SetV2Exception(eEndOfMibView); }), 2u);
+    EXPECT_EQ(ValueSize([](BObjectSyntax& v) { v.SetIpAddress(BIpAddress(1, 2, 3, 4)); }), 6u);
+    EXPECT_EQ(ValueSize([](BObjectSyntax& v) { v.SetOctets(BOctetString("abc", 3)); }), 5u);
+    EXPECT_EQ(ValueSize([](BObjectSyntax& v) { v.SetObjectId(BObjectIdentifier(0u)); }), 3u);
+}
+
+// The frames grow by a byte at 128 and again at 256 bytes of content.
+TEST(MessageSize, LengthsGrowWithTheirContent)
+{
+    for (unsigned length : {0u, 90u, 113u, 114u, 127u, 128u, 240u, 255u, 256u, 4000u, 65536u}) {
+        std::string octets(length, 'x');
+        BObjectSyntax value;
+        value.SetOctets(BOctetString(octets.data(), length));
+        ber::Bytes encoded = ber::Binding({1, 3, 6, 1, 2, 1, 1, 1, 0}, ber::Tlv(4, octets));
+        EXPECT_EQ(SizeOf(value), encoded.size()) << length;
+    }
+}
+
+TEST(MessageSize, NamesAreCountedArcByArc)
+{
+    const ber::Oid arcs[] = {{0, 0},
+                             {1, 3},
+                             {2, 47},
+                             {1, 3, 127},
+                             {1, 3, 128},
+                             {1, 3, 16383, 16384},
+                             {1, 3, 4294967295}};
+    for (const ber::Oid& arc : arcs) {
+        BVarBind binding(BObjectIdentifier(static_cast<unsigned>(arc.size()), arc.data()));
+        EXPECT_EQ(BindingSize(binding), ber::Binding(arc).size());
+    }
+}
+
+TEST(MessageSize, ABudgetTakesWhatFitsAndNothingMore)
+{
+    BVarBind binding(BObjectIdentifier(BString("1.3.6.1.2.1.1.1.0")));
+    BMessageBudget roomy(43 + 2 * 14, 6);
+    EXPECT_TRUE(roomy.Take(binding));
+    EXPECT_FALSE(BMessageBudget(20, 6).Take(binding));
+
+    int taken = 0;
+    BMessageBudget budget(484, 6);
+    while (budget.Take(binding))
+        ++taken;
+    std::string list;
+    for (int i = 0; i < taken; ++i)
+        list += ber::Binding({1, 3, 6, 1, 2, 1, 1, 1, 0});
+    EXPECT_LE(ber::Message(1, "public", 0xa2, 1, 0, 0, list).size(), 484u + 9u);
+    EXPECT_GT(taken, 28);
+    EXPECT_FALSE(budget.Take(binding));
+}

@@ -1,0 +1,44 @@
+// A UDP socket that talks to the agent over the IPv4 loopback.
+#pragma once
+
+#include <arpa/inet.h>
+#include <poll.h>
+#include <string>
+#include <sys/socket.h>
+#include <unistd.h>
+
+class UdpClient {
+public:
+    explicit UdpClient(unsigned port) : m_socket(socket(AF_INET, SOCK_DGRAM, 0))
+    {
+        sockaddr_in to = {};
+        to.sin_family = AF_INET;
+        to.sin_port = htons(static_cast<unsigned short>(port));
+        to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        connect(m_socket, reinterpret_cast<sockaddr*>(&to), sizeof to);
+    }
+    ~UdpClient() { close(m_socket); }
+    UdpClient(const UdpClient&) = delete;
+    UdpClient& operator=(const UdpClient&) = delete;
+
+    bool Send(const std::string& datagram) const
+    {
+        return send(m_socket, datagram.data(), datagram.size(), 0) ==
+               static_cast<ssize_t>(datagram.size());
+    }
+
+    // Empty when nothing comes for ten seconds.
+    std::string Receive() const
+    {
+        pollfd wait{m_socket, POLLIN, 0};
+        if (poll(&wait, 1, 10000) != 1)
+            return "";
+        std::string datagram(65536, '\0');
+        ssize_t count = recv(m_socket, datagram.data(), datagram.size(), 0);
+        datagram.resize(count > 0 ? static_cast<size_t>(count) : 0);
+        return datagram;
+    }
+
+private:
+    int m_socket;
+};
