@@ -12,15 +12,24 @@ namespace {
 
 TEST(MibHandler, LabelsEveryErrorStatus)
 {
-    const char* const labels[] = {"Success",           "tooBig",
-                                  "noSuchName",        "badValue",
-                                  "readOnly",          "generalError",
-                                  "noAccess",          "wrongType",
-                                  "wrongLength",       "wrongEncoding",
-                                  "wrongValue",        "noCreation",
-                                  "inconsistentValue", "resourcesUnavailable",
-                                  "commitFail",        "undoFail",
-                                  "authorizationError", "notWritable",
+    const char* const labels[] = {"Success",
+                                  "tooBig",
+                                  "noSuchName",
+                                  "badValue",
+                                  "readOnly",
+                                  "generalError",
+                                  "noAccess",
+                                  "wrongType",
+                                  "wrongLength",
+                                  "wrongEncoding",
+                                  "wrongValue",
+                                  "noCreation",
+                                  "inconsistentValue",
+                                  "resourcesUnavailable",
+                                  "commitFail",
+                                  "undoFail",
+                                  "authorizationError",
+                                  "notWritable",
                                   "inconsistentName"};
     for (int status = 0; status <= 18; ++status)
         EXPECT_STREQ(labels[status], LabelErrorStatus(status));
@@ -213,8 +222,7 @@ TEST(MibHandler, TwoHandlersLiveInOneProcess)
     Client second(two);
     ASSERT_EQ(0, first.Set("1.3.6.1.2.1.1.4.0", "first"));
     ASSERT_EQ(0, second.Get({"1.3.6.1.2.1.1.4.0"}));
-    EXPECT_EQ(std::string("Mr. Qwin"),
-              std::string(two.SystemGroup()->Contact().c_str()));
+    EXPECT_EQ(std::string("Mr. Qwin"), std::string(two.SystemGroup()->Contact().c_str()));
     EXPECT_STREQ("first", one.SystemGroup()->Contact().c_str());
 }
 

@@ -34,10 +34,7 @@ public:
     int GetOctetsAt(const char*, int, BOctetString&, int) override { return 1; }
     int SetOctets(const char*, const char*, const BOctetString&, int, int) override { return 1; }
     int GetOidAt(const char*, int, BObjectIdentifier&, int) override { return 1; }
-    int SetOid(const char*, const char*, const BObjectIdentifier&, int, int) override
-    {
-        return 1;
-    }
+    int SetOid(const char*, const char*, const BObjectIdentifier&, int, int) override { return 1; }
     int GetIntAt(const char*, int, int&, int) override { return 1; }
     int GetInt(const char* section, const char* key, int& value, int field) override
     {
@@ -56,7 +53,10 @@ public:
         numbers[Path(section, key)] = value;
         return writeResult;
     }
-    void OpenSection(const char* section) override { calls.push_back(std::string("OpenSection ") + section); }
+    void OpenSection(const char* section) override
+    {
+        calls.push_back(std::string("OpenSection ") + section);
+    }
     int GetRecordCount(const char*) override { return 0; }
     void RequestUpdate(INVCallback* callback) override
     {

@@ -18,10 +18,7 @@ public:
     using BMibSubtreeHandler::GetNext;
 
     explicit ListHandler(const char* oid) : ListHandler(MakeOid(oid)) {}
-    explicit ListHandler(const BObjectIdentifier& oid)
-        : BMibSubtreeHandler(BString("list"), oid)
-    {
-    }
+    explicit ListHandler(const BObjectIdentifier& oid) : BMibSubtreeHandler(BString("list"), oid) {}
     ListHandler(const char* oid, unsigned rangePosition, unsigned rangeUpperBound)
         : BMibSubtreeHandler(BString("range"), MakeOid(oid), rangePosition, rangeUpperBound)
     {

@@ -19,10 +19,7 @@ namespace Test {
 
 using Arcs = std::vector<unsigned>;
 
-inline BObjectIdentifier MakeOid(const char* dotted)
-{
-    return BObjectIdentifier(BString(dotted));
-}
+inline BObjectIdentifier MakeOid(const char* dotted) { return BObjectIdentifier(BString(dotted)); }
 
 inline BObjectIdentifier MakeOid(const Arcs& arcs)
 {

@@ -152,8 +152,8 @@ inline void FillRegion(RegionAgent& agent, size_t module, EPattern pattern,
         if (agent.OwnerOf(name) == &handler)
             handler.Add(name, static_cast<int>(handler.instances.size()));
     if (pattern != ePatternAll && handler.instances.size() > 1) {
-        const auto kept = pattern == ePatternFirst ? *handler.instances.begin()
-                                                   : *handler.instances.rbegin();
+        const auto kept =
+            pattern == ePatternFirst ? *handler.instances.begin() : *handler.instances.rbegin();
         handler.instances.clear();
         handler.instances.insert(kept);
     }
