@@ -68,8 +68,7 @@ struct BTimer::STick {
 };
 
 BTimer::BTimer()
-    : BSingleton(eShutdownFirst), m_lock(true), m_thread(nullptr), m_ticks(false), m_hasDead(false),
-      m_tick(nullptr)
+    : BSingleton(eShutdownFirst), m_lock(true), m_thread(nullptr), m_hasDead(false), m_tick(nullptr)
 {
     EnsureTicking();
 }
@@ -182,11 +181,14 @@ void BTimer::Timeout(unsigned elapsed)
 
 bool BTimer::EnsureTicking()
 {
-    if (!m_thread)
-        m_thread = new (std::nothrow) TimerThread(this);
-    if (m_thread && !m_ticks)
-        m_ticks = m_thread->Start(0, 0) != 0;
-    return m_ticks;
+    if (m_thread)
+        return true;
+    m_thread = new (std::nothrow) TimerThread(this);
+    if (m_thread && !m_thread->Start(0, 0)) {
+        delete m_thread;
+        m_thread = nullptr;
+    }
+    return m_thread != nullptr;
 }
 
 bool BTimer::IsCalled(const Subscription* record) const

@@ -132,8 +132,7 @@ private:
 
     TMutex m_lock;
     BLinkList m_subscriptions VKMIBH_TSA(guarded_by(m_lock));
-    TimerThread* m_thread;
-    bool m_ticks VKMIBH_TSA(guarded_by(m_lock)); // the thread runs
+    TimerThread* m_thread; // null until it could be started
     bool m_hasDead VKMIBH_TSA(guarded_by(m_lock));
     STick* m_tick VKMIBH_TSA(guarded_by(m_lock)); // the innermost tick under way
 };

@@ -1,3 +1,4 @@
+#include "tests/support/BreaksLockRules.h"
 #include "tests/support/Threads.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+#include "tests/support/BreaksLockRules.h"
 #include "tests/support/FailingAlloc.h"
 #include "tests/support/Threads.h"
 
