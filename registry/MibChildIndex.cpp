@@ -40,15 +40,8 @@ struct BMibChildIndex::SChunk {
     unsigned ids[kChunkSize];
     BMibNode* nodes[kChunkSize];
 
-    // Where `id` is or would go. Ids mostly stand close together, so the place it
-    // has in an unbroken row is looked at first.
-    unsigned Place(unsigned id) const
-    {
-        const unsigned guess = id - ids[0];
-        if (guess < count && ids[guess] == id)
-            return guess;
-        return CountBelow(ids, count, id);
-    }
+    // Where `id` is or would go.
+    unsigned Place(unsigned id) const { return CountBelow(ids, count, id); }
 };
 
 BMibChildIndex::~BMibChildIndex()
@@ -66,15 +59,6 @@ unsigned BMibChildIndex::ChunkOf(unsigned id) const
     if (below < m_count && m_firstIds[below] == id)
         return below;
     return below ? below - 1 : 0;
-}
-
-BMibNode* BMibChildIndex::Find(unsigned id) const
-{
-    if (m_count == 0)
-        return nullptr;
-    const SChunk* chunk = m_chunks[ChunkOf(id)];
-    const unsigned place = chunk->Place(id);
-    return place < chunk->count && chunk->ids[place] == id ? chunk->nodes[place] : nullptr;
 }
 
 BMibNode* BMibChildIndex::Before(unsigned id) const
@@ -101,6 +85,16 @@ BMibNode* BMibChildIndex::AtOrAfter(unsigned id) const
 
 bool BMibChildIndex::Insert(unsigned id, BMibNode* node)
 {
+    if (!m_byId.Insert(id, node))
+        return false;
+    if (InsertInOrder(id, node))
+        return true;
+    m_byId.Remove(id);
+    return false;
+}
+
+bool BMibChildIndex::InsertInOrder(unsigned id, BMibNode* node)
+{
     if (m_count == 0 && !InsertChunk(0))
         return false;
     unsigned at = ChunkOf(id);
@@ -113,7 +107,7 @@ bool BMibChildIndex::Insert(unsigned id, BMibNode* node)
             ++at;
     }
     SChunk* chunk = m_chunks[at];
-    const unsigned place = CountBelow(chunk->ids, chunk->count, id);
+    const unsigned place = chunk->Place(id);
     OpenGap(chunk->ids, chunk->count, place);
     OpenGap(chunk->nodes, chunk->count, place);
     chunk->ids[place] = id;
@@ -125,6 +119,7 @@ bool BMibChildIndex::Insert(unsigned id, BMibNode* node)
 
 void BMibChildIndex::Remove(unsigned id)
 {
+    m_byId.Remove(id);
     if (m_count == 0)
         return;
     const unsigned at = ChunkOf(id);

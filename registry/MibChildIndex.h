@@ -3,13 +3,15 @@
 
 #include <vkmibh/base.h>
 
+#include "registry/MibChildTable.h"
+
 namespace VLK {
 
 class BMibNode;
 
-// The children of a node by id, in a sorted sequence of chunks: a search looks
-// at the chunks' first ids, then inside one chunk. It stands beside the sibling
-// list and answers as that list does.
+// The children of a node by id, twice: hashed for exact look-ups, and in a
+// sorted sequence of chunks, where a search looks at the chunks' first ids, then
+// inside one chunk. It stands beside the sibling list and answers as that does.
 //
 // Ownership: owns its chunks, not the nodes.
 // Threads:   no lock inside; const calls may run side by side.
@@ -25,7 +27,7 @@ public:
     bool Insert(unsigned id, BMibNode* node);
     void Remove(unsigned id);
 
-    BMibNode* Find(unsigned id) const;
+    BMibNode* Find(unsigned id) const { return m_byId.Find(id); }
     // The child with the greatest id below `id`.
     BMibNode* Before(unsigned id) const;
     // The child with the smallest id not below `id`.
@@ -36,7 +38,9 @@ private:
     unsigned ChunkOf(unsigned id) const;
     bool InsertChunk(unsigned at);
     bool Split(unsigned at);
+    bool InsertInOrder(unsigned id, BMibNode* node);
 
+    BMibChildTable m_byId;
     unsigned* m_firstIds;
     SChunk** m_chunks;
     unsigned m_count;

@@ -59,9 +59,11 @@ BMibNode::~BMibNode()
 
 BMibNode* BMibNode::ChildWithId(unsigned id) const
 {
+    BMibNode* child = m_firstChild;
+    if (!child)
+        return nullptr;
     if (m_childIndex)
         return m_childIndex->Find(id);
-    BMibNode* child = m_firstChild;
     while (child && child->m_id != id)
         child = child->m_nextSibling;
     return child;
