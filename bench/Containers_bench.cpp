@@ -1,0 +1,99 @@
+// Arrays and maps: look-up and filling, small and large.
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <vkmibh/containers.h>
+
+using namespace VLK;
+
+namespace {
+
+// Keys in a scrambled order, so that neither the cache nor the branch predictor
+// knows the next one.
+unsigned Scrambled(unsigned i, unsigned count) { return i * 7919u % count; }
+
+int MakeKey(unsigned i, int*) { return static_cast<int>(i); }
+
+BObjectIdentifier MakeKey(unsigned i, BObjectIdentifier*)
+{
+    static const unsigned s_prefix[] = {1, 3, 6, 1, 2, 1, 2, 2, 1, 10};
+    BObjectIdentifier oid(10, s_prefix);
+    oid.Append(i);
+    return oid;
+}
+
+BString MakeKey(unsigned i, BString*)
+{
+    char text[32];
+    const int length = std::snprintf(text, sizeof text, "interface%07u", i);
+    return BString(text, static_cast<unsigned>(length));
+}
+
+template <class Map, class Key>
+void Fill(Map& map, unsigned count)
+{
+    for (unsigned i = 0; i < count; ++i)
+        map.Insert(MakeKey(i, static_cast<Key*>(nullptr)), nullptr);
+}
+
+template <class Map, class Key>
+void BM_MapFind(benchmark::State& state)
+{
+    const unsigned count = static_cast<unsigned>(state.range(0));
+    Map map;
+    Fill<Map, Key>(map, count);
+    unsigned i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(map.Find(map.KeyAt(static_cast<int>(Scrambled(i, count)))));
+        i = i + 1 == count ? 0 : i + 1;
+    }
+}
+BENCHMARK_TEMPLATE(BM_MapFind, BMapInt2Ptr, int)->Arg(10)->Arg(10000);
+BENCHMARK_TEMPLATE(BM_MapFind, BMapStr2Ptr, BString)->Arg(10)->Arg(10000);
+BENCHMARK_TEMPLATE(BM_MapFind, BMapOid2Ptr, BObjectIdentifier)->Arg(10)->Arg(10000);
+
+template <class Map, class Key>
+void BM_MapNext(benchmark::State& state)
+{
+    const unsigned count = static_cast<unsigned>(state.range(0));
+    Map map;
+    Fill<Map, Key>(map, count);
+    unsigned i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(map.Next(map.KeyAt(static_cast<int>(Scrambled(i, count)))));
+        i = i + 1 == count ? 0 : i + 1;
+    }
+}
+BENCHMARK_TEMPLATE(BM_MapNext, BMapInt2Ptr, int)->Arg(10)->Arg(10000);
+BENCHMARK_TEMPLATE(BM_MapNext, BMapStr2Ptr, BString)->Arg(10)->Arg(10000);
+BENCHMARK_TEMPLATE(BM_MapNext, BMapOid2Ptr, BObjectIdentifier)->Arg(10)->Arg(10000);
+
+template <class Map, class Key>
+void BM_MapFill(benchmark::State& state)
+{
+    for (auto _ : state) {
+        Map map;
+        Fill<Map, Key>(map, static_cast<unsigned>(state.range(0)));
+        benchmark::DoNotOptimize(map.Count());
+    }
+}
+BENCHMARK_TEMPLATE(BM_MapFill, BMapInt2Ptr, int)
+    ->Arg(10)
+    ->Arg(10000)
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_TEMPLATE(BM_MapFill, BMapOid2Ptr, BObjectIdentifier)
+    ->Arg(10)
+    ->Arg(10000)
+    ->Unit(benchmark::kMicrosecond);
+
+void BM_PtrArrayPush1000(benchmark::State& state)
+{
+    for (auto _ : state) {
+        BPtrArray array;
+        for (int i = 0; i < 1000; ++i)
+            array.PushBack(&state);
+        benchmark::DoNotOptimize(array.Count());
+    }
+}
+BENCHMARK(BM_PtrArrayPush1000);
+
+} // namespace
