@@ -109,7 +109,7 @@ public:
     virtual int Get(unsigned id, BVarBind& binding) = 0;
     virtual int Set(unsigned id, ESnmpSetOpCode op, void** slot, const BVarBind& binding) = 0;
     // Moves the binding to the instance after its OID and returns 1, or returns 0
-    // with the value endOfMibView.
+    // with the value endOfMibView; so too when there is no memory for the OID.
     virtual int NextInstance(unsigned id, BVarBind& binding) = 0;
     virtual void Initialize();
     virtual void Cleanup();

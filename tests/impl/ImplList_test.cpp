@@ -240,7 +240,7 @@ public:
     int m_free = 0;
 
 private:
-    static void* TryLock(void* self)
+    static void* TryLock(void* self) VKMIBH_TSA(no_thread_safety_analysis)
     {
         CLockProbe* probe = static_cast<CLockProbe*>(self);
         if (probe->Mutex().Wait(0) == eWaitDone) {

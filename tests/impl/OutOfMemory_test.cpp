@@ -1,0 +1,122 @@
+// No memory: a status, never a value that was not asked for.
+#include "tests/support/FailingAllocOperators.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/impl/Probe.h"
+
+namespace VLK {
+namespace {
+
+// Handlers that say themselves when they found no memory, and allocate nothing
+// but their value.
+class CLean : public BMibTableImpl {
+public:
+    CLean() : BMibTableImpl("lean", OidOf("1.3.9")) { Initialize(); }
+    SRqHndlrMapEntry* GetRqHndlrMap() const override { return s_map; }
+    int NextIndex(unsigned, unsigned, const BObjectIdentifier& index,
+                  BObjectIdentifier& nextIndex) override
+    {
+        return index.Length() == 0 && nextIndex.Set(20, kIndex);
+    }
+    int OnGet_Text(const BObjectIdentifier&, unsigned, BString& value)
+    {
+        value = BString("some text");
+        return value.empty() ? eSnmpResourceUnavailable : 0;
+    }
+    int OnGet_Octets(const BObjectIdentifier&, unsigned, BOctetString& value)
+    {
+        return value.Assign("some text", 9) ? 0 : eSnmpResourceUnavailable;
+    }
+    int OnGet_Id(const BObjectIdentifier&, unsigned, BObjectIdentifier& value)
+    {
+        return value.Set(20, kIndex) ? 0 : eSnmpResourceUnavailable;
+    }
+    int OnSet_Text(const BObjectIdentifier&, ESnmpSetOpCode, unsigned, const BString& value, void**)
+    {
+        m_set = value.length();
+        return 0;
+    }
+
+    static constexpr unsigned kIndex[20] = {5, 6, 7};
+    static SRqHndlrMapEntry s_map[];
+    unsigned m_set = 0;
+};
+
+VKMIBH_CONSTINIT SRqHndlrMapEntry CLean::s_map[] = {
+    ColumnRow<eKindDisplayString, &CLean::OnGet_Text, &CLean::OnSet_Text>(
+        1, "text", eAsnOctetString, eRqReadWrite),
+    ColumnRow<eKindOctetString, &CLean::OnGet_Octets>(2, "octets", eAsnOctetString, eRqReadOnly),
+    ColumnRow<eKindOctetString, &CLean::OnGet_Octets>(3, "opaque", eAsnOpaque, eRqReadOnly),
+    ColumnRow<eKindObjectId, &CLean::OnGet_Id>(4, "id", eAsnObjectId, eRqReadOnly), kRqEnd};
+
+TEST(OutOfMemory, GetIsAStatusAtEveryAllocation)
+{
+    CLean lean;
+    const BObjectIdentifier instance(1u);
+    for (const SRqHndlrMapEntry* entry = CLean::s_map; entry->kind != eKindEnd; ++entry) {
+        int refused = 0;
+        for (;; ++refused) {
+            BObjectSyntax value;
+            FailingAlloc fail(refused);
+            const int status = lean.Get(entry, 1, value, &instance);
+            if (!fail.Failed()) {
+                EXPECT_EQ(0, status) << entry->name;
+                EXPECT_EQ(entry->kind == eKindObjectId ? 20u : 0u, value.ObjectId().Length());
+                EXPECT_EQ(entry->kind == eKindObjectId ? 0u : 9u, value.Octets().Length());
+                break;
+            }
+            EXPECT_NE(0, status) << entry->name << " without allocation " << refused;
+        }
+        EXPECT_EQ(2, refused) << entry->name << ": the handler's value and its copy";
+    }
+}
+
+TEST(OutOfMemory, SetAnswersByItsPhaseAndCallsNobody)
+{
+    CLean lean;
+    const BObjectIdentifier instance(1u);
+    const BObjectSyntax value = TextValue("new text");
+    const std::pair<ESnmpSetOpCode, int> expected[] = {{eSetTest, eSnmpResourceUnavailable},
+                                                       {eSetCommit, eSnmpCommitFailed},
+                                                       {eSetUndo, eSnmpUndoFailed},
+                                                       {eSetCleanup, eSnmpGenErr}};
+    for (const auto& [op, status] : expected) {
+        SSetSlot slot{};
+        int got = 0;
+        {
+            FailingAlloc fail(0);
+            got = lean.Set(CLean::s_map, 1, op, &slot.scratch, value, &instance);
+        }
+        EXPECT_EQ(status, got);
+        EXPECT_TRUE(slot.tested == 0 && slot.committed == 0);
+        EXPECT_EQ(0u, lean.m_set);
+    }
+}
+
+TEST(OutOfMemory, WalkEndsOrGoesWhereItShould)
+{
+    CLean lean;
+    const BObjectIdentifier root = OidOf("1.3.9");
+    for (int refused = 0;; ++refused) {
+        BVarBind binding(root);
+        int found;
+        bool failed;
+        {
+            FailingAlloc fail(refused);
+            found = lean.NextInstance(1, binding);
+            failed = fail.Failed();
+        }
+        if (!failed) {
+            EXPECT_EQ(1, found);
+            EXPECT_EQ(24u, binding.Name().Length());
+            EXPECT_EQ(2, refused) << "the index and the longer name";
+            break;
+        }
+        EXPECT_EQ(0, found);
+        EXPECT_EQ(int(eEndOfMibView), int(binding.Value().Syntax()));
+    }
+}
+
+} // namespace
+} // namespace VLK
