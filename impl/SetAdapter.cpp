@@ -96,17 +96,28 @@ int NoMemory(ESnmpSetOpCode op)
     }
 }
 
-// Notes, once its handler has returned, that a binding went through a phase.
-void Mark(void** slot, ESnmpSetOpCode op)
-{
-    if (!slot)
-        return;
-    SSetSlot* record = reinterpret_cast<SSetSlot*>(slot);
-    if (op == eSetTest)
-        record->tested = 1;
-    else if (op == eSetCommit)
-        record->committed = 1;
-}
+// Notes, once its handler has returned or thrown, that a binding went through a
+// phase: what a handler began before it threw must be undone and released too.
+class PhaseMark {
+public:
+    PhaseMark(void** slot, ESnmpSetOpCode op)
+        : m_record(reinterpret_cast<SSetSlot*>(slot)), m_op(op)
+    {
+    }
+    ~PhaseMark()
+    {
+        if (m_record && m_op == eSetTest)
+            m_record->tested = 1;
+        else if (m_record && m_op == eSetCommit)
+            m_record->committed = 1;
+    }
+    PhaseMark(const PhaseMark&) = delete;
+    PhaseMark& operator=(const PhaseMark&) = delete;
+
+private:
+    SSetSlot* m_record;
+    ESnmpSetOpCode m_op;
+};
 
 // One call of a row's set handler.
 struct SSetCall {
@@ -120,9 +131,8 @@ struct SSetCall {
     template <class V>
     int operator()(const V& value) const
     {
-        const int status = (impl.*entry.setHandler)(instance, op, id, &value, slot);
-        Mark(slot, op);
-        return status;
+        const PhaseMark mark(slot, op);
+        return (impl.*entry.setHandler)(instance, op, id, &value, slot);
     }
 };
 
