@@ -11,14 +11,17 @@ using namespace VLK;
 
 namespace {
 
-// Opens the registry's inner steps.
+// Opens the registry's inner steps to the one thread that uses it.
 class CRegistry : public BTransactions {
 public:
-    using BTransactions::Capacity;
-    using BTransactions::Clear;
-    using BTransactions::Enlarge;
-    using BTransactions::Insert;
-    using BTransactions::Remove;
+    int Capacity() const VKMIBH_TSA(no_thread_safety_analysis) { return BTransactions::Capacity(); }
+    bool Enlarge() VKMIBH_TSA(no_thread_safety_analysis) { return BTransactions::Enlarge(); }
+    bool Remove(int id) VKMIBH_TSA(no_thread_safety_analysis) { return BTransactions::Remove(id); }
+    void Clear() VKMIBH_TSA(no_thread_safety_analysis) { BTransactions::Clear(); }
+    bool Insert(int id, BTransaction* transaction) VKMIBH_TSA(no_thread_safety_analysis)
+    {
+        return BTransactions::Insert(id, transaction);
+    }
 };
 
 class CToldTransaction : public BTransaction {

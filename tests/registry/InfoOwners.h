@@ -58,6 +58,15 @@ public:
     }
 };
 
+// Asked by another thread than the one that may hold the mutex.
+inline bool IsLocked(TMutex& mutex) VKMIBH_TSA(no_thread_safety_analysis)
+{
+    if (mutex.Wait(0) != eWaitDone)
+        return true;
+    mutex.Done();
+    return false;
+}
+
 class CInfoTable : public BMibTableImpl {
 public:
     CInfoTable() : BMibTableImpl(BString("INFO-MIB.tab"), InfoOid("1.3.6.1.4.1.6.1"))
@@ -87,11 +96,7 @@ public:
             throw std::runtime_error("no rows");
         m_lastId = id;
         m_lastColumn = column;
-        std::thread([this] {
-            m_wasLocked = Mutex().Wait(0) != eWaitDone;
-            if (!m_wasLocked)
-                Mutex().Done();
-        }).join();
+        std::thread([this] { m_wasLocked = IsLocked(Mutex()); }).join();
         const unsigned row = index.Length() ? index[0] : 0;
         return row < 20 && nextIndex.Set(row < 10 ? 10u : 20u);
     }
