@@ -47,7 +47,7 @@ class VKMIBH_API BMibDefVal {};
 // the request passed, then undo when a commit failed, and cleanup in every case.
 // Types and DisplayString bytes are checked in every phase, constraints in the
 // test phase only. A binding whose handler was called in the test phase is
-// marked tested, in the commit phase committed, whatever the handler returned;
+// marked tested, in the commit phase committed, whatever the handler returned or threw;
 // undo visits only committed bindings and cleanup only tested ones. The slot is
 // the handler's own from the first phase to the last, for what it needs to undo.
 // A class that overrides the single-binding Set() without ending in the adapter

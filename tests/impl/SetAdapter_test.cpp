@@ -283,6 +283,21 @@ TEST_F(SetAdapter, MarksAfterTheHandlerWhateverItReturned)
     }
 }
 
+TEST_F(SetAdapter, HandlerThatThrowsIsMarkedAsHavingRun)
+{
+    class CThrows : public CProbe {
+    public:
+        int OnSet(ESnmpSetOpCode, unsigned, int, void**) { throw 1; }
+    } throws;
+    const SRqHndlrMapEntry entry =
+        ScalarRow<eKindInteger, nullptr, &CThrows::OnSet>(1, "x", eAsnInteger, eRqWriteOnly);
+    SSetSlot slot{};
+    EXPECT_THROW(throws.Set(&entry, 5, eSetTest, &slot.scratch, IntValue(1), nullptr), int);
+    EXPECT_TRUE(slot.tested == 1 && slot.committed == 0);
+    EXPECT_THROW(throws.Set(&entry, 5, eSetCommit, &slot.scratch, IntValue(1), nullptr), int);
+    EXPECT_EQ(1, slot.committed);
+}
+
 TEST_F(SetAdapter, NoMarkWhenACheckFailed)
 {
     for (ESnmpSetOpCode op : kAllPhases) {
