@@ -7,8 +7,9 @@
 
 namespace VLK {
 
-// ASN.1 tags of SNMPv2-SMI (RFC 2578 section 7, RFC 3416 section 3).
-enum EAsnSyntax {
+// ASN.1 tags of SNMPv2-SMI (RFC 2578 section 7, RFC 3416 section 3). The type is
+// fixed so that a tag that is none of them can be handed in as well.
+enum EAsnSyntax : int {
     eAsnInteger = 2,
     eAsnOctetString = 4,
     eAsnNull = 5,
@@ -22,7 +23,7 @@ enum EAsnSyntax {
 };
 
 // Exceptions of RFC 3416 section 3, held in the tag of a value.
-enum ESnmpException { eNoSuchObject = 128, eNoSuchInstance = 129, eEndOfMibView = 130 };
+enum ESnmpException : int { eNoSuchObject = 128, eNoSuchInstance = 129, eEndOfMibView = 130 };
 
 // The value of one variable: a tag and what belongs to it.
 //

@@ -81,7 +81,8 @@ TEST(AllocationSweep, SeesARefusedAllocation)
     const unsigned allocations =
         SweepAllocations([] { return 0; },
                          [](int&) {
-                             int* memory = new (std::nothrow) int(1);
+                             // Volatile, or a compiler may do without the allocation.
+                             int* volatile memory = new (std::nothrow) int(1);
                              const bool done = memory != nullptr;
                              delete memory;
                              return done;
