@@ -20,7 +20,7 @@ public:
     void Restore(BVarBindList& list) const;
 
 private:
-    static constexpr unsigned kInlineArcs = 64;
+    static constexpr unsigned kInlineArcs = 128;
 
     void Pack(const BVarBindList& list, unsigned words);
 

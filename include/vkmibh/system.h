@@ -7,13 +7,32 @@ namespace VLK {
 
 class BTime;
 
+// What a store calls when it wants values saved.
+//
+// Ownership: of whoever asked for the update; valid until that is destroyed.
+// Threads:   Update() may be called on any thread, beside requests.
+// Errors:    0 = done.
+// Contract:  slot order is ABI.
 class VKMIBH_API INVCallback {
 public:
     virtual ~INVCallback();
     virtual int Update() = 0;
 };
 
-// The host's non-volatile store.
+// The host's non-volatile store: named sections of records. A record is written
+// by its key and read by key or by its position in the section (0 up to the
+// count minus 1); it holds numbered fields, field 0 when it has one value only.
+//
+// A save of a section starts with OpenSection(), which drops the records the
+// section had: it writes those that exist now. RequestUpdate() asks the store to
+// call back, at once or later, on this thread or another.
+//
+// Ownership: the host's; outlives the handler it is given to.
+// Threads:   called on the threads of requests and in Init(); never with a lock
+//            of the system group held.
+// Errors:    0 = done; results of writes are not looked at.
+// Contract:  slot order is ABI; `flag` is always 0, `label` null or the name of
+//            an enumerated value.
 class VKMIBH_API INonVolatile {
 public:
     virtual ~INonVolatile();
@@ -37,10 +56,30 @@ public:
     virtual void RequestUpdate(INVCallback* callback) = 0;
 };
 
+// The values of the system group and the rows of the sysORTable (RFC 3418), and
+// their persistence in section "mib-2.system" of the store.
+//
+//   BMib2System& system = *handler.SystemGroup();
+//   system.SetLocation(BString("machine room"));
+//   system.InsertORRow(BObjectIdentifier(BString("1.3.6.1.4.1.32473.5")), BString("my module"));
+//
+// The group writes to the store only in SaveToNV(), which the store calls after
+// a SET over SNMP asked it to. A store that lacks a key leaves the value as it is.
+//
+// Ownership: owns its rows, also those given to InsertORRow(index, row) with
+//            success; not the store and the clock, which may be null.
+// Threads:   a lock inside; getters return copies. Row pointers hold until the
+//            row is removed: threads that do not keep others from removing rows
+//            use CopyORRow() and the index walk. The store is called unlocked.
+// Errors:    1/0; pointer or null; InitFromNV() and SaveToNV() always 0.
+// Contract:  field order is ABI; a removed row leaves its own upTime as
+//            sysORLastChange.
 class VKMIBH_API BMib2System {
 public:
+    // The maker's enterprise number under 1.3.6.1.4.1, the default sysObjectID.
     static const BObjectIdentifier& s_oidVelkoran();
 
+    // upTime is in hundredths of a second of the agent's clock.
     struct SysOREntry {
         int index = 0;
         BObjectIdentifier id;
@@ -70,9 +109,12 @@ public:
     // Only the bits of layers 1, 2, 3, 4 and 7 are kept (79).
     void SetServices(int bits);
     void SetServices(bool physical, bool datalink, bool internet, bool endToEnd, bool application);
+    // Takes the index after the largest one in use.
     bool InsertORRow(const BObjectIdentifier& id, const BString& descr);
+    // On failure the row stays the caller's.
     bool InsertORRow(int index, SysOREntry* row);
     bool RemoveORRow(int index);
+    // Removes the first row that equals in both.
     bool RemoveORRow(const BObjectIdentifier& id, const BString& descr);
     int InitFromNV();
     int SaveToNV();
@@ -85,9 +127,11 @@ public:
     BObjectIdentifier ObjectID() const;
     int Services() const;
     unsigned ORLastChange() const;
+    // Hundredths of a second since the agent's start, 0 without a clock.
     unsigned GetUpTime() const;
     SysOREntry* GetORRow(int index) const;
     SysOREntry* GetFirstORRow() const;
+    // The first row above `index`, which need not exist; null when it is negative.
     SysOREntry* GetNextORRow(int index) const;
     int GetNumORRows() const;
     // The row as it was at one moment, false when there is none.
@@ -115,13 +159,24 @@ private:
     mutable TMutex m_lock;
 };
 
+// Where the implementations are registered.
 inline constexpr unsigned lenOidSystem = 7;
 inline constexpr unsigned oidSystem[lenOidSystem] = {1, 3, 6, 1, 2, 1, 1};
 inline constexpr unsigned lenOidSysORTable = 8;
 inline constexpr unsigned oidSysORTable[lenOidSysORTable] = {1, 3, 6, 1, 2, 1, 1, 9};
 
+// The system group of RFC1213-MIB over a BMib2System. A SET of sysContact,
+// sysName or sysLocation asks the store for an update after commit and undo.
+//
+// Ownership: refers to the record, which must outlive it; owns the callback
+//            that the store is given.
+// Threads:   as BMibImpl; the record has its own lock.
+// Errors:    SNMP error status.
+// Contract:  sysUpTime is the uptime of the host (/proc/uptime), while
+//            sysORLastChange and sysORUpTime are readings of the agent's clock.
 class VKMIBH_API CSystem : public BMibScalarGroupImpl {
 public:
+    // Saves the record.
     class VKMIBH_API NVCallback : public INVCallback {
     public:
         explicit NVCallback(BMib2System* system) : m_system(system) {}
@@ -133,6 +188,7 @@ public:
     };
 
     static SRqHndlrMapEntry s_rqhndlrEntries[];
+    // CONTRACT: the member's name is spelled so, here and below.
     static const SConstraintMapEntry s_sonstraintEntries[];
 
     explicit CSystem(BMib2System& system);
@@ -169,6 +225,9 @@ private:
     NVCallback m_callback;
 };
 
+// The system group of SNMPv2-MIB: with sysORLastChange.
+//
+// Ownership, Threads, Errors, Contract: as CSystem.
 class VKMIBH_API CSystemV2 : public CSystem {
 public:
     static SRqHndlrMapEntry s_rqhndlrEntries[];
@@ -182,6 +241,14 @@ public:
     SRqHndlrMapEntry* GetRqHndlrMap() const override;
 };
 
+// The sysORTable of SNMPv2-MIB, read-only. A row that a request asks for is read
+// at one moment, also while rows come and go.
+//
+// Ownership: refers to the record, which must outlive it.
+// Threads:   as BMibImpl; the record has its own lock.
+// Errors:    SNMP error status.
+// Contract:  an instance is oidSysORTable.column.index, registered without an
+//            arc for the entry.
 class VKMIBH_API CSysORTableV2 : public BMibTableImpl {
 public:
     static SRqHndlrMapEntry s_rqhndlrEntries[];
@@ -194,6 +261,7 @@ public:
     int OnGet_SysORUpTime(const BObjectIdentifier& instance, unsigned id, unsigned& value);
     bool NextInstanceInColumn(unsigned column, unsigned id, const BObjectIdentifier& instance,
                               BObjectIdentifier& next);
+    // Puts a row at index 1, for demonstrations.
     void CreateDemoRow();
 
     // Virtual operations, in slot order.
