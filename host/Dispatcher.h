@@ -1,3 +1,12 @@
+// From a request to its answer.
+#pragma once
+
+#include "host/CommunityAccess.h"
+#include "host/Engine.h"
+#include "host/WriteFailures.h"
+
+namespace VLK::host {
+
 // Answers requests from the MIB handler: admits by community, opens the
 // transaction, asks, and gives the answer the form of its protocol version.
 //
@@ -5,21 +14,6 @@
 // it is answered undoFailed, since the values are in force but not kept.
 //
 // Threads: unchanging after construction; as safe side by side as Query() is.
-#pragma once
-
-#include "host/CommunityAccess.h"
-#include "host/Engine.h"
-
-namespace VLK::host {
-
-// Tells whether writing to the store has been failing.
-class IWriteFailures {
-public:
-    virtual ~IWriteFailures() = default;
-    // How many updates failed so far.
-    virtual unsigned FailedUpdates() const = 0;
-};
-
 class BDispatcher : public IRequestHandler {
 public:
     BDispatcher(IMIBHandler& handler, const BCommunityAccess& access,

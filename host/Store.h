@@ -14,7 +14,7 @@
 #pragma once
 
 #include "host/Database.h"
-#include "host/Dispatcher.h"
+#include "host/WriteFailures.h"
 
 #include <atomic>
 #include <mutex>

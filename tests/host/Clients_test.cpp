@@ -204,10 +204,8 @@ TEST_F(BulkClients, BulkWalkListsWhatTheWalkLists)
 
 TEST_F(BulkClients, ThirdVersionMessagesGetNoAnswer)
 {
-    Outcome get =
-        RunToEnd({"env", "MIBS=", "SNMPCONFPATH=" + directory.Path(),
-                  "SNMP_PERSISTENT_DIR=" + directory.Path(), "snmpget", "-v3", "-u", "somebody",
-                  "-l", "noAuthNoPriv", "-r", "0", "-t", "0.3", agent.Address(), oid::kSysDescr});
+    Outcome get = SnmpTools().Run({"snmpget", "-v3", "-u", "somebody", "-l", "noAuthNoPriv", "-r",
+                                   "0", "-t", "0.3", agent.Address(), oid::kSysDescr});
     EXPECT_NE(get.status, 0);
     EXPECT_NE(get.output.find("Timeout"), std::string::npos) << get.output;
 }

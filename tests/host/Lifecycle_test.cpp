@@ -34,14 +34,37 @@ bool HasLoopbackV6()
 
 } // namespace
 
-TEST_F(Lifecycle, EveryAddressIsReadyOnceAndSigtermEndsWithZero)
+TEST_F(Lifecycle, EveryAddressIsReadyOnceAnswersAndSigtermEndsWithZero)
 {
     Process agent(
         {VKAGENTD, "--store", store, "--listen", "udp:127.0.0.1:0", "--listen", "udp:127.0.0.2:0"});
-    EXPECT_EQ(agent.Line().find("vkagentd: ready on udp:127.0.0.1:"), 0u);
-    EXPECT_EQ(agent.Line().find("vkagentd: ready on udp:127.0.0.2:"), 0u);
+    Arguments addresses;
+    for (const char* host : {"udp:127.0.0.1:", "udp:127.0.0.2:"}) {
+        std::string line = agent.Line();
+        const std::string prefix = "vkagentd: ready on ";
+        ASSERT_EQ(line.find(prefix + host), 0u) << line;
+        addresses.push_back(line.substr(prefix.size()));
+    }
+    for (const std::string& address : addresses) {
+        Outcome get = SnmpTools().Ask(address, "snmpget", "2c", "public", {oid::kSysDescr});
+        EXPECT_EQ(get.status, 0) << get.output;
+    }
     EXPECT_EQ(agent.Kill(SIGTERM), 0);
     EXPECT_EQ(agent.Rest(), "");
+}
+
+TEST_F(Lifecycle, WithoutCommunitiesPublicReadsAndNothingWrites)
+{
+    Process agent({VKAGENTD, "--store", store, "--listen", "udp:127.0.0.1:0"});
+    std::string line = agent.Line();
+    ASSERT_NE(line.find("udp:"), line.npos) << line;
+    std::string address = line.substr(line.find("udp:"));
+    SnmpTools tools;
+    EXPECT_EQ(tools.Ask(address, "snmpget", "1", "public", {oid::kSysDescr}).status, 0);
+    Arguments set{oid::kSysContact, "s", "x"};
+    EXPECT_EQ(tools.Ask(address, "snmpset", "2c", "public", set).status, 2);
+    Outcome other = tools.Ask(address, "snmpset", "2c", "private", set, {"-r", "0", "-t", "0.3"});
+    EXPECT_EQ(other.status, 1) << other.output;
 }
 
 TEST_F(Lifecycle, SigintEndsWithZeroToo)

@@ -1,8 +1,7 @@
-// vkagentd on a port the system chose, and the SNMP tools pointed at it.
+// vkagentd on a port the system chose.
 #pragma once
 
-#include "Process.h"
-#include "TempDir.h"
+#include "SnmpTools.h"
 
 #include <gtest/gtest.h>
 
@@ -13,8 +12,6 @@ public:
         : m_process({VKAGENTD, "--store", store, "--listen", listen, "--community", "public:ro",
                      "--community", "private:rw"})
     {
-        // Or the tools say that they made it, among their answers.
-        std::filesystem::create_directory(m_directory.File("cert_indexes"));
         const std::string prefix = "vkagentd: ready on ";
         m_firstLine = m_process.Line();
         if (m_firstLine.compare(0, prefix.size(), prefix) == 0)
@@ -28,33 +25,19 @@ public:
     {
         return static_cast<unsigned>(std::stoul(m_address.substr(m_address.rfind(':') + 1)));
     }
-    int Kill(int signalNumber) { return m_process.Kill(signalNumber); }
     pid_t Pid() const { return m_process.Pid(); }
+    int Kill(int signalNumber) { return m_process.Kill(signalNumber); }
     int Wait() { return m_process.Wait(); }
     std::string Rest() { return m_process.Rest(); }
 
-    // Runs an SNMP tool: tool, version ("1" or "2c"), community, the tool's
-    // options, then names and values.
     Outcome Ask(const std::string& tool, const std::string& version, const std::string& community,
                 const Arguments& rest, const Arguments& options = {}) const
     {
-        Arguments line{"env",
-                       "MIBS=",
-                       "SNMPCONFPATH=" + m_directory.Path(),
-                       "SNMP_PERSISTENT_DIR=" + m_directory.Path(),
-                       tool,
-                       "-v" + version,
-                       "-c",
-                       community,
-                       "-On"};
-        line.insert(line.end(), options.begin(), options.end());
-        line.push_back(m_address);
-        line.insert(line.end(), rest.begin(), rest.end());
-        return RunToEnd(line);
+        return m_tools.Ask(m_address, tool, version, community, rest, options);
     }
 
 private:
-    TempDir m_directory; // the tools' own files
+    SnmpTools m_tools;
     Process m_process;
     std::string m_firstLine;
     std::string m_address;
