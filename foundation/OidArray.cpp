@@ -1,8 +1,6 @@
 // Array of object identifiers.
 #include <vkmibh/containers.h>
 
-#include <utility>
-
 #include "foundation/Bytewise.h"
 
 namespace VLK {
@@ -38,13 +36,6 @@ BOidArray& BOidArray::operator=(BOidArray&& other) noexcept
         Swap(other);
     }
     return *this;
-}
-
-void BOidArray::Swap(BOidArray& other) noexcept
-{
-    std::swap(m_items, other.m_items);
-    std::swap(m_count, other.m_count);
-    std::swap(m_capacity, other.m_capacity);
 }
 
 bool BOidArray::PushBack(const BObjectIdentifier& item)

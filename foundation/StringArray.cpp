@@ -1,8 +1,6 @@
 // Array of strings.
 #include <vkmibh/containers.h>
 
-#include <utility>
-
 #include "foundation/Bytewise.h"
 
 namespace VLK {
@@ -54,13 +52,6 @@ BStringArray& BStringArray::operator=(BStringArray&& other) noexcept
         Swap(other);
     }
     return *this;
-}
-
-void BStringArray::Swap(BStringArray& other) noexcept
-{
-    std::swap(m_items, other.m_items);
-    std::swap(m_count, other.m_count);
-    std::swap(m_capacity, other.m_capacity);
 }
 
 bool BStringArray::PushBack(const BString& item)

@@ -1,8 +1,6 @@
 // Array of unsigned numbers.
 #include <vkmibh/containers.h>
 
-#include <utility>
-
 #include "foundation/Bytewise.h"
 
 namespace VLK {
@@ -33,13 +31,6 @@ BUintArray& BUintArray::operator=(BUintArray&& other) noexcept
         Swap(other);
     }
     return *this;
-}
-
-void BUintArray::Swap(BUintArray& other) noexcept
-{
-    std::swap(m_items, other.m_items);
-    std::swap(m_count, other.m_count);
-    std::swap(m_capacity, other.m_capacity);
 }
 
 bool BUintArray::PushBack(int item)

@@ -112,7 +112,7 @@ bool BOctetString::Append(unsigned char byte)
 
 bool BOctetString::Append(const BOctetString& other)
 {
-    return Append(other.Length(), other.m_data ? other.m_data : m_data);
+    return Append(other.Length(), other.m_data);
 }
 
 bool BOctetString::Append(unsigned count, const unsigned char* bytes)

@@ -3,6 +3,8 @@
 
 #include <vkmibh/objectid.h>
 
+#include <utility>
+
 namespace VLK {
 
 // What the four arrays share: items in the order in which they were added, in
@@ -72,7 +74,12 @@ public:
 
 private:
     friend struct SLayoutCheck;
-    void Swap(BUintArray& other) noexcept;
+    void Swap(BUintArray& other) noexcept
+    {
+        std::swap(m_items, other.m_items);
+        std::swap(m_count, other.m_count);
+        std::swap(m_capacity, other.m_capacity);
+    }
 
     unsigned* m_items;
     unsigned m_count;
@@ -104,7 +111,12 @@ public:
 
 private:
     friend struct SLayoutCheck;
-    void Swap(BStringArray& other) noexcept;
+    void Swap(BStringArray& other) noexcept
+    {
+        std::swap(m_items, other.m_items);
+        std::swap(m_count, other.m_count);
+        std::swap(m_capacity, other.m_capacity);
+    }
 
     BString* m_items;
     unsigned m_count;
@@ -134,7 +146,12 @@ public:
 
 private:
     friend struct SLayoutCheck;
-    void Swap(BOidArray& other) noexcept;
+    void Swap(BOidArray& other) noexcept
+    {
+        std::swap(m_items, other.m_items);
+        std::swap(m_count, other.m_count);
+        std::swap(m_capacity, other.m_capacity);
+    }
 
     BObjectIdentifier* m_items;
     unsigned m_count;

@@ -100,10 +100,10 @@ private:
         BObjectIdentifier objectId;
     };
 
-    void Take(BObjectSyntax& other) noexcept;
-    void Reset(unsigned char syntax);
-    void CopyOctets(const unsigned char* bytes, unsigned length);
-    void CopyObjectId(const BObjectIdentifier& value);
+    VKMIBH_LOCAL void Take(BObjectSyntax& other) noexcept;
+    VKMIBH_LOCAL void Reset(unsigned char syntax);
+    VKMIBH_LOCAL void CopyOctets(const unsigned char* bytes, unsigned length);
+    VKMIBH_LOCAL void CopyObjectId(const BObjectIdentifier& value);
 
     unsigned char m_syntax;
     UValue m_value;

@@ -49,8 +49,9 @@ private:
 //            name or value, may be appended to it; appending the whole list to
 //            itself is not supported.
 // Threads:   no lock inside; const calls may run side by side.
-// Errors:    1 = done, 0 = no memory or bad index and unchanged; Assign without
-//            memory leaves an empty list.
+// Errors:    1 = done, 0 = no room for the binding, or bad index, and unchanged;
+//            Assign without room leaves an empty list. A binding that found
+//            room but no memory for its name or value is there without it.
 // Contract:  field order is ABI. Capacity grows by s_growBy, a copy has none to
 //            spare. Growing and Remove move bindings without copying what they
 //            own, so references into the list do not survive either.
