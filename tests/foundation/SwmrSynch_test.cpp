@@ -257,10 +257,15 @@ TEST(SwmrSynch, WriterThatGivesUpLetsTheReadersBehindItIn)
     TSWMRSynch lock;
     Holder first(lock, false);
     ASSERT_TRUE(first.WaitUntilHeld());
-    std::thread writer([&] { EXPECT_EQ(lock.WaitToWrite(100), eWaitTimeout); });
+    std::atomic<bool> stop{false};
+    std::thread writer([&] {
+        while (!stop) // on a slow machine nobody may notice that it waited once
+            EXPECT_EQ(lock.WaitToWrite(50), eWaitTimeout);
+    });
     EXPECT_TRUE(WriterWaits(lock));
     Holder late(lock, false);
     EXPECT_TRUE(late.WaitUntilHeld());
+    stop = true;
     writer.join();
     EXPECT_TRUE(first.Holds());
 }

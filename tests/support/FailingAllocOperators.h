@@ -7,17 +7,20 @@
 #include <cstdlib>
 #include <new>
 
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+// Not inlined: the compiler would see free() meet operator new and warn.
+#define VKMIBH_NOINLINE __attribute__((noinline))
+
+VKMIBH_NOINLINE void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     return VLK::FailingAlloc::Refuses() ? nullptr : std::malloc(size ? size : 1);
 }
 
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
+VKMIBH_NOINLINE void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 {
     return VLK::FailingAlloc::Refuses() ? nullptr : std::malloc(size ? size : 1);
 }
 
-void* operator new(std::size_t size)
+VKMIBH_NOINLINE void* operator new(std::size_t size)
 {
     void* const memory = VLK::FailingAlloc::Refuses() ? nullptr : std::malloc(size ? size : 1);
     if (!memory)
@@ -25,16 +28,24 @@ void* operator new(std::size_t size)
     return memory;
 }
 
-void* operator new[](std::size_t size) { return operator new(size); }
+VKMIBH_NOINLINE void* operator new[](std::size_t size) { return operator new(size); }
 
-void operator delete(void* memory) noexcept { std::free(memory); }
+VKMIBH_NOINLINE void operator delete(void* memory) noexcept { std::free(memory); }
 
-void operator delete[](void* memory) noexcept { std::free(memory); }
+VKMIBH_NOINLINE void operator delete[](void* memory) noexcept { std::free(memory); }
 
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+VKMIBH_NOINLINE void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+VKMIBH_NOINLINE void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
-void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+VKMIBH_NOINLINE void operator delete(void* memory, const std::nothrow_t&) noexcept
+{
+    std::free(memory);
+}
 
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+VKMIBH_NOINLINE void operator delete[](void* memory, const std::nothrow_t&) noexcept
+{
+    std::free(memory);
+}
+
+#undef VKMIBH_NOINLINE

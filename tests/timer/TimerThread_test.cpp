@@ -37,6 +37,7 @@ int TryElsewhere(TMutex& mutex)
 
 TEST(TimerThread, TicksOnceASecondUnderTheLock)
 {
+    const auto start = std::chrono::steady_clock::now();
     BTimer timer;
     Subscriber subscriber;
     std::atomic<int> locked{-1};
@@ -45,7 +46,6 @@ TEST(TimerThread, TicksOnceASecondUnderTheLock)
         caller = std::this_thread::get_id();
         locked = TryElsewhere(timer.Mutex());
     };
-    const auto start = std::chrono::steady_clock::now();
     timer.Subscribe(&subscriber, 1000, 1);
     ASSERT_TRUE(Eventually([&] { return locked != -1; }));
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(900));
