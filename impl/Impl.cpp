@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "foundation/HostCall.h"
+
 namespace VLK {
 
 namespace {
@@ -111,7 +113,7 @@ int BMibImpl::Get(unsigned id, BVarBindList& list, int& index, int count)
         return eSnmpNoSuchName;
     const int first = index;
     for (int k = 0; k < count; ++k) {
-        const int status = Get(id, list[first + k]);
+        const int status = HostCall([&] { return Get(id, list[first + k]); }, int(eSnmpGenErr));
         if (status != eSnmpNoError) {
             index = first + k;
             return status;
@@ -129,13 +131,9 @@ int BMibImpl::GetNext(unsigned id, BVarBind& binding)
     for (;;) {
         if (!asked.Remember(binding.Name()))
             return eSnmpGenErr;
-        if (!NextInstance(id, binding))
+        // A module that goes back would keep the walk here for ever.
+        if (!NextInstance(id, binding) || asked.Name().Compare(binding.Name()) >= 0)
             break;
-        if (asked.Name().Compare(binding.Name()) >= 0) {
-            // A module that goes back would keep the walk here for ever.
-            binding.Name().Set(asked.Name());
-            break;
-        }
         const int status = Get(id, binding);
         if (status != eSnmpNoError)
             return status;
@@ -143,6 +141,8 @@ int BMibImpl::GetNext(unsigned id, BVarBind& binding)
         if (syntax != eNoSuchObject && syntax != eNoSuchInstance)
             return eSnmpNoError;
     }
+    // Whatever is left of a step that led nowhere goes.
+    binding.Name().Set(asked.Name());
     binding.Value().SetV2Exception(eEndOfMibView);
     return eSnmpNoError;
 }
@@ -161,7 +161,9 @@ int BMibImpl::Set(unsigned id, const BVarBindList& list, ESnmpSetOpCode op, void
             continue;
         if (slot && op == eSetTest)
             slot->position = first + k;
-        const int status = Set(id, op, slot ? &slot->scratch : nullptr, list[first + k]);
+        void** scratch = slot ? &slot->scratch : nullptr;
+        const int status =
+            HostCall([&] { return Set(id, op, scratch, list[first + k]); }, int(eSnmpGenErr));
         if (status == eSnmpNoError)
             continue;
         if (result == eSnmpNoError) {

@@ -46,8 +46,8 @@ class VKMIBH_API BMibDefVal {};
 // SET: for every binding the handler sees test, then commit when all tests of
 // the request passed, then undo when a commit failed, and cleanup in every case.
 // Types and DisplayString bytes are checked in every phase, constraints in the
-// test phase only. A binding whose handler was called in the test phase is
-// marked tested, in the commit phase committed, whatever the handler returned or threw;
+// test phase only. A binding whose handler was called in the test phase is marked
+// tested, in the commit phase committed, whatever the handler returned or threw;
 // undo visits only committed bindings and cleanup only tested ones. The slot is
 // the handler's own from the first phase to the last, for what it needs to undo.
 // A class that overrides the single-binding Set() without ending in the adapter
@@ -58,8 +58,10 @@ class VKMIBH_API BMibDefVal {};
 // Ownership: the maps belong to the module and outlive the implementation.
 // Threads:   the list forms and GetNext() hold Mutex() while handlers run;
 //            Initialize() and Cleanup() do not lock, BMibImplGroup does it for
-//            them. ResolveConstraints() may run beside requests.
-// Errors:    SNMP error status; look-ups return a pointer or null.
+//            them. ResolveConstraints() may run beside requests, not beside
+//            SetExtrenalTCConstraints() of the same object.
+// Errors:    SNMP error status; look-ups return a pointer or null. What a handler
+//            throws is genErr in the list forms and passes through the others.
 // Contract:  slot order and field order are ABI.
 class VKMIBH_API BMibImpl : public BMibSubtreeHandler {
 public:

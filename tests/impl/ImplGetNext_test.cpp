@@ -77,6 +77,15 @@ TEST_F(ImplGetNext, NoFurtherInstanceIsEndOfMibView)
     EXPECT_EQ("1.3.9.9 130", Next("1.3.9.9"));
 }
 
+TEST_F(ImplGetNext, NameOfAStepThatLedNowhereIsTakenBack)
+{
+    m_impl.m_next = [](BVarBind& binding) {
+        binding.Name() = OidOf("1.3.9.7.7");
+        return 0;
+    };
+    EXPECT_EQ("1.3.9.1 130", Next());
+}
+
 TEST_F(ImplGetNext, ErrorsEndTheWalk)
 {
     m_impl.m_next = CountUp;

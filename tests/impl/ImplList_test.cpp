@@ -18,6 +18,8 @@ public:
         const unsigned arc = binding.Name()[0];
         m_log.push_back("get " + std::to_string(id) + " " + std::to_string(arc));
         binding.Value().SetInt(static_cast<int>(arc));
+        if (m_throws && arc == m_failAt)
+            throw arc;
         return arc == m_failAt ? eSnmpTooBig : 0;
     }
     int Set(unsigned id, ESnmpSetOpCode op, void** slot, const BVarBind& binding) override
@@ -25,6 +27,8 @@ public:
         const unsigned arc = binding.Name()[0];
         m_log.push_back(std::to_string(op) + " " + std::to_string(arc));
         m_slots.push_back(slot);
+        if (m_throws && Fails(arc, op))
+            throw arc;
         if (m_adapter) {
             const SRqHndlrMapEntry entry = RowOf(eKindInteger);
             m_status = Fails(arc, op) ? static_cast<int>(20 + arc) : 0;
@@ -41,6 +45,7 @@ public:
     unsigned m_failAlsoAt = 0;
     ESnmpSetOpCode m_failIn = eSetTest;
     bool m_adapter = true;
+    bool m_throws = false;
     std::vector<std::string> m_log;
     std::vector<void**> m_slots;
 };
@@ -198,6 +203,24 @@ TEST_F(ImplList, UndoAndCleanupGoOnAfterAFailureAndReportTheFirst)
         m_impl.m_failAt = 4;
         EXPECT_EQ(23, Set(op));
         EXPECT_EQ(2, m_index);
+    }
+}
+
+TEST_F(ImplList, HandlerThatThrowsIsGenErrAtItsOwnPosition)
+{
+    m_impl.m_throws = true;
+    m_impl.m_failAt = 3;
+    m_index = 1;
+    EXPECT_EQ(eSnmpGenErr, m_impl.Get(9, m_list, m_index, 3));
+    EXPECT_EQ(2, m_index);
+    for (SSetSlot& slot : m_slots)
+        slot.tested = slot.committed = 1;
+    for (ESnmpSetOpCode op : kAllPhases) {
+        const bool goesOn = op == eSetUndo || op == eSetCleanup;
+        m_impl.m_failIn = op;
+        EXPECT_EQ(eSnmpGenErr, Set(op)) << op;
+        EXPECT_EQ(2, m_index) << op;
+        EXPECT_EQ(goesOn ? 3u : 2u, m_impl.m_log.size()) << op;
     }
 }
 
