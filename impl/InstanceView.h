@@ -5,7 +5,8 @@
 
 namespace VLK {
 
-// Lives no longer than the arcs it shows; whoever gets the OID may only read it.
+// Lives no longer than the arcs it shows. The OID is only given out as const: it
+// can be read and copied (a copy owns its arcs), but not grown or written.
 class VKMIBH_LOCAL InstanceView {
 public:
     InstanceView(const BObjectIdentifier& name, unsigned from)
@@ -24,7 +25,6 @@ public:
     InstanceView& operator=(const InstanceView&) = delete;
 
     const BObjectIdentifier& Oid() const { return m_oid; }
-    bool IsEmpty() const { return m_oid.Length() == 0; }
 
 private:
     BObjectIdentifier m_oid;

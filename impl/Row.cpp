@@ -69,8 +69,11 @@ bool BMibRowImpl::NextColumn(const BObjectIdentifier& name, unsigned& column) co
     }
     if (column > m_high)
         return false;
+    // A name that ends at its column stands before the instance there. CONTRACT:
+    // of a row without index suffix it is the instance, so the walk goes on to the
+    // next column; answering it again would end every walk at the first one.
     const InstanceView index(name, position);
-    if (index.IsEmpty() || index.Oid().Compare(m_indexSuffix) < 0)
+    if (index.Oid().Compare(m_indexSuffix) < 0)
         return true;
     if (column == m_high)
         return false;

@@ -151,6 +151,21 @@ TEST(RowRange, LastColumnDoesNotWrap)
         .Run();
 }
 
+TEST(RowRange, WithoutIndexSuffixTheColumnsAreTheInstances)
+{
+    CRow row(2, 5, {2, 3, 5}, "");
+    EXPECT_EQ("1.3.9.2", TextOf(row.Oid()));
+    EXPECT_EQ("1.3.9.3", row.Next("1.3.9.2"));
+    EXPECT_EQ("1.3.9.3", row.Next("1.3.9.2.0"));
+    EXPECT_EQ("end", row.Next("1.3.9.5"));
+    EXPECT_EQ("129", row.Read("1.3.9.2.0"));
+    TwoWalks(row, "1.3.9",
+             {{"1.3.9.2", eAsnOctetString, "text"},
+              {"1.3.9.3", eAsnOctetString, "text"},
+              {"1.3.9.5", eAsnOctetString, "text"}})
+        .Run();
+}
+
 TEST(RowRange, MapWithoutTheRangeServesNothing)
 {
     CRow row(2, 5, {});

@@ -25,6 +25,8 @@ public:
     int NextIndex(unsigned id, unsigned column, const BObjectIdentifier& index,
                   BObjectIdentifier& nextIndex) override
     {
+        m_kept = index;
+        m_kept.Append(99u);
         m_asked.push_back(std::to_string(column) + ":" + TextOf(index));
         m_id = id;
         for (auto row = m_rows.upper_bound(index); row != m_rows.end(); ++row) {
@@ -38,6 +40,8 @@ public:
 
     int OnGet(const BObjectIdentifier& instance, unsigned, BString& value)
     {
+        m_kept = instance;
+        m_kept.Append(99u);
         value = BString(("row " + TextOf(instance)).c_str());
         if (m_rows.count(instance) == 0)
             return eSnmpNoSuchName;
@@ -46,6 +50,8 @@ public:
     int OnSet(const BObjectIdentifier& instance, ESnmpSetOpCode op, unsigned id,
               const BString& value, void**)
     {
+        m_kept = instance;
+        m_kept.Append(99u);
         m_log.push_back(std::to_string(op) + " " + std::to_string(id) + " " + TextOf(instance) +
                         " " + value.c_str());
         return m_status;
@@ -84,6 +90,7 @@ public:
     int m_status = 0;
     Log m_log;
     Log m_asked;
+    BObjectIdentifier m_kept; // the last instance or index seen, and 99
     unsigned m_id = 0;
 };
 
@@ -144,6 +151,23 @@ TEST_F(Table, Set)
     EXPECT_TRUE(m_table.m_log.empty());
     m_table.m_status = 12;
     EXPECT_EQ(12, m_table.Write("1.3.9.3.1"));
+}
+
+TEST_F(Table, HandlersMayKeepAndGrowCopiesOfTheInstance)
+{
+    {
+        const BVarBind binding(OidOf("1.3.9.3.2.5"), TextValue("new"));
+        EXPECT_EQ(0, m_table.Set(3, eSetTest, nullptr, binding));
+        EXPECT_EQ("1.3.9.3.2.5", TextOf(binding.Name())) << "the binding's arcs are not touched";
+    }
+    EXPECT_EQ("2.5.99", TextOf(m_table.m_kept)) << "and the copy outlives the binding";
+    EXPECT_EQ("4", m_table.Read("1.3.9.2.1"));
+    EXPECT_EQ("1.99", TextOf(m_table.m_kept));
+    EXPECT_EQ("1.3.9.2.2.5", m_table.Next("1.3.9.2.1"));
+    EXPECT_EQ("1.99", TextOf(m_table.m_kept));
+    static_assert(!std::is_assignable_v<const BObjectIdentifier&, BObjectIdentifier>);
+    static_assert(!std::is_assignable_v<decltype(std::declval<const BObjectIdentifier&>()[0]), int>,
+                  "the view cannot be written");
 }
 
 TEST_F(Table, NextInstanceFromBeforeTheTable)
