@@ -7,8 +7,9 @@
 //   ColumnRow<eKindInteger, nullptr, &CDoor::OnSet_Key>(9, "key", eAsnInteger, eRqWriteOnly)
 //   kRqEnd
 //
-// V is the type named beside the kind in rqmap.h, or any enumeration for
-// eKindEnumerated. Handlers return an SNMP error status, and are
+// V is the type named beside the kind in rqmap.h, or for eKindEnumerated an
+// enumeration that can hold every int: `enum E : int`. Handlers return an SNMP
+// error status, and are
 //
 //   ScalarRow get  int (unsigned id, V& value)
 //             set  int (ESnmpSetOpCode op, unsigned id, V value, void** slot)
@@ -17,9 +18,11 @@
 //                       V value, void** slot)
 //   status columns (kinds 8 and 9) get with a last parameter, int flag.
 //
-// A set handler takes the value by V or const V&. Handlers may be const, noexcept
-// and non-public. `slot` is null when the caller keeps no slots. Everything here
-// is constant-initialised; anything that does not fit does not compile.
+// A set handler takes the value by V or const V&; take strings and identifiers by
+// const V&, for a copy that finds no memory is empty. Handlers may be const,
+// noexcept and non-public. `slot` is null when the caller keeps no slots.
+// Everything here is constant-initialised; anything that does not fit does not
+// compile.
 #pragma once
 
 #include <vkmibh/scalars.h>
@@ -159,11 +162,23 @@ constexpr bool RqIsStatusKind(unsigned kind)
 {
     return kind == eKindRowStatus || kind == eKindEntryStatus;
 }
+// Whether any int can become an E and back, so that a handler is given the very
+// value that was sent. Only an enumeration whose underlying type is written down
+// can be made from an int in braces.
+template <class E, class = void>
+struct TRqHoldsInts : std::false_type {
+};
+template <class E>
+struct TRqHoldsInts<E, std::void_t<decltype(E{std::underlying_type_t<E>()})>>
+    : std::bool_constant<sizeof(E) >= sizeof(int)> {
+};
 template <unsigned Kind, class V>
 constexpr bool RqValueSuits()
 {
-    return std::is_same_v<V, typename TRqValue<Kind>::Type> ||
-           (Kind == eKindEnumerated && std::is_enum_v<V>);
+    if constexpr (Kind == eKindEnumerated && std::is_enum_v<V>)
+        return TRqHoldsInts<V>::value;
+    else
+        return std::is_same_v<V, typename TRqValue<Kind>::Type>;
 }
 
 template <unsigned Kind, auto Handler>
@@ -225,21 +240,20 @@ int BMibImpl::RqSetThunk(const BObjectIdentifier* instance, ESnmpSetOpCode op, u
 
 // Checks handlers and turns them into their stored form.
 struct SRqRows {
-    template <unsigned Kind, class Handler, bool InColumn>
+    template <class Handler, bool InColumn>
     static constexpr bool ClassSuits()
     {
         using C = typename TRqHandler<Handler>::Class;
-        static_assert(std::is_base_of_v<BMibImpl, C>,
-                      "map row: the handler is no member of a class derived from BMibImpl");
-        constexpr bool scalars = std::is_base_of_v<BMibScalarImpl, C> ||
-                                 std::is_base_of_v<BMibScalarGroupImpl, C> ||
-                                 std::is_base_of_v<BMibRowImpl, C>;
-        static_assert(InColumn || !std::is_base_of_v<BMibTableImpl, C>,
-                      "ScalarRow: the handler belongs to a table, use ColumnRow");
-        static_assert(!InColumn || !scalars,
+        constexpr bool ours = std::is_base_of_v<BMibImpl, C>;
+        constexpr bool fits = InColumn ? !std::is_base_of_v<BMibScalarImpl, C> &&
+                                             !std::is_base_of_v<BMibScalarGroupImpl, C> &&
+                                             !std::is_base_of_v<BMibRowImpl, C>
+                                       : !std::is_base_of_v<BMibTableImpl, C>;
+        static_assert(ours, "map row: the handler is no member of a class derived from BMibImpl");
+        static_assert(InColumn || fits, "ScalarRow: the handler belongs to a table, use ColumnRow");
+        static_assert(!InColumn || fits,
                       "ColumnRow: the handler belongs to scalars or to a row, use ScalarRow");
-        return std::is_base_of_v<BMibImpl, C> &&
-               (InColumn ? !scalars : !std::is_base_of_v<BMibTableImpl, C>);
+        return ours && fits;
     }
 
     template <unsigned Kind, auto Handler, bool InColumn>
@@ -263,7 +277,7 @@ struct SRqRows {
                           "ColumnRow: a status column's get handler is int (const "
                           "BObjectIdentifier& instance, unsigned id, V& value, int flag)");
             static_assert(value, "map row: the get handler's value type does not suit the kind");
-            if constexpr (ClassSuits<Kind, decltype(Handler), InColumn>() && form && value)
+            if constexpr (ClassSuits<decltype(Handler), InColumn>() && form && value)
                 return &BMibImpl::RqGetThunk<Kind, Handler>;
             else
                 return nullptr;
@@ -286,7 +300,7 @@ struct SRqRows {
                           "ColumnRow: a set handler is int (const BObjectIdentifier& instance, "
                           "ESnmpSetOpCode op, unsigned id, V value, void** slot)");
             static_assert(value, "map row: the set handler's value type does not suit the kind");
-            if constexpr (ClassSuits<Kind, decltype(Handler), InColumn>() && form && value)
+            if constexpr (ClassSuits<decltype(Handler), InColumn>() && form && value)
                 return &BMibImpl::RqSetThunk<Kind, Handler>;
             else
                 return nullptr;

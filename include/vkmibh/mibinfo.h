@@ -26,7 +26,7 @@ enum EEntryStatus : int {
     eEntryUnderCreation = 3,
     eEntryInvalid = 4
 };
-enum EStorageType {
+enum EStorageType : int {
     eStorageOther = 1,
     eStorageVolatile = 2,
     eStorageNonVolatile = 3,
@@ -34,15 +34,15 @@ enum EStorageType {
     eStorageReadOnly = 5
 };
 // MAX-ACCESS of RFC 2578 section 7.3, with its own numbers.
-enum EMaxAccess {
+enum EMaxAccess : int {
     eMaxAccessNone = 0,
     eMaxAccessNotify = 1,
     eMaxAccessReadOnly = 2,
     eMaxAccessReadWrite = 3,
     eMaxAccessReadCreate = 4
 };
-enum ESecurityLevel { eNoAuthNoPriv = 1, eAuthNoPriv = 2, eAuthPriv = 3 };
-enum EFilterType { eFilterIncluded = 1, eFilterExcluded = 2 };
+enum ESecurityLevel : int { eNoAuthNoPriv = 1, eAuthNoPriv = 2, eAuthPriv = 3 };
+enum EFilterType : int { eFilterIncluded = 1, eFilterExcluded = 2 };
 
 // The printable label; "unknown" for what has none ("secUserDefined" for security models). The
 // texts are static.

@@ -33,7 +33,7 @@ enum ERqHandlerKind {
     eKindCounter64 = 7,     // BCounter64
     eKindRowStatus = 8,     // ERowStatus
     eKindEntryStatus = 9,   // EEntryStatus
-    eKindEnumerated = 10    // int
+    eKindEnumerated = 10    // int, or an enumeration of ints
 };
 constexpr unsigned kRqLastKind = eKindEnumerated;
 

@@ -6,6 +6,9 @@
 namespace VLK {
 
 enum EColor : int { eRed = 1 };
+enum class EScoped : unsigned { eOne = 1 };
+enum ELoose { eLoose = 1 };
+enum class ENarrow : unsigned char { eOne = 1 };
 
 class CGroup : public BMibScalarGroupImpl {
 public:
@@ -14,6 +17,9 @@ public:
     int GetText(unsigned, BString&) { return 0; }
     int GetAt(const BObjectIdentifier&, unsigned, int&) { return 0; }
     int GetConst(unsigned, const int&) { return 0; }
+    int GetScoped(unsigned, EScoped&) { return 0; }
+    int GetLoose(unsigned, ELoose&) { return 0; }
+    int SetNarrow(ESnmpSetOpCode, unsigned, ENarrow, void**) { return 0; }
     void GetVoid(unsigned, int&) {}
     int SetInt(ESnmpSetOpCode, unsigned, int, void**) { return 0; }
     int SetText(ESnmpSetOpCode, unsigned, const BString&, void**) { return 0; }

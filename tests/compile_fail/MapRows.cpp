@@ -13,12 +13,17 @@ VKMIBH_CONSTINIT SRqHndlrMapEntry g_map[] = {
     ColumnRow<eKindEnumerated, &CTable::GetColor>(5, "e", eAsnInteger, eRqReadOnly),
     ColumnRow<eKindRowStatus, &CTable::GetStatus, &CTable::SetStatus>(6, "f", eAsnInteger,
                                                                       eRqReadCreate),
+    ScalarRow<eKindEnumerated, &CGroup::GetScoped>(7, "g", eAsnInteger, eRqReadOnly),
 #if defined(CASE_VALUE_OF_GETTER)
     ScalarRow<eKindInteger, &CGroup::GetText>(9, "x", eAsnInteger, eRqReadOnly),
 #elif defined(CASE_VALUE_OF_SETTER)
     ScalarRow<eKindInteger, &CGroup::GetInt, &CGroup::SetText>(9, "x", eAsnInteger, eRqReadWrite),
 #elif defined(CASE_ENUMERATION_AS_INTEGER)
     ColumnRow<eKindInteger, &CTable::GetColor>(9, "x", eAsnInteger, eRqReadOnly),
+#elif defined(CASE_ENUMERATION_OF_UNKNOWN_RANGE)
+    ScalarRow<eKindEnumerated, &CGroup::GetLoose>(9, "x", eAsnInteger, eRqReadOnly),
+#elif defined(CASE_ENUMERATION_TOO_NARROW)
+    ScalarRow<eKindEnumerated, nullptr, &CGroup::SetNarrow>(9, "x", eAsnInteger, eRqWriteOnly),
 #elif defined(CASE_SIGNED_AS_UNSIGNED)
     ScalarRow<eKindUnsigned, &CGroup::GetInt>(9, "x", eAsnGauge32, eRqReadOnly),
 #elif defined(CASE_CONST_VALUE)

@@ -76,6 +76,14 @@ TEST_F(SetAdapter, HandlersGetTheTypedValue)
     EXPECT_EQ(eBlue, m_probe.Value<EColor>());
 }
 
+TEST_F(SetAdapter, EnumerationsCarryEveryInteger)
+{
+    for (int number : {99, 257, -1, 2147483647, -2147483647 - 1}) {
+        EXPECT_EQ(0, Set(CProbe::RowOf(10), eSetCommit, IntValue(number)));
+        EXPECT_EQ(number, static_cast<int>(m_probe.Value<EColor>()));
+    }
+}
+
 TEST_F(SetAdapter, ColumnHandlersOfEveryKindGetInstancePhaseAndId)
 {
     for (unsigned kind = 1; kind <= kRqLastKind; ++kind) {
@@ -253,6 +261,20 @@ TEST_F(SetAdapter, DisplayStringBytesInEveryPhase)
             EXPECT_EQ(status == 0, Called()) << text;
         }
     EXPECT_EQ(0, Set(CProbe::RowOf(2), eSetTest, TextValue("a\x80"))) << "octets may be anything";
+}
+
+TEST_F(SetAdapter, CarriageReturnMayBeTheLastByteWhateverLiesBehindTheValue)
+{
+    BObjectSyntax value = TextValue("a\rb");
+    // Shortened in place: the letter stays where it was, but is no longer the value's.
+    BOctetString& octets = const_cast<BOctetString&>(value.Octets());
+    ASSERT_TRUE(octets.Assign(2, octets.Data()));
+    ASSERT_EQ(2u, octets.Length());
+    ASSERT_TRUE(octets.Capacity() > 2 && octets.Data()[2] == 'b');
+    for (ESnmpSetOpCode op : kAllPhases) {
+        EXPECT_EQ(0, Set(CProbe::RowOf(5), op, value));
+        EXPECT_STREQ("a\r", m_probe.Value<BString>().c_str());
+    }
 }
 
 TEST_F(SetAdapter, DisplayStringKeepsBytesAfterNul)
