@@ -205,6 +205,8 @@ void SLayoutCheck::Implementations()
     static_assert(sizeof(BMibScalarImpl) == sizeof(BMibImpl));
     static_assert(sizeof(BMibScalarGroupImpl) == sizeof(BMibImpl));
     static_assert(sizeof(BMibTableImpl) == sizeof(BMibImpl));
+    static_assert(Ascending({FIELD(BMibRowImpl, m_rangePrefix), FIELD(BMibRowImpl, m_low),
+                             FIELD(BMibRowImpl, m_high), FIELD(BMibRowImpl, m_indexSuffix)}));
     static_assert(std::is_default_constructible_v<BMibDefVal> && std::is_empty_v<BMibDefVal>);
 }
 
