@@ -1,5 +1,5 @@
-// The standard textual conventions (RFC 2579, RFC 2271/3411, RFC 2573/3413 and
-// the older RMON ones).
+// The standard textual conventions: RFC 2579, RFC 3411, RFC 3413, and those of
+// RMON (RFC 2819).
 #include <vkmibh/implbase.h>
 
 namespace VLK {
