@@ -10,7 +10,7 @@ namespace VLK {
 // on, since swallowing it would end the process; it is caught as a reference
 // without an object, which only the check of references would mind.
 template <class TCall, class TResult>
-__attribute__((no_sanitize("null"))) TResult HostCall(TCall&& call, TResult onThrow)
+__attribute__((no_sanitize("undefined"))) TResult HostCall(TCall&& call, TResult onThrow)
 {
     try {
         return call();
