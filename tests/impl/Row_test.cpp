@@ -46,9 +46,7 @@ public:
     {
         BVarBind binding(OidOf(name), IntValue(1));
         const int found = NextInstance(3, binding);
-        if (!found) {
-            EXPECT_EQ(int(eEndOfMibView), int(binding.Value().Syntax()));
-        }
+        EXPECT_EQ(found ? int(eAsnNull) : int(eEndOfMibView), int(binding.Value().Syntax()));
         return found ? TextOf(binding.Name()) : "end";
     }
 
@@ -60,7 +58,7 @@ public:
 
 class Row : public ::testing::Test {
 protected:
-    CRow m_row{2, 5, {2, 3, 5, 6}};
+    CRow m_row{2, 5, {1, 2, 3, 5, 6}};
 };
 
 TEST_F(Row, Registration)
@@ -86,7 +84,7 @@ TEST_F(Row, GetNeedsEveryCondition)
     EXPECT_EQ("4", m_row.Read("1.3.9.5.7.8"));
     EXPECT_EQ("129", m_row.Read("1.3.9.2.7")) << "too short";
     EXPECT_EQ("129", m_row.Read("1.3.9.2.7.8.9")) << "too long";
-    EXPECT_EQ("129", m_row.Read("1.3.9.1.7.8")) << "below the range";
+    EXPECT_EQ("129", m_row.Read("1.3.9.1.7.8")) << "below the range, though in the map";
     EXPECT_EQ("129", m_row.Read("1.3.9.6.7.8")) << "above the range, though in the map";
     EXPECT_EQ("129", m_row.Read("1.3.9.2.7.9")) << "another index";
     EXPECT_EQ("129", m_row.Read("1.3.9.4.7.8")) << "not in the map";
@@ -103,11 +101,12 @@ TEST_F(Row, HandlersResultIsReturnedAsItIs)
 
 TEST_F(Row, AccessCodesAreNotLookedAt)
 {
-    m_row.m_map[0].access = eRqNotAccessible;
+    for (SRqHndlrMapEntry& entry : m_row.m_map)
+        entry.access = eRqNotAccessible;
     EXPECT_EQ("4", m_row.Read("1.3.9.2.7.8"));
     EXPECT_EQ(0, m_row.Write("1.3.9.2.7.8")) << "the handler decides what is writable";
-    m_row.m_map[0].getHandler = nullptr;
-    m_row.m_map[0].setHandler = nullptr;
+    m_row.m_map[1].getHandler = nullptr;
+    m_row.m_map[1].setHandler = nullptr;
     EXPECT_EQ("status 5", m_row.Read("1.3.9.2.7.8"));
     EXPECT_EQ(eSnmpNotWritable, m_row.Write("1.3.9.2.7.8"));
 }
@@ -149,6 +148,29 @@ TEST(RowRange, LastColumnDoesNotWrap)
              {{"1.3.9.4294967294.7.8", eAsnOctetString, "text"},
               {"1.3.9.4294967295.7.8", eAsnOctetString, "text"}})
         .Run();
+}
+
+// Sets the members itself, and not as they were registered.
+class CMovedRow : public CRow {
+public:
+    CMovedRow() : CRow(2, 5, {2, 3, 4})
+    {
+        m_low = 3;
+        m_high = 4;
+        m_indexSuffix = OidOf("7.8.9");
+    }
+};
+
+TEST(RowRange, AnswersAreTheRegistrationWithAnotherColumn)
+{
+    CMovedRow row;
+    EXPECT_EQ("1.3.9.2.7.8", row.Next("1.3.9")) << "as registered";
+    EXPECT_EQ("1.3.9.3.7.8", row.Next("1.3.9.2.7.8")) << "below the range";
+    EXPECT_EQ("1.3.9.4.7.8", row.Next("1.3.9.3.7.8.9"));
+    EXPECT_EQ("end", row.Next("1.3.9.4.7.8.9"));
+    EXPECT_EQ("129", row.Read("1.3.9.3.7.8")) << "another index than the row's";
+    EXPECT_EQ("129", row.Read("1.3.9.3.7.8.9")) << "longer than the registration";
+    EXPECT_EQ(eSnmpNoSuchName, row.Write("1.3.9.3.7.8.9"));
 }
 
 TEST(RowRange, WithoutIndexSuffixTheColumnsAreTheInstances)

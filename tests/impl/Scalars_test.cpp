@@ -212,6 +212,14 @@ TEST_F(ScalarGroup, NextInstance)
     EXPECT_EQ("end", empty.Next("1.3.9.1"));
 }
 
+TEST_F(ScalarGroup, NextInstanceOfTheGroupItselfDoesNotLookBehindItsArcs)
+{
+    BVarBind binding(OidOf("1.3.9.3.0"));
+    binding.Name().Truncate(3);
+    EXPECT_EQ(1, m_group.NextInstance(3, binding));
+    EXPECT_EQ("1.3.9.1.0", TextOf(binding.Name()));
+}
+
 TEST(ScalarGroupWalk, ColumnsThatAreNotReadableAreSkipped)
 {
     CGroupOfScalars group(

@@ -206,6 +206,8 @@ TEST_F(SetAdapter, RangeOfGaugesIsUnsigned)
     EXPECT_EQ(eSnmpWrongValue, Test(eKindUnsigned, kRefined, value));
     value.SetGauge(4000000000u);
     EXPECT_EQ(eSnmpNoError, Test(eKindUnsigned, kHuge, value));
+    value.SetGauge(5);
+    EXPECT_EQ(eSnmpNoError, Test(eKindUnsigned, kHuge, value)) << "-1 is 4294967295 here";
     value.SetGauge(4);
     EXPECT_EQ(eSnmpWrongValue, Test(eKindUnsigned, kHuge, value));
     EXPECT_EQ(eSnmpNoError, Test(eKindUnsigned, kColors, value));

@@ -179,6 +179,14 @@ TEST_F(Table, NextInstanceFromBeforeTheTable)
     }
 }
 
+TEST_F(Table, NextInstanceOfTheEntryItselfDoesNotLookBehindItsArcs)
+{
+    BVarBind binding(OidOf("1.3.9.3.1"));
+    binding.Name().Truncate(3);
+    EXPECT_EQ(1, m_table.NextInstance(3, binding));
+    EXPECT_EQ("1.3.9.2.1", TextOf(binding.Name()));
+}
+
 TEST_F(Table, NextInstanceInsideAColumnAndOnToTheNext)
 {
     EXPECT_EQ("1.3.9.2.1", m_table.Next("1.3.9.2"));
@@ -248,6 +256,25 @@ TEST(TableWalk, SparseColumns)
     EXPECT_EQ("1.3.9.3.1", table.Next("1.3.9.2.1"));
     EXPECT_EQ("1.3.9.2.1", table.Next("1.3.9.1.1"));
     EXPECT_EQ("1.3.9.3.2", table.Next("1.3.9.3.1"));
+}
+
+// Builds the next index in place, also when it then finds no row.
+class CBuilding : public CTable {
+public:
+    using CTable::CTable;
+    int NextIndex(unsigned, unsigned column, const BObjectIdentifier&,
+                  BObjectIdentifier& nextIndex) override
+    {
+        nextIndex.Append(column);
+        return column == 3;
+    }
+};
+
+TEST(TableWalk, EveryColumnStartsWithAnEmptyNextIndex)
+{
+    CBuilding table({CTable::Column(1), CTable::Column(2), CTable::Column(3)}, {});
+    EXPECT_EQ("1.3.9.3.3", table.Next("1.3.9"));
+    EXPECT_EQ("1.3.9.3.3", table.Next("1.3.9.1.5"));
 }
 
 // A row that is listed by NextIndex but gone when it is read.
