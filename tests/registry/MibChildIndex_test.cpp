@@ -1,7 +1,7 @@
 // A node with many children answers as the list of its children does.
 #include <vkmibh/tree.h>
 
-#include "tests/support/FailingNew.h"
+#include "tests/support/FailingAllocOperators.h"
 #include "tests/support/PlainHandler.h"
 
 #include <algorithm>
@@ -154,18 +154,19 @@ TEST(MibChildIndex, WithoutMemoryTheListAnswersAlone)
 {
     const std::vector<unsigned> ids = Ids(1200, 3);
     const std::set<unsigned> model(ids.begin(), ids.end());
-    for (long left = 0; left < 40; ++left) {
+    for (int left = 0; left < 40; ++left) {
         SCOPED_TRACE(left);
         std::vector<BMibNode*> children;
         for (unsigned id : ids)
             children.push_back(new BMibNode("", id, nullptr));
         std::shuffle(children.begin(), children.end(), std::mt19937(11));
         BMibNode node;
-        g_allocationsLeft = left;
         int added = 0;
-        for (BMibNode* child : children)
-            added += node.AddChildNode(child);
-        g_allocationsLeft = -1;
+        {
+            FailingAlloc fail(left);
+            for (BMibNode* child : children)
+                added += node.AddChildNode(child);
+        }
         ASSERT_EQ(static_cast<int>(ids.size()), added);
         ExpectChildren(node, model);
         for (unsigned id = 0; id < 3700; id += 37)
@@ -175,13 +176,14 @@ TEST(MibChildIndex, WithoutMemoryTheListAnswersAlone)
 
 TEST(MibChildIndex, RegistrationWithoutMemoryLeavesAWholeTree)
 {
-    for (long left = 0;; ++left) {
+    for (int left = 0;; ++left) {
         ASSERT_LT(left, 1000);
         CPlainHandler handler("1.3.6.1.4.1.7.8.9");
         BMibTree tree;
-        g_allocationsLeft = left;
-        const int registered = tree.Register(&handler);
-        g_allocationsLeft = -1;
+        const int registered = [&] {
+            FailingAlloc fail(left);
+            return tree.Register(&handler);
+        }();
         const BMibNode* node = tree.FindSubtreeHandlerNode(handler.Oid());
         ASSERT_EQ(registered == 1, node != nullptr) << left;
         if (registered == 1)
@@ -192,12 +194,15 @@ TEST(MibChildIndex, RegistrationWithoutMemoryLeavesAWholeTree)
 
 TEST(MibChildIndex, TreeWithoutMemoryForItsNodesIsEmptyOrWhole)
 {
-    for (long left = 0;; ++left) {
+    for (int left = 0;; ++left) {
         ASSERT_LT(left, 1000);
-        g_allocationsLeft = left;
-        auto* tree = new (std::nothrow) BMibTree;
-        const bool failed = g_allocationsLeft == 0;
-        g_allocationsLeft = -1;
+        BMibTree* tree = nullptr;
+        bool failed = false;
+        {
+            FailingAlloc fail(left);
+            tree = new (std::nothrow) BMibTree;
+            failed = fail.Failed();
+        }
         if (tree && !failed) {
             EXPECT_NE(nullptr, tree->FindNode(OidOf("1.3.6.1.6.3")));
             delete tree;

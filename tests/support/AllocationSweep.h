@@ -8,148 +8,51 @@
 //       [](BOidArray& array) { return array.PushBack(oid); },
 //       [](BOidArray& array, bool done) { EXPECT_EQ(array.Count(), done ? 1u : 0u); });
 //
-// The file replaces operator new and delete in all forms, so exactly one source
-// file of a test program includes it.
+// Needs tests/support/FailingAllocOperators.h in the program.
 #pragma once
 
-#include <cstdlib>
+#include "tests/support/FailingAlloc.h"
+
 #include <gtest/gtest.h>
-#include <new>
 
 namespace VLKTest {
-
-// What this thread's allocations are told.
-struct SAllocations {
-    unsigned failAt = 0; // 1 is the next one, 0 is none
-    bool failLater = false;
-    bool failed = false;
-    long live = 0;
-
-    bool Refuses()
-    {
-        if (failAt == 0)
-            return false;
-        if (failAt == 1) {
-            failed = true;
-            failAt = failLater ? 1 : 0;
-            return true;
-        }
-        --failAt;
-        return false;
-    }
-};
-
-inline thread_local SAllocations t_allocations;
-
-inline void* Allocate(std::size_t size, std::size_t alignment) noexcept
-{
-    if (t_allocations.Refuses())
-        return nullptr;
-    if (size == 0)
-        size = 1;
-    void* memory =
-        alignment == 0
-            ? std::malloc(size)
-            : std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
-    if (memory)
-        ++t_allocations.live;
-    return memory;
-}
-
-inline void* AllocateOrThrow(std::size_t size, std::size_t alignment)
-{
-    void* memory = Allocate(size, alignment);
-    if (!memory)
-        throw std::bad_alloc();
-    return memory;
-}
-
-inline void Release(void* memory) noexcept
-{
-    if (memory)
-        --t_allocations.live;
-    std::free(memory);
-}
 
 // Runs one operation per object; see the top of the file. `check` is given what
 // the operation returned. Returns how many allocations the operation makes.
 template <class Make, class Operate, class Check>
 unsigned SweepAllocations(Make make, Operate operate, Check check)
 {
-    unsigned allocations = 0;
+    using VLK::FailingAlloc;
+    int allocations = 0;
     // The first trace makes a list that stays.
     {
         SCOPED_TRACE("");
     }
-    for (const bool later : {false, true}) {
-        for (unsigned n = 1;; ++n) {
-            const long before = t_allocations.live;
-            bool failed;
+    for (const auto then : {FailingAlloc::eNextOnly, FailingAlloc::eAllLater}) {
+        for (int granted = 0;; ++granted) {
+            const long before = FailingAlloc::Live();
+            bool failed = false;
             {
                 auto object = make();
-                t_allocations.failAt = n;
-                t_allocations.failLater = later;
-                t_allocations.failed = false;
-                const auto result = operate(object);
-                t_allocations.failAt = 0;
-                failed = t_allocations.failed;
+                const auto result = [&] {
+                    FailingAlloc fail(granted, then);
+                    auto answer = operate(object);
+                    failed = fail.Failed();
+                    return answer;
+                }();
                 SCOPED_TRACE(testing::Message()
-                             << "allocation " << n << (later ? " and later" : ""));
+                             << "granted " << granted << ", then none"
+                             << (then == FailingAlloc::eNextOnly ? " once" : " any more"));
                 check(object, result);
             }
-            EXPECT_EQ(t_allocations.live, before) << "leaked with allocation " << n << " refused";
+            EXPECT_EQ(FailingAlloc::Live(), before) << "leaked with " << granted << " granted";
             if (!failed) {
-                allocations = n - 1;
+                allocations = granted;
                 break;
             }
         }
     }
-    return allocations;
+    return static_cast<unsigned>(allocations);
 }
 
 } // namespace VLKTest
-
-void* operator new(std::size_t size) { return VLKTest::AllocateOrThrow(size, 0); }
-void* operator new[](std::size_t size) { return VLKTest::AllocateOrThrow(size, 0); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return VLKTest::Allocate(size, 0);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-{
-    return VLKTest::Allocate(size, 0);
-}
-void* operator new(std::size_t size, std::align_val_t alignment)
-{
-    return VLKTest::AllocateOrThrow(size, static_cast<std::size_t>(alignment));
-}
-void* operator new[](std::size_t size, std::align_val_t alignment)
-{
-    return VLKTest::AllocateOrThrow(size, static_cast<std::size_t>(alignment));
-}
-void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept
-{
-    return VLKTest::Allocate(size, static_cast<std::size_t>(alignment));
-}
-void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept
-{
-    return VLKTest::Allocate(size, static_cast<std::size_t>(alignment));
-}
-void operator delete(void* p) noexcept { VLKTest::Release(p); }
-void operator delete[](void* p) noexcept { VLKTest::Release(p); }
-void operator delete(void* p, std::size_t) noexcept { VLKTest::Release(p); }
-void operator delete[](void* p, std::size_t) noexcept { VLKTest::Release(p); }
-void operator delete(void* p, const std::nothrow_t&) noexcept { VLKTest::Release(p); }
-void operator delete[](void* p, const std::nothrow_t&) noexcept { VLKTest::Release(p); }
-void operator delete(void* p, std::align_val_t) noexcept { VLKTest::Release(p); }
-void operator delete[](void* p, std::align_val_t) noexcept { VLKTest::Release(p); }
-void operator delete(void* p, std::size_t, std::align_val_t) noexcept { VLKTest::Release(p); }
-void operator delete[](void* p, std::size_t, std::align_val_t) noexcept { VLKTest::Release(p); }
-void operator delete(void* p, std::align_val_t, const std::nothrow_t&) noexcept
-{
-    VLKTest::Release(p);
-}
-void operator delete[](void* p, std::align_val_t, const std::nothrow_t&) noexcept
-{
-    VLKTest::Release(p);
-}

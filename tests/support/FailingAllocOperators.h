@@ -1,5 +1,5 @@
-// The operators that FailingAlloc fails. To be included by exactly one source
-// file of a test program.
+// The operators that FailingAlloc fails, in all forms. To be included by exactly
+// one source file of a test program.
 #pragma once
 
 #include "tests/support/FailingAlloc.h"
@@ -7,45 +7,100 @@
 #include <cstdlib>
 #include <new>
 
-// Not inlined: the compiler would see free() meet operator new and warn.
-#define VKMIBH_NOINLINE __attribute__((noinline))
+namespace VLKTest {
 
-VKMIBH_NOINLINE void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+inline void* Allocate(std::size_t size, std::size_t alignment) noexcept
 {
-    return VLK::FailingAlloc::Refuses() ? nullptr : std::malloc(size ? size : 1);
+    if (VLK::FailingAlloc::Refuses())
+        return nullptr;
+    if (size == 0)
+        size = 1;
+    void* memory =
+        alignment == 0
+            ? std::malloc(size)
+            : std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
+    if (memory)
+        VLK::FailingAlloc::Took();
+    return memory;
 }
 
-VKMIBH_NOINLINE void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
+inline void* AllocateOrThrow(std::size_t size, std::size_t alignment)
 {
-    return VLK::FailingAlloc::Refuses() ? nullptr : std::malloc(size ? size : 1);
-}
-
-VKMIBH_NOINLINE void* operator new(std::size_t size)
-{
-    void* const memory = VLK::FailingAlloc::Refuses() ? nullptr : std::malloc(size ? size : 1);
+    void* memory = Allocate(size, alignment);
     if (!memory)
         throw std::bad_alloc();
     return memory;
 }
 
-VKMIBH_NOINLINE void* operator new[](std::size_t size) { return operator new(size); }
-
-VKMIBH_NOINLINE void operator delete(void* memory) noexcept { std::free(memory); }
-
-VKMIBH_NOINLINE void operator delete[](void* memory) noexcept { std::free(memory); }
-
-VKMIBH_NOINLINE void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-
-VKMIBH_NOINLINE void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-
-VKMIBH_NOINLINE void operator delete(void* memory, const std::nothrow_t&) noexcept
+inline void Release(void* memory) noexcept
 {
+    if (memory)
+        VLK::FailingAlloc::GaveBack();
     std::free(memory);
 }
 
-VKMIBH_NOINLINE void operator delete[](void* memory, const std::nothrow_t&) noexcept
+} // namespace VLKTest
+
+// Not inlined: the compiler would see free() meet operator new and warn.
+#define VKMIBH_NOINLINE __attribute__((noinline))
+
+VKMIBH_NOINLINE void* operator new(std::size_t size) { return VLKTest::AllocateOrThrow(size, 0); }
+VKMIBH_NOINLINE void* operator new[](std::size_t size) { return VLKTest::AllocateOrThrow(size, 0); }
+VKMIBH_NOINLINE void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
-    std::free(memory);
+    return VLKTest::Allocate(size, 0);
+}
+VKMIBH_NOINLINE void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
+{
+    return VLKTest::Allocate(size, 0);
+}
+VKMIBH_NOINLINE void* operator new(std::size_t size, std::align_val_t alignment)
+{
+    return VLKTest::AllocateOrThrow(size, static_cast<std::size_t>(alignment));
+}
+VKMIBH_NOINLINE void* operator new[](std::size_t size, std::align_val_t alignment)
+{
+    return VLKTest::AllocateOrThrow(size, static_cast<std::size_t>(alignment));
+}
+VKMIBH_NOINLINE void* operator new(std::size_t size, std::align_val_t alignment,
+                                   const std::nothrow_t&) noexcept
+{
+    return VLKTest::Allocate(size, static_cast<std::size_t>(alignment));
+}
+VKMIBH_NOINLINE void* operator new[](std::size_t size, std::align_val_t alignment,
+                                     const std::nothrow_t&) noexcept
+{
+    return VLKTest::Allocate(size, static_cast<std::size_t>(alignment));
+}
+VKMIBH_NOINLINE void operator delete(void* p) noexcept { VLKTest::Release(p); }
+VKMIBH_NOINLINE void operator delete[](void* p) noexcept { VLKTest::Release(p); }
+VKMIBH_NOINLINE void operator delete(void* p, std::size_t) noexcept { VLKTest::Release(p); }
+VKMIBH_NOINLINE void operator delete[](void* p, std::size_t) noexcept { VLKTest::Release(p); }
+VKMIBH_NOINLINE void operator delete(void* p, const std::nothrow_t&) noexcept
+{
+    VLKTest::Release(p);
+}
+VKMIBH_NOINLINE void operator delete[](void* p, const std::nothrow_t&) noexcept
+{
+    VLKTest::Release(p);
+}
+VKMIBH_NOINLINE void operator delete(void* p, std::align_val_t) noexcept { VLKTest::Release(p); }
+VKMIBH_NOINLINE void operator delete[](void* p, std::align_val_t) noexcept { VLKTest::Release(p); }
+VKMIBH_NOINLINE void operator delete(void* p, std::size_t, std::align_val_t) noexcept
+{
+    VLKTest::Release(p);
+}
+VKMIBH_NOINLINE void operator delete[](void* p, std::size_t, std::align_val_t) noexcept
+{
+    VLKTest::Release(p);
+}
+VKMIBH_NOINLINE void operator delete(void* p, std::align_val_t, const std::nothrow_t&) noexcept
+{
+    VLKTest::Release(p);
+}
+VKMIBH_NOINLINE void operator delete[](void* p, std::align_val_t, const std::nothrow_t&) noexcept
+{
+    VLKTest::Release(p);
 }
 
 #undef VKMIBH_NOINLINE

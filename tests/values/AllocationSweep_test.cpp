@@ -1,6 +1,6 @@
 // What values and containers promise when memory runs out.
 #include "tests/support/AllocationSweep.h"
-
+#include "tests/support/FailingAllocOperators.h"
 #include "tests/support/ValueText.h"
 
 #include <functional>
