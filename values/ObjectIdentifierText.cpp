@@ -1,8 +1,9 @@
 // Object identifier: dotted decimal text.
 #include <vkmibh/values.h>
 
-#include <charconv>
 #include <cstring>
+
+#include "values/TextWriter.h"
 
 namespace VLK {
 
@@ -69,22 +70,12 @@ bool BObjectIdentifier::AssignFromDottedDecimalStr(const BString& text)
 
 void BObjectIdentifier::ToString(BString& out) const
 {
-    // Room for the longest arc, a dot before it and no terminator.
-    constexpr unsigned kMaxArcText = 11;
-    char buffer[256];
-    unsigned used = 0;
-    out.clear();
+    CTextWriter text(out);
     for (unsigned i = 0; i < Length(); ++i) {
-        if (sizeof buffer - used < kMaxArcText) {
-            out.Append(buffer, used);
-            used = 0;
-        }
         if (i > 0)
-            buffer[used++] = '.';
-        const auto result = std::to_chars(buffer + used, buffer + sizeof buffer, m_arcs[i]);
-        used = static_cast<unsigned>(result.ptr - buffer);
+            text.Put('.');
+        text.PutNumber(m_arcs[i]);
     }
-    out.Append(buffer, used);
 }
 
 BString BObjectIdentifier::ToString() const

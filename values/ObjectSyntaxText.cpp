@@ -3,6 +3,8 @@
 
 #include <cstdio>
 
+#include "values/TextWriter.h"
+
 namespace VLK {
 
 namespace {
@@ -18,14 +20,16 @@ BString OctetsText(const BOctetString& octets)
 // other than in BObjectIdentifier::ToString; scripts compare this text.
 BString ObjectIdText(const BObjectIdentifier& oid)
 {
-    BString text;
-    char arc[16];
-    for (unsigned i = 0; i < oid.Length(); ++i) {
-        const int length =
-            std::snprintf(arc, sizeof arc, i > 0 ? ".%d" : "%d", static_cast<int>(oid[i]));
-        text.Append(arc, static_cast<unsigned>(length));
+    BString out;
+    {
+        CTextWriter text(out);
+        for (unsigned i = 0; i < oid.Length(); ++i) {
+            if (i > 0)
+                text.Put('.');
+            text.PutNumber(static_cast<int>(oid[i]));
+        }
     }
-    return text;
+    return out;
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 
 #include <cstring>
 
+#include "values/TextWriter.h"
+
 namespace VLK {
 
 namespace {
@@ -54,20 +56,13 @@ BString BOctetString::ToDispStr() const
 void BOctetString::ToString(BString& out) const
 {
     static constexpr char kDigits[] = "0123456789abcdef";
-    char buffer[3 * 64];
-    unsigned used = 0;
-    out.clear();
+    CTextWriter text(out);
     for (unsigned i = 0; i < Length(); ++i) {
-        if (sizeof buffer - used < 3) {
-            out.Append(buffer, used);
-            used = 0;
-        }
         if (i > 0)
-            buffer[used++] = ':';
-        buffer[used++] = kDigits[m_data[i] >> 4];
-        buffer[used++] = kDigits[m_data[i] & 15];
+            text.Put(':');
+        text.Put(kDigits[m_data[i] >> 4]);
+        text.Put(kDigits[m_data[i] & 15]);
     }
-    out.Append(buffer, used);
 }
 
 BString BOctetString::ToString() const

@@ -29,7 +29,8 @@ struct SASNObjectId {
 // Threads:   no lock inside; const calls may run side by side.
 // Errors:    1 = done, 0 = refused and unchanged. A call that replaces the
 //            contents and finds no memory leaves length 0. String indexes are
-//            appended arc by arc, and an arc without memory is left out.
+//            appended arc by arc, and an arc without memory is left out. A text
+//            form without memory is empty.
 // Contract:  field order is ABI, the first two as in SASNObjectId; storage
 //            grows by s_growBy arcs and is kept when the value gets shorter.
 //            No rule about the first two arcs is enforced.

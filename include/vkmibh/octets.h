@@ -22,7 +22,8 @@ struct SASNOctetStr {
 //            Append may be bytes of the string itself.
 // Threads:   no lock inside; const calls may run side by side.
 // Errors:    1 = done, 0 = refused and unchanged. A call that replaces the
-//            contents and finds no memory leaves length 0.
+//            contents and finds no memory leaves length 0. A text form without
+//            memory is empty.
 // Contract:  field order is ABI, the first two as in SASNOctetStr; capacity
 //            doubles (s_growBy) from 4. A piece appended at once has at most
 //            255 bytes: a longer one is refused, so append it in parts or

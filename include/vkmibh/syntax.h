@@ -37,7 +37,8 @@ enum ESnmpException : int { eNoSuchObject = 128, eNoSuchInstance = 129, eEndOfMi
 //            references of Octets and ObjectId live until the next change; they
 //            may be given to a setter of the same value.
 // Threads:   no lock inside; const calls may run side by side.
-// Errors:    none are reported. A copy without memory reads as empty.
+// Errors:    none are reported. A copy without memory reads as empty, a text
+//            form without memory is empty.
 // Contract:  the tag byte and the value area are ABI, encoders read them. The
 //            area is INTEGER, Counter32, Gauge32, TimeTicks: one word; OCTET
 //            STRING, Opaque: the fields of BOctetString; OBJECT IDENTIFIER:

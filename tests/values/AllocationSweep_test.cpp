@@ -200,25 +200,49 @@ TEST(AllocationSweep, AStringOfOctetsThatCannotBeReplacedIsEmpty)
               1u);
 }
 
-TEST(AllocationSweep, TextFormsLeaveTheValueAlone)
+// Sweeps a text form: what is printed is the whole text or nothing, for a text
+// with a hole in it would be another value's.
+template <class Value>
+void SweepText(const Value& value, const std::function<BString(const Value&)>& print)
 {
-    const Arcs arcs(300, 4294967295u);
-    EXPECT_GE(SweepAllocations(
-                  [&] { return Oid(arcs); }, [](BObjectIdentifier& oid) { return oid.ToString(); },
-                  [&](BObjectIdentifier& oid, const BString&) { EXPECT_EQ(ArcsOf(oid), arcs); }),
-              1u);
-    const std::string bytes(300, '\x80');
-    EXPECT_GE(SweepAllocations(
-                  [&] { return Octets(bytes); },
-                  [](BOctetString& octets) { return octets.ToString(); },
-                  [&](BOctetString& octets, const BString&) { EXPECT_EQ(BytesOf(octets), bytes); }),
-              1u);
-    EXPECT_GE(SweepAllocations([] { return BCounter64(~0u, ~0u); },
-                               [](BCounter64& counter) { return counter.ToString(); },
-                               [](BCounter64& counter, const BString&) {
-                                   EXPECT_EQ(counter, BCounter64(~0u, ~0u));
-                               }),
-              1u);
+    const std::string whole = Text(print(value));
+    unsigned empty = 0;
+    const unsigned allocations =
+        SweepAllocations([] { return 0; }, [&](int&) { return print(value); },
+                         [&](int&, const BString& text) {
+                             empty += text.empty() ? 1 : 0;
+                             EXPECT_TRUE(text.empty() || Text(text) == whole) << Text(text);
+                         });
+    EXPECT_GE(allocations, 1u);
+    EXPECT_EQ(empty, 2 * allocations);
+    EXPECT_EQ(Text(print(value)), whole);
+}
+
+TEST(AllocationSweep, ATextFormIsWholeOrEmpty)
+{
+    for (const unsigned arcs : {1u, 23u, 24u, 47u, 100u, 300u}) {
+        const BObjectIdentifier oid = Oid(Arcs(arcs, 4294967295u));
+        SweepText<BObjectIdentifier>(oid, [](const auto& o) { return o.ToString(); });
+        BObjectSyntax value;
+        value.SetObjectId(oid);
+        SweepText<BObjectSyntax>(value, [](const auto& v) { return v.ValToStr(); });
+        const BOctetString octets = Octets(std::string(arcs * 4, '\x80'));
+        SweepText<BOctetString>(octets, [](const auto& o) { return o.ToString(); });
+    }
+    SweepText<BCounter64>(BCounter64(~0u, ~0u), [](const auto& c) { return c.ToString(); });
+}
+
+TEST(AllocationSweep, AStringThatCannotHoldATextFormIsEmptied)
+{
+    const BObjectIdentifier oid = Oid(Arcs(100, 4294967295u));
+    SweepAllocations([] { return BString("old"); },
+                     [&](BString& text) {
+                         oid.ToString(text);
+                         return true;
+                     },
+                     [&](BString& text, bool) {
+                         EXPECT_TRUE(text.empty() || text == oid.ToString()) << Text(text);
+                     });
 }
 
 TEST(AllocationSweep, ATaggedValueWithoutMemoryHasItsTagAndReadsAsEmpty)
