@@ -310,6 +310,36 @@ TEST_F(ResolveGetNext, OfTwoClaimsToOneInstanceTheDeeperRegionWins)
     EXPECT_EQ(2, binding.Value().Int());
 }
 
+TEST_F(ResolveGetNext, ANextRegionThatBeginsAtTheCandidateIsAsked)
+{
+    ListHandler outer("1.3.5");
+    ListHandler inner("1.3.5.1");
+    outer.Add("1.3.5.1", 1);
+    inner.Add("1.3.5.1", 2);
+    Register(outer);
+    Register(inner);
+    EXPECT_EQ(0, Ask("1.3.5"));
+    EXPECT_EQ("1.3.5.1", Answer());
+    EXPECT_EQ(2, binding.Value().Int());
+}
+
+TEST_F(ResolveGetNext, AfterTheEnclosingRegionTheSearchGoesOnFromTheStart)
+{
+    ListHandler outer("1.3.5");
+    ListHandler start("1.3.5.1");
+    ListHandler empty("1.3.5.2");
+    ListHandler after("1.3.7");
+    outer.Add("1.3.5.3", 53);
+    after.Add("1.3.7.1", 71);
+    Register(outer);
+    Register(start);
+    Register(empty);
+    Register(after);
+    EXPECT_EQ(0, Ask("1.3.5.1"));
+    EXPECT_EQ("1.3.5.3", Answer());
+    EXPECT_EQ((std::vector<std::string>{"1.3.5.1", "1.3.5.1"}), empty.asked);
+}
+
 TEST_F(ResolveGetNext, OfTwoClaimsAtEqualDepthTheLaterRegionWins)
 {
     ListHandler first("1.3.5");
