@@ -9,6 +9,12 @@
 
 namespace VLK {
 
+namespace {
+
+constexpr unsigned kLongestPiece = 255;
+
+} // namespace
+
 BOctetString::BOctetString(const BOctetString& other) : BOctetString() { Assign(other); }
 
 BOctetString::BOctetString(const SASNOctetStr& other) : BOctetString()
@@ -119,19 +125,20 @@ bool BOctetString::Append(unsigned count, const unsigned char* bytes)
 {
     // CONTRACT: a piece is counted in 8 bits, so 255 bytes is the longest one;
     // callers append longer texts in pieces.
-    if (count > 255 || (count != 0 && !bytes))
+    if (count > kLongestPiece || (count != 0 && !bytes))
         return false;
     const unsigned length = Length();
     const std::uint64_t newLength = std::uint64_t(length) + count;
-    // The piece may lie in this string, which moves when it grows.
-    const std::less<const unsigned char*> before;
-    const bool own = m_data && bytes && !before(bytes, m_data) && before(bytes, m_data + length);
-    const std::size_t offset = own ? static_cast<std::size_t>(bytes - m_data) : 0;
+    unsigned char piece[kLongestPiece];
     // CONTRACT: grown one byte early; the capacities that follow are relied on.
-    if (newLength >= m_capacity &&
-        (newLength >= UINT_MAX || !ReallocArray(static_cast<unsigned>(newLength) + 1, false)))
-        return false;
-    MoveItems(m_data + length, own ? m_data + offset : bytes, count);
+    if (newLength >= m_capacity) {
+        // The piece may lie in this string's storage, which goes when it grows.
+        MoveItems(piece, bytes, count);
+        bytes = piece;
+        if (newLength >= UINT_MAX || !ReallocArray(static_cast<unsigned>(newLength) + 1, false))
+            return false;
+    }
+    MoveItems(m_data + length, bytes, count);
     m_length = static_cast<unsigned>(newLength);
     return true;
 }

@@ -229,6 +229,15 @@ TEST(OctetString, AppendsItselfAndPartsOfItselfAlsoWhileGrowing)
     }
 }
 
+TEST(OctetString, AppendsWhatReserveFilledAlsoWhileGrowing)
+{
+    BOctetString octets;
+    EXPECT_TRUE(octets.Reserve(4, 'z'));
+    EXPECT_TRUE(octets.Append(4u, octets.Data()));
+    EXPECT_EQ(BytesOf(octets), "zzzz");
+    EXPECT_EQ(octets.Capacity(), 8u);
+}
+
 TEST(OctetString, ReserveMakesAnExactFilledCapacity)
 {
     BOctetString octets = Octets("abcdef");
