@@ -83,6 +83,7 @@ bool BObjectIdentifier::Set(const BObjectIdentifier& other, unsigned from, unsig
     if (to < from || to > length)
         return false;
     if (from == to) {
+        // CONTRACT: storage is neither taken nor given back for an empty range.
         m_length = 0;
         return true;
     }

@@ -134,7 +134,8 @@ void BObjectSyntax::FreeResources()
     ZeroItems(&m_value, 1);
 }
 
-// The length is stored first, so a failed copy is a length without data.
+// CONTRACT: the length is stored first, so a failed copy is a length without
+// data, and the capacity stays 0: nothing is appended to a value in place.
 void BObjectSyntax::CopyOctets(const unsigned char* bytes, unsigned length)
 {
     m_value.octets.m_length = length;

@@ -118,7 +118,8 @@ bool BVarBindList::Remove(int index)
     if (index < 0 || static_cast<unsigned>(index) >= m_count)
         return false;
     m_bindings[index].~BVarBind();
-    // The slot that becomes free is all zero: no name, and no value tag either.
+    // CONTRACT: the slot that becomes free is all zero: no name, and a tag that is
+    // 0 and not NULL until the slot is used again.
     CloseGap(m_bindings, m_count, static_cast<unsigned>(index));
     --m_count;
     return true;

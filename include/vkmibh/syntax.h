@@ -43,7 +43,8 @@ enum ESnmpException : int { eNoSuchObject = 128, eNoSuchInstance = 129, eEndOfMi
 //            area is INTEGER, Counter32, Gauge32, TimeTicks: one word; OCTET
 //            STRING, Opaque: the fields of BOctetString; OBJECT IDENTIFIER:
 //            those of BObjectIdentifier; IpAddress: four bytes; Counter64: an
-//            SCTR64; else nothing. An object of all zero bytes (tag 0) is
+//            SCTR64; else nothing. Words not used are 0, and a capacity may be
+//            0 beside an array. An object of all zero bytes (tag 0) is
 //            valid for every call and prints as nothing.
 class VKMIBH_API BObjectSyntax {
 public:

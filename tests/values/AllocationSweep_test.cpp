@@ -3,6 +3,7 @@
 #include "tests/support/FailingAllocOperators.h"
 #include "tests/support/ValueText.h"
 
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <vkmibh/containers.h>
@@ -107,6 +108,27 @@ TEST(AllocationSweep, AnIdentifierThatCannotGrowKeepsItsArcs)
     EXPECT_EQ(SweepOid([](BObjectIdentifier& oid) { return oid.ReallocArray(17, false); }, kSixteen,
                        kSixteen),
               1u);
+}
+
+TEST(AllocationSweep, StorageGrowsOnceForAWholeIndex)
+{
+    const Arcs hundred(100, 5);
+    const BObjectIdentifier other = Oid(hundred);
+    const std::string text(100, 'x');
+    EXPECT_EQ(SweepOid([&](BObjectIdentifier& oid) { return oid.Append(other, false); },
+                       Joined(Joined(kSixteen, {100}), hundred), kSixteen),
+              1u);
+    EXPECT_EQ(SweepOid([&](BObjectIdentifier& oid) { return oid.Append(other, true); },
+                       Joined(kSixteen, hundred), kSixteen),
+              1u);
+    EXPECT_EQ(SweepOid([&](BObjectIdentifier& oid) { return oid.Set(text.data(), 100, false); },
+                       Joined({100}, Arcs(100, 'x')), {}),
+              1u);
+    FailingAlloc fail(1);
+    BObjectIdentifier oid;
+    oid.Append(text.data(), 100, false);
+    EXPECT_FALSE(fail.Failed());
+    EXPECT_EQ(oid.Length(), 101u);
 }
 
 TEST(AllocationSweep, AnIdentifierThatCannotBeReplacedIsEmpty)
@@ -284,6 +306,81 @@ TEST(AllocationSweep, ATaggedValueWithoutMemoryHasItsTagAndReadsAsEmpty)
     }
 }
 
+namespace {
+
+// What an encoder reads of a tagged value.
+struct SRawOctets {
+    const unsigned char* data;
+    unsigned length;
+    unsigned capacity;
+};
+struct SRawOid {
+    unsigned count;
+    const unsigned* arcs;
+    unsigned capacity;
+};
+struct SRawValue {
+    unsigned char tag;
+    union {
+        SRawOctets octets;
+        SRawOid oid;
+    };
+};
+static_assert(sizeof(SRawValue) == sizeof(BObjectSyntax), "");
+
+SRawValue Raw(const BObjectSyntax& value)
+{
+    SRawValue raw;
+    std::memcpy(static_cast<void*>(&raw), static_cast<const void*>(&value), sizeof raw);
+    return raw;
+}
+
+} // namespace
+
+TEST(AllocationSweep, ATaggedValueWithoutMemoryKeepsTheLengthWithoutData)
+{
+    const BObjectSyntax octets = Value("abc");
+    BObjectSyntax oid;
+    oid.SetObjectId(Oid("1.3.6.1"));
+    const BString string("abcde");
+    BObjectSyntax value;
+    FailingAlloc fail(0);
+    value.Assign(octets);
+    EXPECT_EQ(Raw(value).octets.data, nullptr);
+    EXPECT_EQ(Raw(value).octets.length, 3u);
+    EXPECT_EQ(Raw(value).octets.capacity, 0u);
+    value.Assign(oid);
+    EXPECT_EQ(Raw(value).oid.arcs, nullptr);
+    EXPECT_EQ(Raw(value).oid.count, 4u);
+    EXPECT_EQ(Raw(value).oid.capacity, 0u);
+    value.SetOctets(string);
+    EXPECT_EQ(Raw(value).octets.data, nullptr);
+    EXPECT_EQ(Raw(value).octets.length, 5u);
+}
+
+TEST(AllocationSweep, AReplacedValueReleasesItsArray)
+{
+    BObjectSyntax oid;
+    oid.SetObjectId(Oid("1.3.6"));
+    BObjectSyntax opaque;
+    opaque.SetOpaque(Octets("abc"));
+    const std::function<void(BObjectSyntax&)> replacements[] = {
+        [](BObjectSyntax& v) { v.SetInt(1); },
+        [](BObjectSyntax& v) { v.SetNull(); },
+        [](BObjectSyntax& v) { v.SetV2Exception(eNoSuchObject); },
+        [](BObjectSyntax& v) { v.FreeResources(); },
+        [](BObjectSyntax& v) { v = BObjectSyntax(eAsnCounter32); },
+    };
+    for (const BObjectSyntax& source : {Value("abc"), oid, opaque}) {
+        for (const auto& replace : replacements) {
+            BObjectSyntax value(source);
+            const long before = FailingAlloc::Live();
+            replace(value);
+            EXPECT_EQ(FailingAlloc::Live(), before - 1);
+        }
+    }
+}
+
 TEST(AllocationSweep, AnAssignedTaggedValueWithoutMemoryReadsAsEmpty)
 {
     BObjectSyntax oid;
@@ -453,17 +550,25 @@ TEST(AllocationSweep, ArraysThatCannotBeAssignedAreUnchanged)
     }
     const auto sweep = [](const auto& source, const auto& item) {
         using Array = std::decay_t<decltype(source)>;
-        return SweepAllocations(
-            [&] {
-                Array array;
-                array.PushBack(item);
-                return array;
-            },
-            [&](Array& array) {
-                array = source;
-                return true;
-            },
-            [](Array& array, bool) { EXPECT_TRUE(array.Count() == 3 || array.Count() == 1); });
+        Array before;
+        before.PushBack(item);
+        unsigned unchanged = 0;
+        const unsigned allocations =
+            SweepAllocations([&] { return before; },
+                             [&](Array& array) {
+                                 array = source;
+                                 return true;
+                             },
+                             [&](Array& array, bool) {
+                                 const bool done = array.Count() == source.Count();
+                                 unchanged += done ? 0 : 1;
+                                 const Array& expected = done ? source : before;
+                                 ASSERT_EQ(array.Count(), expected.Count());
+                                 for (int i = 0; i < static_cast<int>(array.Count()); ++i)
+                                     EXPECT_EQ(array[i], expected[i]) << i;
+                             });
+        EXPECT_EQ(unchanged, 2 * allocations);
+        return allocations;
     };
     EXPECT_EQ(sweep(numbers, 7), 1u);
     EXPECT_EQ(sweep(strings, BString("old")), 4u);

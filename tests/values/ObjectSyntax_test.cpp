@@ -197,6 +197,26 @@ TEST(ObjectSyntax, FreeResourcesZeroesTheValueAndKeepsTheTag)
     }
 }
 
+TEST(ObjectSyntax, WhatAValueDoesNotUseOfItsAreaIsZero)
+{
+    for (const Case& c : kCases) {
+        std::size_t used = 4;
+        if (c.tag == eAsnCounter64)
+            used = sizeof(SCTR64);
+        else if (c.tag == eAsnOctetString || c.tag == eAsnOpaque || c.tag == eAsnObjectId)
+            continue;
+        else if (c.tag == eAsnNull || c.tag >= 128)
+            used = 0;
+        BObjectSyntax value;
+        value.SetObjectId(Oid("1.3.6.1"));
+        c.set(value);
+        unsigned char bytes[sizeof value];
+        std::memcpy(bytes, static_cast<const void*>(&value), sizeof bytes);
+        for (std::size_t i = alignof(BObjectSyntax) + used; i < sizeof bytes; ++i)
+            EXPECT_EQ(bytes[i], 0) << c.name << " at " << i;
+    }
+}
+
 TEST(ObjectSyntax, CopiesAllocateExactly)
 {
     BObjectSyntax grown;
