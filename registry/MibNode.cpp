@@ -126,7 +126,8 @@ int BMibNode::AddChildNode(BMibNode* child)
     link = child;
     ++m_childCount;
     IndexChild(child);
-    if (child->m_firstChild || child->m_hasStrangers ||
+    // Of children brought along nobody knows whether their handlers belong here.
+    if (child->m_firstChild ||
         (child->SubtreeHandler() && !child->IsPlaceOf(*child->SubtreeHandler())))
         MarkStrangers();
     return 1;
@@ -219,8 +220,10 @@ bool BMibNode::IsPlaceOf(const BMibSubtreeHandler& handler) const
 
 void BMibNode::MarkStrangers()
 {
-    for (BMibNode* node = this; node && !node->m_hasStrangers; node = node->Holder())
-        node->m_hasStrangers = true;
+    BMibNode* top = this;
+    while (top->Holder())
+        top = top->Holder();
+    top->m_hasStrangers = true;
 }
 
 } // namespace VLK

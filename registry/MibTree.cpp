@@ -150,9 +150,10 @@ BMibNode* BMibTree::FindNextSubtreeHandlerNode(const BObjectIdentifier& oid) con
 // Where the walk for a successor goes on after the last matching node. Children before the
 // missing arc cannot answer, so they are passed over, unless handlers were hung by hand where
 // their identifiers do not lead.
-BMibNode* BMibTree::NextOf(const BMibNode& match, const BObjectIdentifier& oid, unsigned matched)
+BMibNode* BMibTree::NextOf(const BMibNode& match, const BObjectIdentifier& oid,
+                           unsigned matched) const
 {
-    if (matched == oid.Length() || match.m_hasStrangers)
+    if (matched == oid.Length() || m_top.m_hasStrangers)
         return match.Next();
     BMibNode* child = match.ChildAtOrAfter(oid[matched]);
     return child ? child : match.NextAfterSubtree();

@@ -16,7 +16,8 @@ class BMibChildIndex;
 //
 // Ownership: owns its children and destroys them with itself; owns no handler.
 //            A child that RemoveChildWithId() gave back, or AddChildNode()
-//            refused, belongs to the caller.
+//            refused, belongs to the caller; one that hangs under a parent is
+//            removed there before it is deleted or hung elsewhere.
 // Threads:   no lock inside; const calls may run side by side.
 // Errors:    1 = done, 0 = refused and unchanged; pointer or null.
 // Contract:  field order is ABI; siblings are linked by strictly rising ids.
@@ -63,12 +64,12 @@ private:
     friend class BMibTree;
     // The node whose list this one is in, null once it was removed.
     BMibNode* Holder() const { return m_isRemoved ? nullptr : m_parent; }
-    BMibNode* ChildAtOrAfter(unsigned id) const;
-    BMibNode* ChildBefore(unsigned id) const;
-    BMibNode* NextAfterSubtree() const;
-    void IndexChild(BMibNode* child);
-    bool IsPlaceOf(const BMibSubtreeHandler& handler) const;
-    void MarkStrangers();
+    VKMIBH_LOCAL BMibNode* ChildAtOrAfter(unsigned id) const;
+    VKMIBH_LOCAL BMibNode* ChildBefore(unsigned id) const;
+    VKMIBH_LOCAL BMibNode* NextAfterSubtree() const;
+    VKMIBH_LOCAL void IndexChild(BMibNode* child);
+    VKMIBH_LOCAL bool IsPlaceOf(const BMibSubtreeHandler& handler) const;
+    VKMIBH_LOCAL void MarkStrangers();
 
     unsigned m_id;
     BMibNode* m_parent;
@@ -79,8 +80,8 @@ private:
     // Finds a child among many; null while the children are few.
     BMibChildIndex* m_childIndex;
     unsigned m_childCount;
-    // Whether this node or one below it carries a handler that Register() would not have hung
-    // there, or once did.
+    // Of a top node: whether a node below it carries a handler that Register() would not have
+    // hung there, or once did.
     bool m_hasStrangers;
     bool m_isRemoved;
 };
@@ -106,7 +107,10 @@ private:
 //            meanwhile (BMibHandler does). Look-ups may run side by side.
 // Errors:    1/0, pointer or null.
 // Contract:  field order is ABI; nodes are never removed, and those made only
-//            to reach a deeper one are named "".
+//            to reach a deeper one are named "". Nodes may be rearranged by
+//            hand: from the first one whose handler is not where Register()
+//            would hang it, a search for a successor examines every node in
+//            its way, so it takes longer among many siblings.
 class VKMIBH_API BMibTree {
 public:
     BMibTree();
@@ -140,8 +144,9 @@ public:
 
 private:
     friend struct SLayoutCheck;
-    int RegisterAt(const BObjectIdentifier& oid, BMibSubtreeHandler* handler);
-    static BMibNode* NextOf(const BMibNode& match, const BObjectIdentifier& oid, unsigned matched);
+    VKMIBH_LOCAL int RegisterAt(const BObjectIdentifier& oid, BMibSubtreeHandler* handler);
+    VKMIBH_LOCAL BMibNode* NextOf(const BMibNode& match, const BObjectIdentifier& oid,
+                                  unsigned matched) const;
 
     BMibNode m_top;
 };

@@ -275,22 +275,22 @@ TEST(MibTreeOracle, RandomTreesWithHandlersHungByHand)
     }
 }
 
-TEST(MibTreeOracle, SubtreesMovedBetweenNodesKeepTheAnswers)
+TEST(MibTreeOracle, SubtreesMovedWithTheirChildrenKeepTheAnswers)
 {
-    CPlainHandler inner("1.9.1.1"), later("1.9.8");
+    CPlainHandler one("1.9.1.1"), five("1.9.1.5");
     BMibTree tree;
-    ASSERT_EQ(1, tree.Register(&inner));
-    ASSERT_EQ(1, tree.Register(&later));
-    // 1.9.1.1 becomes 1.9.3.1, where its handler's own identifier is before the place.
-    BMibNode* parent = tree.FindNode(OidOf("1.9"));
-    ASSERT_EQ(1, parent->AddChildNode(new BMibNode("", 3, nullptr)));
-    BMibNode* moved = parent->ChildWithId(1)->RemoveChildWithId(1);
-    ASSERT_EQ(1, parent->ChildWithId(3)->AddChildNode(moved));
+    ASSERT_EQ(1, tree.Register(&one));
+    ASSERT_EQ(1, tree.Register(&five));
+    // 1.9.1 becomes 1.8.1: the handlers' own identifiers are after their places.
+    BMibNode* iso = tree.GetRoot(1);
+    ASSERT_EQ(1, iso->AddChildNode(new BMibNode("", 8, nullptr)));
+    ASSERT_EQ(1, iso->ChildWithId(8)->AddChildNode(iso->ChildWithId(9)->RemoveChildWithId(1)));
+    EXPECT_EQ((Path{1, 8, 1, 1}), PathOf(tree.FindNextSubtreeHandlerNode(OidOf("1.8.1.3"))));
     Model model;
-    ASSERT_TRUE(model.Hang({1, 9, 3, 1}, &inner));
-    ASSERT_TRUE(model.Hang({1, 9, 8}, &later));
-    ASSERT_TRUE(model.Hang({1, 9, 1}, nullptr));
+    ASSERT_TRUE(model.Hang({1, 8, 1, 1}, &one));
+    ASSERT_TRUE(model.Hang({1, 8, 1, 5}, &five));
+    ASSERT_TRUE(model.Hang({1, 9}, nullptr));
     ExpectSameNodes(tree, model);
-    for (const Path& query : AllPaths({0, 1, 2, 3, 4, 8, 9}, 4))
+    for (const Path& query : AllPaths({0, 1, 3, 5, 6, 8, 9}, 4))
         ExpectSameAnswers(tree, model, query);
 }
