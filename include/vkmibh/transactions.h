@@ -33,7 +33,8 @@ struct BTransactionParameters {
 //
 // Ownership: owns nothing.
 // Threads:   the getters run under the registry's lock, on whichever thread
-//            asks; they must not call the registry for another answer.
+//            asks. They may call the registry themselves, but must not wait
+//            for another thread that does.
 // Errors:    false = not known, the argument is untouched.
 // Contract:  protocol id 0 means SNMPv1.
 class VKMIBH_API BTransaction {
@@ -78,8 +79,10 @@ public:
 //            EndTransaction() has returned.
 // Threads:   any; one lock guards the registry, and is held while a getter of
 //            a transaction runs (it is released when that getter throws).
+//            DestroyInstance() is for when nobody uses the registry any more.
 // Errors:    false, or -1 from GetProtocolId(), for an id that is not open.
-//            GetInstance() is null only without memory.
+//            Without memory GetInstance() is null, StartTransaction() may give
+//            the id 0, and a transaction may stay unknown as in a full registry.
 // Contract:  field order is ABI. Ids rise by one, starting at 1; 0 is never
 //            stored and never found. Up to 1024 transactions are open at once:
 //            beyond them ids are still handed out, and then are unknown. An id
@@ -107,7 +110,7 @@ public:
     void Destroy() override;
 
 protected:
-    // Steps of the operations above; they take no lock.
+    // Steps of the operations above; they take no lock. Insert() refuses id 0 and null.
     bool Insert(int id, BTransaction* transaction) VKMIBH_TSA(requires_capability(m_lock));
     bool Remove(int id) VKMIBH_TSA(requires_capability(m_lock));
     bool Enlarge() VKMIBH_TSA(requires_capability(m_lock));
@@ -120,7 +123,7 @@ private:
         int id;
         BTransaction* transaction;
     };
-    BTransaction* Find(unsigned int id) const VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL BTransaction* Find(unsigned int id) const VKMIBH_TSA(requires_capability(m_lock));
 
     TMutex m_lock;
     SEntry* m_entries VKMIBH_TSA(guarded_by(m_lock));

@@ -1,6 +1,9 @@
 #include <vkmibh/transactions.h>
 
+#include "tests/support/FailingAlloc.h"
+
 #include <atomic>
+#include <chrono>
 #include <gtest/gtest.h>
 #include <memory>
 #include <stdexcept>
@@ -60,6 +63,36 @@ class CThrowingTransaction : public BTransaction {
 public:
     CThrowingTransaction() : BTransaction(1) {}
     bool GetParams(BTransactionParameters&) override { throw std::runtime_error("no"); }
+};
+
+// Calls the registry from a getter, and lets another thread try to end the transaction meanwhile.
+class CCallingTransaction : public BTransaction {
+public:
+    explicit CCallingTransaction(BTransactions& registry) : BTransaction(5), m_registry(registry) {}
+    ~CCallingTransaction() override
+    {
+        if (m_other.joinable())
+            m_other.join();
+    }
+    bool GetParams(BTransactionParameters& params) override
+    {
+        params.protocolId = m_registry.GetProtocolId(m_id);
+        m_other = std::thread([this] {
+            m_registry.EndTransaction(m_id);
+            m_ended = true;
+        });
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        m_endedDuringGetter = m_ended;
+        return true;
+    }
+
+    unsigned m_id = 0;
+    bool m_endedDuringGetter = false;
+
+private:
+    BTransactions& m_registry;
+    std::atomic<bool> m_ended{false};
+    std::thread m_other;
 };
 
 class Transactions : public testing::Test {
@@ -259,6 +292,70 @@ TEST_F(Transactions, LockIsReleasedWhenAGetterThrows)
     int found = 0;
     std::thread([&] { found = registry.GetProtocolId(id); }).join();
     EXPECT_EQ(1, found);
+}
+
+TEST_F(Transactions, GetterMayCallTheRegistryAndNobodyEndsItsTransactionMeanwhile)
+{
+    CRegistry registry;
+    BTransactionParameters params;
+    unsigned id = 0;
+    {
+        CCallingTransaction calling(registry);
+        id = calling.m_id = registry.StartTransaction(&calling);
+        ASSERT_TRUE(registry.GetParameters(id, params));
+        EXPECT_EQ(5, params.protocolId);
+        EXPECT_FALSE(calling.m_endedDuringGetter);
+    }
+    EXPECT_EQ(-1, registry.GetProtocolId(id));
+}
+
+TEST_F(Transactions, WithoutMemoryTheyStayUnknownAndTheRegistryRecovers)
+{
+    BTransaction transaction(4);
+    for (int allowed = 0;; ++allowed) {
+        ASSERT_LT(allowed, 20);
+        SCOPED_TRACE(allowed);
+        BTransactions::DestroyInstance();
+        BTransactionIdGenerator::DestroyInstance();
+        BTransactions* registry = nullptr;
+        unsigned id = 0;
+        bool failed = false;
+        {
+            FailingAlloc fail(allowed);
+            registry = BTransactions::GetInstance();
+            id = registry ? registry->StartTransaction(&transaction) : 0;
+            failed = fail.Failed();
+        }
+        if (registry && id) {
+            EXPECT_TRUE(registry->GetProtocolId(id) == 4 || failed);
+        }
+        registry = BTransactions::GetInstance();
+        ASSERT_NE(nullptr, registry);
+        id = registry->StartTransaction(&transaction);
+        ASSERT_NE(0u, id);
+        EXPECT_EQ(4, registry->GetProtocolId(id));
+        if (!failed)
+            break;
+    }
+}
+
+TEST_F(Transactions, RegistryThatCannotGrowKeepsWhatItHas)
+{
+    CRegistry registry;
+    BTransaction transaction(4);
+    for (unsigned id = 1; id <= 8; ++id)
+        ASSERT_TRUE(registry.StartTransaction(id, &transaction));
+    {
+        FailingAlloc fail(0);
+        EXPECT_FALSE(registry.StartTransaction(9u, &transaction));
+        EXPECT_TRUE(fail.Failed());
+    }
+    EXPECT_EQ(8, registry.Capacity());
+    EXPECT_EQ(-1, registry.GetProtocolId(9));
+    for (unsigned id = 1; id <= 8; ++id)
+        EXPECT_EQ(4, registry.GetProtocolId(id));
+    EXPECT_TRUE(registry.StartTransaction(9u, &transaction));
+    EXPECT_EQ(16, registry.Capacity());
 }
 
 TEST_F(Transactions, InstanceIsMadeOnFirstUseAndDestroyedByHand)
