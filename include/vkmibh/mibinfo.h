@@ -98,7 +98,8 @@ struct BMibObject {
 // Ownership: the implementation's; what it fills belongs to the caller.
 // Threads:   any; NextInstanceInColumn() takes the implementation's mutex.
 // Errors:    names, parameters and lists: 0 = found, else kMibInfoNotFound and
-//            the argument is unchanged. Enumerations and instances: 1/0.
+//            the argument is unchanged; a list that memory did not suffice for
+//            keeps what it got. Enumerations and instances: 1/0.
 // Contract:  slot order is ABI.
 class VKMIBH_API IMIBInfo {
 public:
@@ -169,8 +170,8 @@ public:
 
 private:
     friend struct SLayoutCheck;
-    static void UpdateSyntaxName(const SRqHndlrMapEntry* entry, BMibObject& object);
-    static BString JoinName(const BString& module, const BString& object);
+    VKMIBH_LOCAL static void UpdateSyntaxName(const SRqHndlrMapEntry* entry, BMibObject& object);
+    VKMIBH_LOCAL static BString JoinName(const BString& module, const BString& object);
 
     BMibImpl* m_owner;
     BString m_moduleName;
