@@ -37,6 +37,22 @@ inline Item* NewItems(std::uint64_t count)
     return new (std::nothrow) Item[static_cast<std::size_t>(count)];
 }
 
+// Moves the `count` items in use into a new block of `wanted`, all others in it
+// new; false, and nothing changed, without memory.
+template <class Item>
+inline bool Enlarge(Item*& items, unsigned count, unsigned& capacity, std::uint64_t wanted)
+{
+    Item* larger = NewItems<Item>(wanted);
+    if (!larger)
+        return false;
+    MoveItems(larger, items, count);
+    ZeroItems(items, capacity);
+    delete[] items;
+    items = larger;
+    capacity = static_cast<unsigned>(wanted);
+    return true;
+}
+
 // Closes the gap that the (already destroyed) item at `index` leaves.
 template <class Item>
 inline void CloseGap(Item* items, unsigned count, unsigned index)

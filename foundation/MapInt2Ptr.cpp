@@ -28,15 +28,9 @@ bool BMapInt2Ptr::Insert(int key, void* data)
     if (Find(key) >= 0)
         return false;
     if (m_count == m_capacity) {
-        const std::uint64_t capacity = std::uint64_t(m_capacity) + s_growBy;
-        SItem* items = NewItems<SItem>(capacity);
-        if (!items)
+        if (!Enlarge(m_items, m_count, m_capacity, std::uint64_t(m_capacity) + s_growBy))
             return false;
-        MoveItems(items, m_items, m_count);
-        ZeroItems(items + m_count, s_growBy);
-        delete[] m_items;
-        m_items = items;
-        m_capacity = static_cast<unsigned>(capacity);
+        ZeroItems(m_items + m_count, s_growBy);
     }
     const unsigned at = LowerBound(m_count, KeyOrder(m_items, key));
     MoveItems(m_items + at + 1, m_items + at, m_count - at);

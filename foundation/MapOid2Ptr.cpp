@@ -51,17 +51,9 @@ bool BMapOid2Ptr::Insert(const BObjectIdentifier& key, void* data)
     BObjectIdentifier copy;
     if (!copy.Set(key))
         return false;
-    if (m_count == m_capacity) {
-        const std::uint64_t capacity = std::uint64_t(m_capacity) + s_growBy;
-        SItem* items = NewItems<SItem>(capacity);
-        if (!items)
-            return false;
-        MoveItems(items, m_items, m_count);
-        ZeroItems(m_items, m_capacity);
-        delete[] m_items;
-        m_items = items;
-        m_capacity = static_cast<unsigned>(capacity);
-    }
+    if (m_count == m_capacity &&
+        !Enlarge(m_items, m_count, m_capacity, std::uint64_t(m_capacity) + s_growBy))
+        return false;
     const unsigned at = LowerBound(m_count, KeyOrder(m_items, key));
     MoveItems(m_items + at + 1, m_items + at, m_count - at);
     ZeroItems(m_items + at, 1);

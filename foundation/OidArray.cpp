@@ -1,6 +1,8 @@
 // Array of object identifiers.
 #include <vkmibh/containers.h>
 
+#include <utility>
+
 #include "foundation/Bytewise.h"
 
 namespace VLK {
@@ -40,27 +42,14 @@ BOidArray& BOidArray::operator=(BOidArray&& other) noexcept
 
 bool BOidArray::PushBack(const BObjectIdentifier& item)
 {
-    if (m_count < m_capacity) {
-        if (!m_items[m_count].Set(item))
-            return false;
-        ++m_count;
-        return true;
-    }
-    const std::uint64_t capacity = std::uint64_t(m_capacity) + s_growBy;
-    BObjectIdentifier* items = NewItems<BObjectIdentifier>(capacity);
-    if (!items)
+    // Copied before anything moves: the item may be one of the array's own.
+    BObjectIdentifier copy;
+    if (!copy.Set(item))
         return false;
-    // Copied before the old storage goes: the item may be one of its own.
-    if (!items[m_count].Set(item)) {
-        delete[] items;
+    if (m_count == m_capacity &&
+        !Enlarge(m_items, m_count, m_capacity, std::uint64_t(m_capacity) + s_growBy))
         return false;
-    }
-    MoveItems(items, m_items, m_count);
-    ZeroItems(m_items, m_capacity);
-    delete[] m_items;
-    m_items = items;
-    m_capacity = static_cast<unsigned>(capacity);
-    ++m_count;
+    m_items[m_count++] = std::move(copy);
     return true;
 }
 

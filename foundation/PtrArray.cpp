@@ -7,16 +7,9 @@ namespace VLK {
 
 bool BPtrArray::PushBack(void* item)
 {
-    if (m_count == m_capacity) {
-        const std::uint64_t capacity = m_capacity == 0 ? 4 : std::uint64_t(m_capacity) * 2;
-        void** items = NewItems<void*>(capacity);
-        if (!items)
-            return false;
-        MoveItems(items, m_items, m_count);
-        delete[] m_items;
-        m_items = items;
-        m_capacity = static_cast<unsigned>(capacity);
-    }
+    if (m_count == m_capacity &&
+        !Enlarge(m_items, m_count, m_capacity, m_capacity == 0 ? 4 : std::uint64_t(m_capacity) * 2))
+        return false;
     m_items[m_count++] = item;
     return true;
 }

@@ -1,20 +1,19 @@
 // Array of strings.
 #include <vkmibh/containers.h>
 
+#include <utility>
+
 #include "foundation/Bytewise.h"
 
 namespace VLK {
 
 namespace {
 
-// Copies the text; false when there was no memory for it.
+// Copies the text into an empty string; false when there was no memory for it.
 bool CopyText(BString& to, const BString& from)
 {
     to = from;
-    if (to.length() == from.length())
-        return true;
-    to.clear();
-    return false;
+    return to.length() == from.length();
 }
 
 } // namespace
@@ -56,27 +55,14 @@ BStringArray& BStringArray::operator=(BStringArray&& other) noexcept
 
 bool BStringArray::PushBack(const BString& item)
 {
-    if (m_count < m_capacity) {
-        if (!CopyText(m_items[m_count], item))
-            return false;
-        ++m_count;
-        return true;
-    }
-    const std::uint64_t capacity = std::uint64_t(m_capacity) + s_growBy;
-    BString* items = NewItems<BString>(capacity);
-    if (!items)
+    // Copied before anything moves: the item may be one of the array's own.
+    BString copy;
+    if (!CopyText(copy, item))
         return false;
-    // Copied before the old storage goes: the item may be one of its strings.
-    if (!CopyText(items[m_count], item)) {
-        delete[] items;
+    if (m_count == m_capacity &&
+        !Enlarge(m_items, m_count, m_capacity, std::uint64_t(m_capacity) + s_growBy))
         return false;
-    }
-    MoveItems(items, m_items, m_count);
-    ZeroItems(m_items, m_capacity);
-    delete[] m_items;
-    m_items = items;
-    m_capacity = static_cast<unsigned>(capacity);
-    ++m_count;
+    m_items[m_count++] = std::move(copy);
     return true;
 }
 

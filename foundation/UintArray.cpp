@@ -35,16 +35,9 @@ BUintArray& BUintArray::operator=(BUintArray&& other) noexcept
 
 bool BUintArray::PushBack(int item)
 {
-    if (m_count == m_capacity) {
-        const std::uint64_t capacity = m_capacity == 0 ? 8 : std::uint64_t(m_capacity) * 2;
-        unsigned* items = NewItems<unsigned>(capacity);
-        if (!items)
-            return false;
-        MoveItems(items, m_items, m_count);
-        delete[] m_items;
-        m_items = items;
-        m_capacity = static_cast<unsigned>(capacity);
-    }
+    if (m_count == m_capacity &&
+        !Enlarge(m_items, m_count, m_capacity, m_capacity == 0 ? 8 : std::uint64_t(m_capacity) * 2))
+        return false;
     m_items[m_count++] = static_cast<unsigned>(item);
     return true;
 }
