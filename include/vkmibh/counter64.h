@@ -19,7 +19,8 @@ struct SCTR64 {
 //
 // Ownership: a plain value.
 // Threads:   no lock inside; const calls may run side by side.
-// Errors:    the text conversions return 1 = done, 0 = refused.
+// Errors:    the text conversions return 1 = done, 0 = refused, the value then
+//            being 0. A text form without memory is empty.
 // Contract:  one SCTR64 and nothing else is ABI. + and - change the object
 //            itself and return its new value; += and -= return the value
 //            before the change; both are kept for the callers that count on
