@@ -17,19 +17,28 @@ struct SCandidate {
     int status = eSnmpNoError;
 };
 
+// Makes a candidate of the request; false when there is no memory.
+bool Start(SCandidate& candidate, const BVarBind& request, BMibNode* node)
+{
+    candidate.node = node;
+    candidate.binding.Value() = request.Value();
+    return candidate.binding.Name().Set(request.Name());
+}
+
 bool SortsBefore(const BVarBind& a, const BVarBind& b) { return a.Name().Compare(b.Name()) < 0; }
 
 void SetAnswer(BVarBind& binding, SCandidate& answer) { binding = std::move(answer.binding); }
 
 // The region around the start may hold an instance between the request and the
-// candidate found so far.
-void ConsiderEnclosingRegion(const SNextRequest& request, BMibNode* start, const BVarBind& asked,
+// candidate found so far. False when there is no memory to look.
+bool ConsiderEnclosingRegion(const SNextRequest& request, BMibNode* start, const BVarBind& asked,
                              SCandidate& best, SCandidate& other)
 {
-    other.node = NextHandlerNode(start, true);
-    if (!other.node)
-        return;
-    other.binding.Assign(asked);
+    BMibNode* const enclosing = NextHandlerNode(start, true);
+    if (!enclosing)
+        return true;
+    if (!Start(other, asked, enclosing))
+        return false;
     other.status = SearchRegions(request, other.node, other.binding, true, asked.Name());
     if (other.status == eSnmpNoError) {
         if (other.node && SortsBefore(other.binding, best.binding)) {
@@ -42,6 +51,7 @@ void ConsiderEnclosingRegion(const SNextRequest& request, BMibNode* start, const
         std::swap(best.binding, other.binding);
         best.status = other.status;
     }
+    return true;
 }
 
 // Whether the next region's candidate, not the best one so far, is the answer
@@ -114,8 +124,8 @@ int BMibHandler::ResolveGetNext(unsigned int transactionId, bool isV1,
     }
     const SNextRequest request = {transactionId, isV1, security, context, m_accessControl};
     SCandidate best;
-    best.binding.Assign(binding);
-    best.node = start;
+    if (!Start(best, binding, start))
+        return eSnmpGenErr;
     best.status = SearchRegions(request, best.node, best.binding, false, binding.Name());
     if (best.status == eSnmpNoError && !best.node)
         return ResolveAround(request, start, binding);
@@ -123,12 +133,13 @@ int BMibHandler::ResolveGetNext(unsigned int transactionId, bool isV1,
         return best.status;
 
     SCandidate other;
-    ConsiderEnclosingRegion(request, start, binding, best, other);
+    if (!ConsiderEnclosingRegion(request, start, binding, best, other))
+        return eSnmpGenErr;
     SCandidate* next = nullptr;
     BMibNode* const following = NextHandlerNode(best.node, false);
     if (following && best.binding.Name().Compare(following->SubtreeHandler()->Oid()) >= 0) {
-        other.binding.Assign(binding);
-        other.node = following;
+        if (!Start(other, binding, following))
+            return eSnmpGenErr;
         other.status = SearchRegions(request, other.node, other.binding, false, binding.Name());
         // A search that found no region is no candidate.
         if (other.status != eSnmpNoError || other.node)
@@ -145,8 +156,8 @@ int BMibHandler::ResolveGetNext(unsigned int transactionId, bool isV1,
 int BMibHandler::ResolveAround(const SNextRequest& request, BMibNode* start, BVarBind& binding)
 {
     SCandidate around;
-    around.binding.Assign(binding);
-    around.node = NextHandlerNode(start, true);
+    if (!Start(around, binding, NextHandlerNode(start, true)))
+        return eSnmpGenErr;
     around.status = SearchRegions(request, around.node, around.binding, true, binding.Name());
     if (around.status != eSnmpNoError)
         return around.status;

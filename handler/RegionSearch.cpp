@@ -72,7 +72,8 @@ int SearchRegions(const SNextRequest& request, BMibNode*& node, BVarBind& bindin
         // A module that does not get ahead is left, or it would be asked for ever.
         if (order < 0 || (order == 0 && !exhausted)) {
             exhausted = true;
-            binding.Name().Set(*asked);
+            if (!binding.Name().Set(*asked))
+                return eSnmpGenErr;
         }
         if (!exhausted) {
             status = eSnmpNoError;
@@ -83,7 +84,8 @@ int SearchRegions(const SNextRequest& request, BMibNode*& node, BVarBind& bindin
         }
         binding.Value().SetNull();
         if (order > 0) {
-            moved.Set(binding.Name());
+            if (!moved.Set(binding.Name()))
+                return eSnmpGenErr;
             asked = &moved;
         }
     }
