@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "values/TextWriter.h"
+#include "foundation/TextWriter.h"
 
 namespace VLK {
 

@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "values/TextWriter.h"
+#include "foundation/TextWriter.h"
 
 namespace VLK {
 
