@@ -45,16 +45,20 @@ const char kSchema[] = "CREATE TABLE record ("
     case SQLITE_CORRUPT:
         Refuse(path, "is damaged");
     default:
-        Refuse(path,
-               std::string("cannot be opened: ") + (db ? sqlite3_errmsg(db) : "out of memory"));
+        break;
     }
+    std::string why = db ? sqlite3_errmsg(db) : "out of memory";
+    if (int systemError = db ? sqlite3_system_errno(db) : 0)
+        why += std::string(" (") + std::strerror(systemError) + ")";
+    Refuse(path, "cannot be opened: " + why);
 }
 
+// A file that is not ours yet: closing it leaves file and log as they were.
 class BOpenFile {
 public:
-    BOpenFile(const std::string& path, int flags) : m_path(path)
+    explicit BOpenFile(const std::string& path) : m_path(path)
     {
-        if (sqlite3_open_v2(path.c_str(), &m_db, flags, nullptr) != SQLITE_OK) {
+        if (sqlite3_open_v2(path.c_str(), &m_db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
             try {
                 RefuseFor(path, m_db);
             } catch (...) {
@@ -63,6 +67,7 @@ public:
             }
         }
         sqlite3_extended_result_codes(m_db, 1);
+        sqlite3_db_config(m_db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
         // A predecessor that is just ending may hold the file a little longer.
         sqlite3_busy_timeout(m_db, 500);
     }
@@ -91,8 +96,12 @@ public:
         return answer;
     }
 
+    bool IsReadOnly() const { return sqlite3_db_readonly(m_db, "main") == 1; }
+
+    // From here on the log goes into the file when it is closed.
     sqlite3* Release()
     {
+        sqlite3_db_config(m_db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
         sqlite3* db = m_db;
         m_db = nullptr;
         return db;
@@ -104,9 +113,8 @@ private:
 };
 
 // Whether the file has to get our tables; refuses what is not ours or not sound.
-bool IsNew(const std::string& path)
+bool IsNew(const std::string& path, BOpenFile& file)
 {
-    BOpenFile file(path, SQLITE_OPEN_READONLY);
     int version = std::stoi(file.Ask("PRAGMA user_version"));
     bool empty = file.Ask("SELECT count(*) FROM sqlite_master") == "0";
     if (file.Ask("PRAGMA application_id") != std::to_string(BDatabase::kApplicationId)) {
@@ -154,12 +162,16 @@ BDatabase::BDatabase(const std::string& name)
     bool exists = stat(path.c_str(), &status) == 0;
     if (exists && !S_ISREG(status.st_mode))
         Refuse(path, "is not a file");
-    bool isNew = !exists || status.st_size == 0 || IsNew(path);
     if (!exists)
         CreateFile(path);
 
-    BOpenFile file(path, SQLITE_OPEN_READWRITE);
+    BOpenFile file(path);
+    if (file.IsReadOnly())
+        Refuse(path, "cannot be written");
+    // Before the first look: so the log's index is kept in memory, not in a
+    // file that a full disk has no room for.
     file.Run("PRAGMA locking_mode = EXCLUSIVE");
+    bool isNew = IsNew(path, file);
     if (file.Ask("PRAGMA journal_mode = WAL") != "wal")
         Refuse(path, "cannot be opened: no write-ahead log on this file system");
     file.Run("PRAGMA synchronous = FULL");

@@ -1,8 +1,7 @@
 // The SQLite file under the store: opening, checking, statements.
 //
-// A file is first looked at without write access; one that is damaged, not
-// ours or of a newer schema is refused and left as it was. While it is open no
-// other process can use it.
+// A file that is damaged, not ours or of a newer schema is refused and left as
+// it was. While it is open no other process can use it.
 #pragma once
 
 #include <cstdint>

@@ -6,6 +6,7 @@
 
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace VLK;
 using namespace VLK::host;
@@ -119,7 +120,9 @@ TEST_F(StoreFile, ANewerSchemaStillInTheLogIsRefused)
     std::filesystem::copy(file + "-wal", copy + "-wal");
     sqlite3_close(db);
     file = copy;
+    std::string log = ReadFile(file + "-wal");
     ExpectRefusedUntouched("newer vkagentd");
+    EXPECT_TRUE(ReadFile(file + "-wal") == log) << "the log was changed";
 }
 
 TEST_F(StoreFile, OtherPeoplesDatabasesAreRefused)
@@ -165,6 +168,27 @@ TEST_F(StoreFile, AStoreInUseIsRefused)
     BStore store(file);
     EXPECT_NE(Refusal(file).find("in use by another process"), std::string::npos);
     EXPECT_EQ(store.SetString("s", "a", "still mine", 0, 0), 0);
+}
+
+TEST_F(StoreFile, OpeningNeedsNoFileBesideTheLog)
+{
+    MakeStore();
+    EXPECT_EQ(Refusal(file), "") << "opened again";
+    BStore store(file);
+    for (const auto& entry : std::filesystem::directory_iterator(directory.Path())) {
+        std::string name = entry.path().filename();
+        EXPECT_TRUE(name == "store.db" || name == "store.db-wal") << name;
+    }
+}
+
+TEST_F(StoreFile, AStoreThatMayOnlyBeReadIsRefused)
+{
+    MakeStore();
+    std::filesystem::permissions(file, std::filesystem::perms::owner_read);
+    if (geteuid() == 0) // whom permissions do not stop
+        EXPECT_EQ(Refusal(file), "");
+    else
+        ExpectRefusedUntouched("cannot be written");
 }
 
 TEST_F(StoreFile, PathsThatCannotBeOpenedAreRefused)
