@@ -2,6 +2,7 @@
 
 #include "host/HostError.h"
 #include "host/wire/Convert.h"
+#include "host/wire/DatagramCheck.h"
 
 #include <cerrno>
 #include <cstring>
@@ -20,6 +21,7 @@ struct BNetSnmpEngine::SSession {
     int descriptor = -1;
     unsigned maxMessage = 0;
     BTransportAddress address;
+    std::vector<unsigned char> datagram = std::vector<unsigned char>(65536);
 
     static int OnMessage(int operation, netsnmp_session* session, int requestId, netsnmp_pdu* pdu,
                          void* self);
@@ -29,6 +31,7 @@ struct BNetSnmpEngine::SSession {
     int Send(netsnmp_pdu& request, const SResponse& response);
     int SendFailure() const;
     void ReadMessage();
+    bool DropsMessage();
 };
 
 struct BNetSnmpEngine::SState {
@@ -118,8 +121,20 @@ int BNetSnmpEngine::SSession::SendFailure() const
     return tooLarge ? eSnmpTooBig : -1;
 }
 
+// Takes the waiting datagram away when it must not reach the wire library.
+bool BNetSnmpEngine::SSession::DropsMessage()
+{
+    ssize_t length = recv(descriptor, datagram.data(), datagram.size(), MSG_PEEK | MSG_DONTWAIT);
+    if (length < 0 || KeepsItsNumbers(datagram.data(), static_cast<size_t>(length)))
+        return false;
+    recv(descriptor, datagram.data(), datagram.size(), MSG_DONTWAIT);
+    return true;
+}
+
 void BNetSnmpEngine::SSession::ReadMessage()
 {
+    if (DropsMessage())
+        return;
     netsnmp_large_fd_set ready;
     netsnmp_large_fd_set_init(&ready, FD_SETSIZE);
     netsnmp_large_fd_setfd(descriptor, &ready);

@@ -178,6 +178,30 @@ TEST_F(Datagram, EveryTruncationIsIgnored)
     EXPECT_EQ(contact.values[0], "Mr. Qwin");
 }
 
+TEST_F(Datagram, NumbersThatWouldBeCutAreIgnored)
+{
+    ber::Bytes wide = ber::Tlv(2, ber::Bytes("\1\0\0\0\5", 5));
+    ExpectIgnored(ber::Message(kV2c, "private", kSet, 14, 0, 0, ber::Binding(kContact, wide)));
+    // sysContact, were the last arc but one not 2^64 too large.
+    ber::Bytes name("\x2b\6\1\2\1\1\x82\x80\x80\x80\x80\x80\x80\x80\x80\4\0", 17);
+    ber::Bytes binding = ber::Tlv(0x30, ber::Tlv(6, name) + ber::Tlv(4, "wrapped"));
+    ExpectIgnored(ber::Message(kV2c, "private", kSet, 14, 0, 0, binding));
+    ber::Reply contact =
+        Exchange(ber::Message(kV2c, "public", kGet, 15, 0, 0, ber::Binding(kContact)));
+    ASSERT_EQ(contact.values.size(), 1u);
+    EXPECT_EQ(contact.values[0], "Mr. Qwin");
+}
+
+TEST_F(Datagram, AnIntegerAboveItsRangeIsAWrongEncoding)
+{
+    ber::Bytes value = ber::Tlv(2, ber::Bytes("\0\x80\0\0\0", 5));
+    ber::Reply reply =
+        Exchange(ber::Message(kV2c, "private", kSet, 14, 0, 0, ber::Binding(kContact, value)));
+    EXPECT_EQ(reply.status, 9);
+    EXPECT_EQ(reply.index, 1);
+    EXPECT_EQ(reply.bindings, ber::Binding(kContact, value));
+}
+
 TEST_F(Datagram, ValuesOfNoKnownTypeAreRefusedToWritersOnly)
 {
     ber::Bytes list =
