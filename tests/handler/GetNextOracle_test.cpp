@@ -1,7 +1,8 @@
 // GETNEXT against a naive sorted list: every agent of one or two small regions,
 // and larger ones at random. The search knowingly differs from the list where
 // three regions lie inside one another, and where an outer region ends after an
-// instance stepped over; ResolveGetNext_test.cpp holds both.
+// instance stepped over; ResolveGetNext_test.cpp and
+// RegionSearch_test.cpp hold both.
 #include "tests/support/RegionTrees.h"
 
 #include <gtest/gtest.h>
