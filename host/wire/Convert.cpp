@@ -18,26 +18,16 @@ BTransportAddress ReadAddress(const netsnmp_sockaddr_storage& from)
     return BTransportAddress::V4(bytes, ntohs(from.sin.sin_port));
 }
 
-// The IPv4 transport tells both ends, the IPv6 transport only the remote one.
 bool ReadAddresses(const netsnmp_pdu& pdu, SRequest& request)
 {
-    size_t length = static_cast<size_t>(pdu.transport_data_length);
-    if (!pdu.transport_data)
+    netsnmp_indexed_addr_pair ends;
+    if (!pdu.transport_data || pdu.transport_data_length != static_cast<int>(sizeof ends))
         return false;
-    if (length == sizeof(netsnmp_indexed_addr_pair)) {
-        netsnmp_indexed_addr_pair pair;
-        std::memcpy(&pair, pdu.transport_data, sizeof pair);
-        unsigned port = request.local.Port();
-        request.remote = ReadAddress(pair.remote_addr);
-        request.local = ReadAddress(pair.local_addr);
-        request.local.SetPort(port);
-        return true;
-    }
-    netsnmp_sockaddr_storage remote;
-    if (length != sizeof remote.sin6)
-        return false;
-    std::memcpy(&remote, pdu.transport_data, length);
-    request.remote = ReadAddress(remote);
+    std::memcpy(&ends, pdu.transport_data, sizeof ends);
+    unsigned port = request.local.Port();
+    request.remote = ReadAddress(ends.remote_addr);
+    request.local = ReadAddress(ends.local_addr);
+    request.local.SetPort(port);
     return true;
 }
 
@@ -123,12 +113,6 @@ bool ReadBindings(const netsnmp_pdu& pdu, SRequest& request)
     return true;
 }
 
-netsnmp_variable_list* AddVariable(netsnmp_variable_list** tail, const oid* name, size_t count,
-                                   unsigned char type, const void* value, size_t length)
-{
-    return snmp_varlist_add_variable(tail, name, count, type, value, length);
-}
-
 size_t FillOid(const BObjectIdentifier& from, oid* out)
 {
     for (unsigned i = 0; i < from.Length(); ++i)
@@ -147,35 +131,36 @@ netsnmp_variable_list* WriteBinding(netsnmp_variable_list** tail, const BVarBind
     switch (type) {
     case eAsnInteger: {
         long number = value.Int();
-        return AddVariable(tail, name, count, type, &number, sizeof number);
+        return snmp_varlist_add_variable(tail, name, count, type, &number, sizeof number);
     }
     case eAsnCounter32:
     case eAsnGauge32:
     case eAsnTimeTicks: {
         unsigned long number = value.Unsigned();
-        return AddVariable(tail, name, count, type, &number, sizeof number);
+        return snmp_varlist_add_variable(tail, name, count, type, &number, sizeof number);
     }
     case eAsnCounter64: {
         counter64 number = {value.Ctr64().high, value.Ctr64().low};
-        return AddVariable(tail, name, count, type, &number, sizeof number);
+        return snmp_varlist_add_variable(tail, name, count, type, &number, sizeof number);
     }
     case eAsnOctetString:
     case eAsnOpaque:
-        return AddVariable(tail, name, count, type, value.Octets().Data(), value.Octets().Length());
+        return snmp_varlist_add_variable(tail, name, count, type, value.Octets().Data(),
+                                         value.Octets().Length());
     case eAsnObjectId: {
         oid arcs[MAX_OID_LEN];
         if (value.ObjectId().Length() > MAX_OID_LEN)
             return nullptr;
         size_t arcCount = FillOid(value.ObjectId(), arcs);
-        return AddVariable(tail, name, count, type, arcs, arcCount * sizeof(oid));
+        return snmp_varlist_add_variable(tail, name, count, type, arcs, arcCount * sizeof(oid));
     }
     case eAsnIpAddress: {
         BIpAddress address = value.IpAddress();
         unsigned char bytes[4] = {address[0], address[1], address[2], address[3]};
-        return AddVariable(tail, name, count, type, bytes, sizeof bytes);
+        return snmp_varlist_add_variable(tail, name, count, type, bytes, sizeof bytes);
     }
     default: // null and the exceptions carry nothing
-        return AddVariable(tail, name, count, type, nullptr, 0);
+        return snmp_varlist_add_variable(tail, name, count, type, nullptr, 0);
     }
 }
 

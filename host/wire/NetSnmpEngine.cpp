@@ -3,6 +3,7 @@
 #include "host/HostError.h"
 #include "host/wire/Convert.h"
 #include "host/wire/DatagramCheck.h"
+#include "host/wire/Udp6Ends.h"
 
 #include <cerrno>
 #include <cstring>
@@ -64,6 +65,28 @@ unsigned BoundPort(int descriptor)
     if (getsockname(descriptor, &bound.sa, &length) != 0)
         return 0;
     return ntohs(bound.sa.sa_family == AF_INET6 ? bound.sin6.sin6_port : bound.sin.sin_port);
+}
+
+[[noreturn]] void CannotListen(const BTransportAddress& address, int systemError)
+{
+    throw BHostError(eExitUsage,
+                     "cannot listen on " + address.ToString() + ": " + std::strerror(systemError));
+}
+
+netsnmp_transport* OpenTransport(const BTransportAddress& address)
+{
+    errno = 0;
+    netsnmp_transport* transport =
+        netsnmp_transport_open_server("vkagentd", address.ToString().c_str());
+    if (!transport)
+        CannotListen(address, errno);
+    if (address.IsV6() && !KeepBothEnds(*transport)) {
+        int systemError = errno;
+        transport->f_close(transport);
+        netsnmp_transport_free(transport);
+        CannotListen(address, systemError);
+    }
+    return transport;
 }
 
 } // namespace
@@ -158,12 +181,7 @@ BTransportAddress BNetSnmpEngine::Open(const BTransportAddress& address)
 {
     netsnmp_session settings;
     snmp_sess_init(&settings);
-    errno = 0;
-    netsnmp_transport* transport =
-        netsnmp_transport_open_server("vkagentd", address.ToString().c_str());
-    if (!transport)
-        throw BHostError(eExitUsage,
-                         "cannot listen on " + address.ToString() + ": " + std::strerror(errno));
+    netsnmp_transport* transport = OpenTransport(address);
     // A datagram that poll() saw may still be dropped for its checksum.
     fcntl(transport->sock, F_SETFL, fcntl(transport->sock, F_GETFL) | O_NONBLOCK);
     auto session = std::make_unique<SSession>();
