@@ -81,21 +81,6 @@ bool IsDisplayString(const BOctetString& octets)
     return true;
 }
 
-// What a phase answers when there is no memory for the handler's argument.
-int NoMemory(ESnmpSetOpCode op)
-{
-    switch (op) {
-    case eSetTest:
-        return eSnmpResourceUnavailable;
-    case eSetCommit:
-        return eSnmpCommitFailed;
-    case eSetUndo:
-        return eSnmpUndoFailed;
-    default:
-        return eSnmpGenErr;
-    }
-}
-
 // Notes, once its handler has returned or thrown, that a binding went through a
 // phase: what a handler began before it threw must be undone and released too.
 class PhaseMark {
@@ -144,8 +129,12 @@ int SetText(const SSetCall& call, const BOctetString& octets)
     if (length == 0)
         return call(BString());
     const BString text(reinterpret_cast<const char*>(octets.Data()), length);
-    if (text.length() != length)
-        return NoMemory(call.op);
+    const bool whole = text.length() == length;
+    if (!whole && call.op == eSetTest)
+        return eSnmpResourceUnavailable;
+    if (!whole && call.op == eSetCommit)
+        return eSnmpCommitFailed;
+    // Undo and cleanup go by what the slot keeps: they run, if with an empty text.
     return call(text);
 }
 

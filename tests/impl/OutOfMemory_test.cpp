@@ -32,15 +32,15 @@ public:
     {
         return value.Set(20, kIndex) ? 0 : eSnmpResourceUnavailable;
     }
-    int OnSet_Text(const BObjectIdentifier&, ESnmpSetOpCode, unsigned, const BString& value, void**)
+    int OnSet_Text(const BObjectIdentifier&, ESnmpSetOpCode, unsigned, const BString&, void**)
     {
-        m_set = value.length();
+        ++m_calls;
         return 0;
     }
 
     static constexpr unsigned kIndex[20] = {5, 6, 7};
     static SRqHndlrMapEntry s_map[];
-    unsigned m_set = 0;
+    unsigned m_calls = 0;
 };
 
 VKMIBH_CONSTINIT SRqHndlrMapEntry CLean::s_map[] = {
@@ -72,26 +72,32 @@ TEST(OutOfMemory, GetIsAStatusAtEveryAllocation)
     }
 }
 
-TEST(OutOfMemory, SetAnswersByItsPhaseAndCallsNobody)
+// The status of one phase that finds no memory for its text.
+int SetWithoutMemory(CLean& lean, ESnmpSetOpCode op, SSetSlot& slot)
 {
-    CLean lean;
     const BObjectIdentifier instance(1u);
     const BObjectSyntax value = TextValue("new text");
-    const std::pair<ESnmpSetOpCode, int> expected[] = {{eSetTest, eSnmpResourceUnavailable},
-                                                       {eSetCommit, eSnmpCommitFailed},
-                                                       {eSetUndo, eSnmpUndoFailed},
-                                                       {eSetCleanup, eSnmpGenErr}};
-    for (const auto& [op, status] : expected) {
-        SSetSlot slot{};
-        int got = 0;
-        {
-            FailingAlloc fail(0);
-            got = lean.Set(CLean::s_map, 1, op, &slot.scratch, value, &instance);
-        }
-        EXPECT_EQ(status, got);
-        EXPECT_TRUE(slot.tested == 0 && slot.committed == 0);
-        EXPECT_EQ(0u, lean.m_set);
-    }
+    FailingAlloc fail(0);
+    return lean.Set(CLean::s_map, 1, op, &slot.scratch, value, &instance);
+}
+
+TEST(OutOfMemory, TestAndCommitAnswerByTheirPhaseAndCallNobody)
+{
+    CLean lean;
+    SSetSlot slot{};
+    EXPECT_EQ(eSnmpResourceUnavailable, SetWithoutMemory(lean, eSetTest, slot));
+    EXPECT_EQ(eSnmpCommitFailed, SetWithoutMemory(lean, eSetCommit, slot));
+    EXPECT_TRUE(slot.tested == 0 && slot.committed == 0);
+    EXPECT_EQ(0u, lean.m_calls);
+}
+
+TEST(OutOfMemory, UndoAndCleanupStillReachTheHandler)
+{
+    CLean lean;
+    SSetSlot slot{};
+    EXPECT_EQ(0, SetWithoutMemory(lean, eSetUndo, slot));
+    EXPECT_EQ(0, SetWithoutMemory(lean, eSetCleanup, slot));
+    EXPECT_EQ(2u, lean.m_calls);
 }
 
 TEST(OutOfMemory, WalkEndsOrGoesWhereItShould)
