@@ -37,9 +37,8 @@ void Finish(const SRequest& request, SResponse& response)
 
 } // namespace
 
-BDispatcher::BDispatcher(IMIBHandler& handler, const BCommunityAccess& access,
-                         const IWriteFailures& writeFailures)
-    : m_handler(handler), m_access(access), m_writeFailures(writeFailures)
+BDispatcher::BDispatcher(IMIBHandler& handler, const BCommunityAccess& access, ISetSaves& saves)
+    : m_handler(handler), m_access(access), m_saves(saves)
 {
 }
 
@@ -119,10 +118,11 @@ void BDispatcher::AnswerSet(SRequest& request, SResponse& response)
     }
     BSecurityParams security = SecurityOf(request);
     BRequestTransaction transaction(request, security);
-    unsigned failuresBefore = m_writeFailures.FailedUpdates();
+    m_saves.Hold();
     response.status = m_handler.Query(ePduSet, static_cast<int>(transaction.Id()), security,
                                       BString(), request.bindings, response.index);
-    if (response.status == eSnmpNoError && m_writeFailures.FailedUpdates() != failuresBefore) {
+    // Also after a failure: what was undone may have to be saved.
+    if (!m_saves.SaveHeld() && response.status == eSnmpNoError) {
         response.status = eSnmpUndoFailed;
         response.index = 0;
     }

@@ -3,7 +3,7 @@
 
 #include "host/CommunityAccess.h"
 #include "host/Engine.h"
-#include "host/WriteFailures.h"
+#include "host/SetSaves.h"
 
 namespace VLK::host {
 
@@ -16,8 +16,7 @@ namespace VLK::host {
 // Threads: unchanging after construction; as safe side by side as Query() is.
 class BDispatcher : public IRequestHandler {
 public:
-    BDispatcher(IMIBHandler& handler, const BCommunityAccess& access,
-                const IWriteFailures& writeFailures);
+    BDispatcher(IMIBHandler& handler, const BCommunityAccess& access, ISetSaves& saves);
 
     bool Handle(SRequest& request, SResponse& response) override;
     void AnswerInstead(int status, const SRequest& request, SResponse& response) override;
@@ -29,7 +28,7 @@ private:
 
     IMIBHandler& m_handler;
     const BCommunityAccess& m_access;
-    const IWriteFailures& m_writeFailures;
+    ISetSaves& m_saves;
 };
 
 } // namespace VLK::host

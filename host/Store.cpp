@@ -3,6 +3,7 @@
 #include "host/HostError.h"
 #include "host/Log.h"
 
+#include <algorithm>
 #include <climits>
 
 namespace VLK::host {
@@ -218,6 +219,23 @@ int BStore::GetRecordCount(const char* section)
     return count > INT_MAX ? INT_MAX : static_cast<int>(count);
 }
 
+void BStore::Hold()
+{
+    CLock lock(m_lock);
+    m_held[std::this_thread::get_id()].clear();
+}
+
+bool BStore::SaveHeld()
+{
+    CLock lock(m_lock);
+    auto held = m_held.find(std::this_thread::get_id());
+    if (held == m_held.end())
+        return true;
+    std::vector<INVCallback*> callbacks = std::move(held->second);
+    m_held.erase(held);
+    return callbacks.empty() || Save(callbacks);
+}
+
 void BStore::RequestUpdate(INVCallback* callback)
 {
     if (!callback)
@@ -227,21 +245,34 @@ void BStore::RequestUpdate(INVCallback* callback)
         callback->Update();
         return;
     }
+    auto held = m_held.find(std::this_thread::get_id());
+    if (held == m_held.end()) {
+        Save({callback});
+        return;
+    }
+    std::vector<INVCallback*>& waiting = held->second;
+    if (std::find(waiting.begin(), waiting.end(), callback) == waiting.end())
+        waiting.push_back(callback);
+}
+
+bool BStore::Save(const std::vector<INVCallback*>& callbacks)
+{
     m_updating = true;
     m_updateFailed = false;
     if (!m_database.Execute("BEGIN IMMEDIATE"))
         NoteFailure();
-    if (!m_updateFailed)
-        callback->Update();
+    for (INVCallback* callback : callbacks) {
+        if (!m_updateFailed)
+            callback->Update();
+    }
     if (!m_updateFailed && !m_database.Execute("COMMIT"))
         NoteFailure();
-    if (m_updateFailed) {
+    if (m_updateFailed)
         m_database.Execute("ROLLBACK");
-        ++m_failedUpdates;
-    } else {
+    else
         m_failureTold = false;
-    }
     m_updating = false;
+    return !m_updateFailed;
 }
 
 } // namespace VLK::host

@@ -3,26 +3,29 @@
 //   BStore store("/var/lib/vkagentd/store.db");
 //   handler.Init(&time, &store);
 //
-// RequestUpdate() saves at once, in one transaction that is on the disk when
-// it returns; so a SET that the agent has acknowledged survives a kill and a
-// power cut. A save that fails changes nothing in the file; it is counted, and
-// the first of a series is told on standard error.
+// RequestUpdate() saves at once, or, between Hold() and SaveHeld() on the same
+// thread, in the latter: in one transaction that is on the disk when it
+// returns. So a SET that the agent has acknowledged survives a kill and a power
+// cut, and one that was cut short leaves nothing. A save that fails changes
+// nothing in the file, and the first of a series is told on standard error.
 //
-// Threads: one lock inside; RequestUpdate() holds it while it calls back.
+// Threads: one lock inside, held while the store calls back.
 // Errors:  0 = done; 1 = no such value, or of another kind; 2 = the file failed.
 //          The constructor throws BHostError.
 #pragma once
 
 #include "host/Database.h"
-#include "host/WriteFailures.h"
+#include "host/SetSaves.h"
 
-#include <atomic>
+#include <map>
 #include <mutex>
+#include <thread>
+#include <vector>
 #include <vkmibh/system.h>
 
 namespace VLK::host {
 
-class BStore : public INonVolatile, public IWriteFailures {
+class BStore : public INonVolatile, public ISetSaves {
 public:
     enum EResult { eDone = 0, eNoValue = 1, eFileFailed = 2 };
 
@@ -46,7 +49,8 @@ public:
     int GetRecordCount(const char* section) override;
     void RequestUpdate(INVCallback* callback) override;
 
-    unsigned FailedUpdates() const override { return m_failedUpdates; }
+    void Hold() override;
+    bool SaveHeld() override;
 
 private:
     enum EFieldKind { eString = 1, eOctets = 2, eOid = 3, eInteger = 4 };
@@ -59,6 +63,7 @@ private:
     template <class TBind>
     int Write(const char* section, const char* key, int field, EFieldKind kind, const char* label,
               TBind bind);
+    bool Save(const std::vector<INVCallback*>& callbacks);
     bool Run(BStatement& statement);
     void NoteFailure();
 
@@ -71,10 +76,10 @@ private:
     BStatement m_dropFields;
     BStatement m_dropRecords;
     BStatement m_count;
+    std::map<std::thread::id, std::vector<INVCallback*>> m_held;
     bool m_updating = false;
     bool m_updateFailed = false;
     bool m_failureTold = false;
-    std::atomic<unsigned> m_failedUpdates{0};
 };
 
 } // namespace VLK::host

@@ -45,18 +45,27 @@ public:
     }
 };
 
-class FakeFailures : public IWriteFailures {
+class FakeSaves : public ISetSaves {
 public:
-    unsigned failed = 0;
-    unsigned FailedUpdates() const override { return failed; }
+    bool works = true;
+    bool held = false;
+    int saves = 0;
+
+    void Hold() override { held = true; }
+    bool SaveHeld() override
+    {
+        held = false;
+        ++saves;
+        return works;
+    }
 };
 
 class Dispatcher : public testing::Test {
 protected:
     FakeHandler handler;
     BCommunityAccess access{{{"public", false}, {"private", true}}};
-    FakeFailures failures;
-    BDispatcher dispatcher{handler, access, failures};
+    FakeSaves saves;
+    BDispatcher dispatcher{handler, access, saves};
     SResponse response;
 
     static SRequest Request(EProtocol protocol, int pduType, const char* community = "private")
@@ -196,18 +205,31 @@ TEST_F(Dispatcher, ASuccessfulSetEchoesTheRequest)
 
 TEST_F(Dispatcher, ASetThatWasNotKeptIsNotAcknowledged)
 {
-    handler.answer = [this](BVarBindList&, int&) {
-        ++failures.failed;
-        return 0;
-    };
+    saves.works = false;
     ASSERT_TRUE(Handle(Request(eSnmpV2c, ePduSet)));
     EXPECT_EQ(response.status, eSnmpUndoFailed);
     EXPECT_EQ(response.index, 0);
     ASSERT_TRUE(Handle(Request(eSnmpV1, ePduSet)));
     EXPECT_EQ(response.status, eSnmpGenErr);
-    handler.answer = nullptr;
+    Fail(eSnmpWrongType, 2);
     ASSERT_TRUE(Handle(Request(eSnmpV2c, ePduSet)));
-    EXPECT_EQ(response.status, 0) << "a later update went well";
+    EXPECT_EQ(response.status, eSnmpWrongType) << "the first reason counts";
+    handler.answer = nullptr;
+    saves.works = true;
+    ASSERT_TRUE(Handle(Request(eSnmpV2c, ePduSet)));
+    EXPECT_EQ(response.status, 0) << "a later one went well";
+}
+
+TEST_F(Dispatcher, ASetIsSavedOnceAfterAllItsBindings)
+{
+    handler.answer = [this](BVarBindList&, int&) {
+        EXPECT_TRUE(saves.held);
+        EXPECT_EQ(saves.saves, 0);
+        return 0;
+    };
+    ASSERT_TRUE(Handle(Request(eSnmpV2c, ePduSet)));
+    EXPECT_EQ(saves.saves, 1);
+    EXPECT_FALSE(saves.held);
 }
 
 TEST_F(Dispatcher, AnUnfitValueIsReportedToThoseWhoMayWrite)
