@@ -27,6 +27,11 @@ void AnswerTooBig(const SRequest& request, SResponse& response)
     response.bindings.clear();
 }
 
+BMessageBudget BudgetOf(const SRequest& request)
+{
+    return {request.maxMessage, request.community.size(), request.requestId};
+}
+
 void Finish(const SRequest& request, SResponse& response)
 {
     if (response.status == eSnmpTooBig)
@@ -83,7 +88,7 @@ void BDispatcher::AnswerList(SRequest& request, SResponse& response)
                                       BString(), list, response.index);
     if (response.status != eSnmpNoError)
         return;
-    BMessageBudget budget(request.maxMessage, request.community.size());
+    BMessageBudget budget = BudgetOf(request);
     response.bindings.reserve(list.Count());
     for (unsigned i = 0; i < list.Count(); ++i) {
         if (!budget.Take(list[static_cast<int>(i)])) {
@@ -102,7 +107,7 @@ void BDispatcher::AnswerBulk(const SRequest& request, SResponse& response)
         return m_handler.Query(ePduGetBulk, static_cast<int>(transaction.Id()), security, BString(),
                                list, errorIndex);
     };
-    BMessageBudget budget(request.maxMessage, request.community.size());
+    BMessageBudget budget = BudgetOf(request);
     response.status =
         AnswerGetBulk(step, request.bindings, request.nonRepeaters, request.maxRepetitions, budget,
                       response.bindings, response.index);

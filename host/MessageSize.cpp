@@ -80,12 +80,14 @@ unsigned long BindingSize(const BVarBind& binding)
     return Wrapped(Wrapped(OidContent(binding.Name())) + Wrapped(ValueContent(binding.Value())));
 }
 
-BMessageBudget::BMessageBudget(unsigned maxMessage, unsigned long communityLength)
+BMessageBudget::BMessageBudget(unsigned maxMessage, unsigned long communityLength, int requestId)
     : m_max(maxMessage), m_used(0)
 {
-    const unsigned long header = 4;    // tag and length of message, PDU and list
-    const unsigned long requestId = 6; // the other three integers are one byte each
-    m_used = 3 * header + requestId + 3 * Wrapped(1) + Wrapped(communityLength);
+    const unsigned long header = 4; // tag and length of message, PDU and list
+    // One that came as an unsigned number goes back as such, in five bytes.
+    unsigned long id = requestId < 0 ? 5 : IntegerContent(requestId);
+    // The other three integers are one byte each.
+    m_used = 3 * header + Wrapped(id) + 3 * Wrapped(1) + Wrapped(communityLength);
 }
 
 bool BMessageBudget::Take(const BVarBind& binding)

@@ -12,8 +12,8 @@ unsigned long BindingSize(const BVarBind& binding);
 class BMessageBudget {
 public:
     // The frame around the bindings is counted at its largest: below 64 KiB
-    // every length takes at most three bytes.
-    BMessageBudget(unsigned maxMessage, unsigned long communityLength);
+    // every length takes at most three bytes, and above 255 no less.
+    BMessageBudget(unsigned maxMessage, unsigned long communityLength, int requestId);
     // Takes the binding's bytes; false, and nothing taken, when they do not fit.
     bool Take(const BVarBind& binding);
 

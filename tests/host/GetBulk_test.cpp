@@ -70,7 +70,7 @@ Bulk Ask(Mib& mib, const std::vector<const char*>& names, int nonRepeaters, int 
 {
     Bulk bulk;
     std::vector<BVarBind> answer;
-    BMessageBudget budget(maxMessage, 6);
+    BMessageBudget budget(maxMessage, 6, 1 << 24);
     bulk.status = AnswerGetBulk(mib.Step(), Names(names), nonRepeaters, maxRepetitions, budget,
                                 answer, bulk.index);
     for (const BVarBind& binding : answer) {
@@ -190,7 +190,7 @@ TEST(GetBulk, AFailureBehindAnEndedRepeaterIsNotShifted)
         return static_cast<int>(eSnmpGenErr);
     };
     std::vector<BVarBind> answer;
-    BMessageBudget budget(65507, 6);
+    BMessageBudget budget(65507, 6, 1 << 24);
     int index = 0;
     EXPECT_EQ(AnswerGetBulk(step, Names({"1.3.1", "1.3.2"}), 0, 5, budget, answer, index),
               eSnmpGenErr);

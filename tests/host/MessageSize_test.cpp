@@ -95,12 +95,12 @@ TEST(MessageSize, NamesAreCountedArcByArc)
 TEST(MessageSize, ABudgetTakesWhatFitsAndNothingMore)
 {
     BVarBind binding(BObjectIdentifier(BString("1.3.6.1.2.1.1.1.0")));
-    BMessageBudget roomy(43 + 2 * 14, 6);
+    BMessageBudget roomy(43 + 2 * 14, 6, 1 << 24);
     EXPECT_TRUE(roomy.Take(binding));
-    EXPECT_FALSE(BMessageBudget(20, 6).Take(binding));
+    EXPECT_FALSE(BMessageBudget(20, 6, 1).Take(binding));
 
     int taken = 0;
-    BMessageBudget budget(484, 6);
+    BMessageBudget budget(484, 6, 1 << 24);
     while (budget.Take(binding))
         ++taken;
     std::string list;
@@ -109,4 +109,26 @@ TEST(MessageSize, ABudgetTakesWhatFitsAndNothingMore)
     EXPECT_LE(ber::Message(1, "public", 0xa2, 1, 0, 0, list).size(), 484u + 9u);
     EXPECT_GT(taken, 28);
     EXPECT_FALSE(budget.Take(binding));
+}
+
+TEST(MessageSize, AnAnswerMayFillTheMessageToTheLastByte)
+{
+    const ber::Oid name{1, 3, 6, 1, 2, 1, 1, 1, 0};
+    for (int requestId : {1, 0x80, 0x7fff, 0x800000, 0x7fffffff}) {
+        ber::Bytes id;
+        for (int rest = requestId; rest || id.empty(); rest >>= 8)
+            id.insert(id.begin(), static_cast<char>(rest));
+        if (id[0] & 0x80)
+            id.insert(id.begin(), '\0');
+        BVarBind binding{BObjectIdentifier(BString("1.3.6.1.2.1.1.1.0"))};
+        binding.Value().SetOctets(BOctetString(1000, nullptr));
+        const ber::Bytes byte(1, '\0');
+        ber::Bytes pdu = ber::Tlv(2, id) + ber::Tlv(2, byte) + ber::Tlv(2, byte) +
+                         ber::Tlv(0x30, ber::Binding(name, ber::Tlv(4, ber::Bytes(1000, 'x'))));
+        ber::Bytes message =
+            ber::Tlv(0x30, ber::Tlv(2, byte) + ber::Tlv(4, "public") + ber::Tlv(0xa2, pdu));
+        auto size = static_cast<unsigned>(message.size());
+        EXPECT_TRUE(BMessageBudget(size, 6, requestId).Take(binding)) << requestId;
+        EXPECT_FALSE(BMessageBudget(size - 1, 6, requestId).Take(binding)) << requestId;
+    }
 }
