@@ -81,6 +81,15 @@ public:
             RefuseFor(m_path, m_db);
     }
 
+    // Whether the query's tables and columns exist.
+    bool Has(const char* query)
+    {
+        int result = sqlite3_exec(m_db, query, nullptr, nullptr, nullptr);
+        if (result != SQLITE_OK && result != SQLITE_ERROR)
+            RefuseFor(m_path, m_db);
+        return result == SQLITE_OK;
+    }
+
     // The first column of the first row.
     std::string Ask(const char* sql)
     {
@@ -127,8 +136,8 @@ bool IsNew(const std::string& path, BOpenFile& file)
                          ", known here up to " + std::to_string(BDatabase::kSchemaVersion) + ")");
     if (file.Ask("PRAGMA quick_check") != "ok" || version < 1)
         Refuse(path, "is damaged");
-    if (file.Ask("SELECT count(*) FROM sqlite_master WHERE type = 'table'"
-                 " AND name IN ('record', 'field')") != "2")
+    if (!file.Has("SELECT id, section, key FROM record LIMIT 0") ||
+        !file.Has("SELECT record, number, kind, value, label FROM field LIMIT 0"))
         Refuse(path, "is damaged");
     return false;
 }

@@ -161,6 +161,8 @@ TEST_F(StoreFile, AStoreWithoutItsTablesIsRefused)
     MakeStore();
     Sql(file, "DROP TABLE field");
     ExpectRefusedUntouched("is damaged");
+    Sql(file, "CREATE TABLE field (record, number, kind, value)");
+    ExpectRefusedUntouched("is damaged");
 }
 
 TEST_F(StoreFile, AStoreInUseIsRefused)
