@@ -132,10 +132,10 @@ int BStore::GetString(const char* section, const char* key, BString& value, int 
     });
 }
 
-int BStore::SetString(const char* section, const char* key, const char* value, int field, int)
+int BStore::SetString(const char* section, const char* key, const BString& value, int field, int)
 {
     return Write(section, key, field, eString, nullptr,
-                 [&](BStatement& statement) { statement.Bind(5, value ? value : ""); });
+                 [&](BStatement& statement) { statement.Bind(5, value.data(), value.length()); });
 }
 
 int BStore::GetOctetsAt(const char* section, int position, BOctetString& value, int field)

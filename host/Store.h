@@ -33,7 +33,7 @@ public:
 
     int GetStringAt(const char* section, int position, BString& value, int field) override;
     int GetString(const char* section, const char* key, BString& value, int field) override;
-    int SetString(const char* section, const char* key, const char* value, int field,
+    int SetString(const char* section, const char* key, const BString& value, int field,
                   int flag) override;
     int GetOctetsAt(const char* section, int position, BOctetString& value, int field) override;
     int SetOctets(const char* section, const char* key, const BOctetString& value, int field,

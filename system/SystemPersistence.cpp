@@ -70,11 +70,11 @@ int BMib2System::SaveToNV()
         return 0;
     // Outside the lock: the store may take its time and locks of its own.
     store->OpenSection(kSection);
-    store->SetString(kSection, kDescr, descr.c_str(), 0, 0);
-    store->SetString(kSection, kObjectId, objectId.c_str(), 0, 0);
-    store->SetString(kSection, kLocation, location.c_str(), 0, 0);
-    store->SetString(kSection, kContact, contact.c_str(), 0, 0);
-    store->SetString(kSection, kName, name.c_str(), 0, 0);
+    store->SetString(kSection, kDescr, descr, 0, 0);
+    store->SetString(kSection, kObjectId, objectId, 0, 0);
+    store->SetString(kSection, kLocation, location, 0, 0);
+    store->SetString(kSection, kContact, contact, 0, 0);
+    store->SetString(kSection, kName, name, 0, 0);
     store->SetInt(kSection, kServices, services, nullptr, 0, 0);
     return 0;
 }

@@ -22,6 +22,7 @@ public:
 // The host's non-volatile store: named sections of records. A record is written
 // by its key and read by key or by its position in the section (0 up to the
 // count minus 1); it holds numbered fields, field 0 when it has one value only.
+// A text is its length of characters: a DisplayString may hold a NUL (RFC 2579).
 //
 // A save of a section starts with OpenSection(), which drops the records the
 // section had: it writes those that exist now. RequestUpdate() asks the store to
@@ -38,7 +39,7 @@ public:
     virtual ~INonVolatile();
     virtual int GetStringAt(const char* section, int position, BString& value, int field) = 0;
     virtual int GetString(const char* section, const char* key, BString& value, int field) = 0;
-    virtual int SetString(const char* section, const char* key, const char* value, int field,
+    virtual int SetString(const char* section, const char* key, const BString& value, int field,
                           int flag) = 0;
     virtual int GetOctetsAt(const char* section, int position, BOctetString& value, int field) = 0;
     virtual int SetOctets(const char* section, const char* key, const BOctetString& value,

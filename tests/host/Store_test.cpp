@@ -96,6 +96,22 @@ TEST_F(Store, EmptyValuesComeBackEmpty)
     EXPECT_EQ(oid.Length(), 0u);
 }
 
+TEST_F(Store, ATextWithANulComesBackWhole)
+{
+    const BString text("left\0right", 10);
+    {
+        BStore store(file);
+        EXPECT_EQ(store.SetString("s", "a", text, 0, 0), 0);
+    }
+    BStore store(file);
+    BString byKey;
+    EXPECT_EQ(store.GetString("s", "a", byKey, 0), 0);
+    EXPECT_EQ(byKey, text);
+    BString byPosition;
+    EXPECT_EQ(store.GetStringAt("s", 0, byPosition, 0), 0);
+    EXPECT_EQ(byPosition, text);
+}
+
 TEST_F(Store, WhatIsMissingLeavesTheValueAlone)
 {
     BStore store(file);

@@ -20,15 +20,15 @@ public:
         const auto found = strings.find(Path(section, key));
         if (found == strings.end())
             return 1;
-        value = BString(found->second.c_str());
+        value = BString(found->second.data(), static_cast<unsigned>(found->second.size()));
         return 0;
     }
-    int SetString(const char* section, const char* key, const char* value, int field,
+    int SetString(const char* section, const char* key, const BString& value, int field,
                   int flag) override
     {
         Note("SetString", section, key, field);
         flagsUsed |= flag;
-        strings[Path(section, key)] = value;
+        strings[Path(section, key)] = std::string(value.c_str(), value.length());
         return writeResult;
     }
     int GetOctetsAt(const char*, int, BOctetString&, int) override { return 1; }

@@ -95,6 +95,31 @@ TEST(SystemPersistence, WhatIsSavedLoads)
     EXPECT_EQ(72, second.Services());
 }
 
+TEST(SystemPersistence, ATextWithANulSurvivesSaveAndLoad)
+{
+    FakeStore store;
+    store.saveAtOnce = true;
+    const BString text("left\0right", 10);
+    BMibHandler first(nullptr);
+    first.Init(nullptr, &store);
+    BObjectSyntax value;
+    value.SetOctets(text);
+    BVarBindList list;
+    for (const char* name : {kContactName, "1.3.6.1.2.1.1.5.0", kLocationName})
+        list.Append(MakeOid(name), value);
+    EXPECT_EQ(0, Client(first).Query(ePduSet, list));
+    first.SystemGroup()->SetDescription(text);
+    first.SystemGroup()->SaveToNV();
+
+    BMib2System second;
+    second.SetStore(&store);
+    second.InitFromNV();
+    EXPECT_EQ(text, second.Description());
+    EXPECT_EQ(text, second.Contact());
+    EXPECT_EQ(text, second.Name());
+    EXPECT_EQ(text, second.Location());
+}
+
 TEST(SystemPersistence, TheCallbackSaves)
 {
     FakeStore store;
