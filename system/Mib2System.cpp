@@ -106,6 +106,13 @@ INonVolatile* BMib2System::Store() const
     return m_store;
 }
 
+bool BMib2System::CopyText(const BString& field, BString& text) const
+{
+    const TMutexLock lock(m_lock);
+    text.Assign(field);
+    return text == field;
+}
+
 BString BMib2System::Text(const BString& field) const
 {
     const TMutexLock lock(m_lock);
@@ -124,6 +131,12 @@ BObjectIdentifier BMib2System::ObjectID() const
 {
     const TMutexLock lock(m_lock);
     return m_objectId;
+}
+
+bool BMib2System::CopyObjectID(BObjectIdentifier& oid) const
+{
+    const TMutexLock lock(m_lock);
+    return oid.Set(m_objectId);
 }
 
 int BMib2System::Services() const
@@ -241,9 +254,10 @@ bool BMib2System::CopyORRow(int index, SysOREntry& row) const
 {
     const TMutexLock lock(m_lock);
     const SysOREntry* found = GetORRow(index);
-    if (found)
-        row = *found;
-    return found != nullptr;
+    if (!found)
+        return false;
+    row = *found;
+    return row.id == found->id && row.descr == found->descr;
 }
 
 bool BMib2System::FirstORIndex(int& first) const

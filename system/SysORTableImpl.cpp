@@ -44,9 +44,12 @@ const SConstraintMapEntry* CSysORTableV2::GetConstraintMap() const { return s_so
 
 int CSysORTableV2::FindRow(const BObjectIdentifier& instance, BMib2System::SysOREntry& row) const
 {
-    if (instance.Length() != 1 || !m_system.CopyORRow(static_cast<int>(instance[0]), row))
+    if (instance.Length() != 1)
         return eSnmpNoSuchName;
-    return eSnmpNoError;
+    const int index = static_cast<int>(instance[0]);
+    if (m_system.CopyORRow(index, row))
+        return eSnmpNoError;
+    return m_system.GetORRow(index) ? eSnmpGenErr : eSnmpNoSuchName;
 }
 
 int CSysORTableV2::OnGet_SysORID(const BObjectIdentifier& instance, unsigned,

@@ -75,14 +75,12 @@ const SConstraintMapEntry* CSystem::GetConstraintMap() const { return s_sonstrai
 
 int CSystem::OnGet_SysDescr(unsigned, BString& value)
 {
-    value = m_system.Description();
-    return eSnmpNoError;
+    return GetText(&BMib2System::m_description, value);
 }
 
 int CSystem::OnGet_SysObjectID(unsigned, BObjectIdentifier& value)
 {
-    value = m_system.ObjectID();
-    return eSnmpNoError;
+    return m_system.CopyObjectID(value) ? eSnmpNoError : eSnmpGenErr;
 }
 
 // CONTRACT: the uptime of the host, where sysORLastChange and sysORUpTime are
@@ -95,20 +93,17 @@ int CSystem::OnGet_SysUpTime(unsigned, unsigned& value)
 
 int CSystem::OnGet_SysContact(unsigned, BString& value)
 {
-    value = m_system.Contact();
-    return eSnmpNoError;
+    return GetText(&BMib2System::m_contact, value);
 }
 
 int CSystem::OnGet_SysName(unsigned, BString& value)
 {
-    value = m_system.Name();
-    return eSnmpNoError;
+    return GetText(&BMib2System::m_name, value);
 }
 
 int CSystem::OnGet_SysLocation(unsigned, BString& value)
 {
-    value = m_system.Location();
-    return eSnmpNoError;
+    return GetText(&BMib2System::m_location, value);
 }
 
 int CSystem::OnGet_SysServices(unsigned, int& value)
@@ -119,31 +114,35 @@ int CSystem::OnGet_SysServices(unsigned, int& value)
 
 int CSystem::OnSet_SysContact(ESnmpSetOpCode op, unsigned, const BString& value, void** slot)
 {
-    return SetText(&BMib2System::Contact, &BMib2System::SetContact, op, value, slot);
+    return SetText(&BMib2System::m_contact, op, value, slot);
 }
 
 int CSystem::OnSet_SysName(ESnmpSetOpCode op, unsigned, const BString& value, void** slot)
 {
-    return SetText(&BMib2System::Name, &BMib2System::SetName, op, value, slot);
+    return SetText(&BMib2System::m_name, op, value, slot);
 }
 
 int CSystem::OnSet_SysLocation(ESnmpSetOpCode op, unsigned, const BString& value, void** slot)
 {
-    return SetText(&BMib2System::Location, &BMib2System::SetLocation, op, value, slot);
+    return SetText(&BMib2System::m_location, op, value, slot);
+}
+
+int CSystem::GetText(FTextField field, BString& value) const
+{
+    return m_system.CopyText(m_system.*field, value) ? eSnmpNoError : eSnmpGenErr;
 }
 
 // The slot keeps the text as it was before the SET.
-int CSystem::SetText(FGetText get, FSetText set, ESnmpSetOpCode op, const BString& value,
-                     void** slot)
+int CSystem::SetText(FTextField field, ESnmpSetOpCode op, const BString& value, void** slot)
 {
     BString* const before = slot ? static_cast<BString*>(*slot) : nullptr;
     switch (op) {
     case eSetTest:
-        return slot ? KeepText((m_system.*get)(), slot) : int(eSnmpResourceUnavailable);
+        return slot ? KeepText(field, slot) : int(eSnmpResourceUnavailable);
     case eSetCommit:
-        return ChangeText(set, value) ? eSnmpNoError : eSnmpCommitFailed;
+        return ChangeText(field, value) ? eSnmpNoError : eSnmpCommitFailed;
     case eSetUndo:
-        return !before || ChangeText(set, *before) ? eSnmpNoError : eSnmpUndoFailed;
+        return !before || ChangeText(field, *before) ? eSnmpNoError : eSnmpUndoFailed;
     case eSetCleanup:
         delete before;
         if (slot)
@@ -154,10 +153,10 @@ int CSystem::SetText(FGetText get, FSetText set, ESnmpSetOpCode op, const BStrin
     }
 }
 
-int CSystem::KeepText(const BString& text, void** slot)
+int CSystem::KeepText(FTextField field, void** slot) const
 {
-    BString* const copy = new (std::nothrow) BString(text);
-    if (!copy || *copy != text) {
+    BString* const copy = new (std::nothrow) BString;
+    if (!copy || !m_system.CopyText(m_system.*field, *copy)) {
         delete copy;
         return eSnmpResourceUnavailable;
     }
@@ -166,9 +165,9 @@ int CSystem::KeepText(const BString& text, void** slot)
 }
 
 // Puts the text into the record and asks the store to save it.
-bool CSystem::ChangeText(FSetText set, const BString& text)
+bool CSystem::ChangeText(FTextField field, const BString& text)
 {
-    if (!(m_system.*set)(text))
+    if (!m_system.SetText(m_system.*field, text))
         return false;
     if (INonVolatile* store = m_system.Store())
         store->RequestUpdate(&m_callback);

@@ -135,7 +135,7 @@ public:
     // The first row above `index`, which need not exist; null when it is negative.
     SysOREntry* GetNextORRow(int index) const;
     int GetNumORRows() const;
-    // The row as it was at one moment, false when there is none.
+    // The row as it was at one moment, false when there is none or no memory.
     bool CopyORRow(int index, SysOREntry& row) const;
     // The index of the first row, of the first row above `index`.
     bool FirstORIndex(int& first) const;
@@ -143,9 +143,13 @@ public:
 
 private:
     friend struct SLayoutCheck;
-    bool SetText(BString& field, const BString& text);
-    BString Text(const BString& field) const;
-    void Remove(SysOREntry* row);
+    friend class CSystem;
+    VKMIBH_LOCAL bool SetText(BString& field, const BString& text);
+    VKMIBH_LOCAL BString Text(const BString& field) const;
+    // False when there is no memory for the copy.
+    VKMIBH_LOCAL bool CopyText(const BString& field, BString& text) const;
+    VKMIBH_LOCAL bool CopyObjectID(BObjectIdentifier& oid) const;
+    VKMIBH_LOCAL void Remove(SysOREntry* row);
 
     INonVolatile* m_store;
     BTime* m_time;
@@ -216,11 +220,12 @@ protected:
 
 private:
     friend struct SLayoutCheck;
-    using FGetText = BString (BMib2System::*)() const;
-    using FSetText = bool (BMib2System::*)(const BString&);
-    int SetText(FGetText get, FSetText set, ESnmpSetOpCode op, const BString& value, void** slot);
-    static int KeepText(const BString& text, void** slot);
-    bool ChangeText(FSetText set, const BString& text);
+    using FTextField = BString BMib2System::*;
+    VKMIBH_LOCAL int GetText(FTextField field, BString& value) const;
+    VKMIBH_LOCAL int SetText(FTextField field, ESnmpSetOpCode op, const BString& value,
+                             void** slot);
+    VKMIBH_LOCAL int KeepText(FTextField field, void** slot) const;
+    VKMIBH_LOCAL bool ChangeText(FTextField field, const BString& text);
 
     BMib2System& m_system;
     NVCallback m_callback;
@@ -274,7 +279,7 @@ public:
 
 private:
     friend struct SLayoutCheck;
-    int FindRow(const BObjectIdentifier& instance, BMib2System::SysOREntry& row) const;
+    VKMIBH_LOCAL int FindRow(const BObjectIdentifier& instance, BMib2System::SysOREntry& row) const;
 
     BMib2System& m_system;
 };

@@ -169,6 +169,47 @@ TEST_F(OutOfMemory, APhaseOfTheSystemGroupHappensOrDoesNot)
     EXPECT_EQ(nullptr, slot);
 }
 
+TEST_F(OutOfMemory, TheSystemGroupAnswersRightOrNotAtAll)
+{
+    handler.Init(nullptr, nullptr);
+    for (const char* name :
+         {"1.3.6.1.2.1.1.1.0", "1.3.6.1.2.1.1.2.0", "1.3.6.1.2.1.1.4.0", "1.3.6.1.2.1.1.5.0",
+          "1.3.6.1.2.1.1.6.0", "1.3.6.1.2.1.1.9.2.3", "1.3.6.1.2.1.1.9.3.3"}) {
+        BVarBindList sent;
+        sent.Append(MakeOid(name));
+        BVarBindList right = sent;
+        ASSERT_EQ(0, Query(ePduGet, right));
+        VLKTest::SweepAllocations([&] { return BVarBindList(sent); },
+                                  [&](BVarBindList& list) { return Query(ePduGet, list); },
+                                  [&](BVarBindList& list, int status) {
+                                      EXPECT_TRUE(status == eSnmpNoError || status == eSnmpGenErr)
+                                          << status;
+                                      const BVarBind& expected = status ? sent[0] : right[0];
+                                      EXPECT_STREQ(expected.Value().ValToStr().c_str(),
+                                                   list[0].Value().ValToStr().c_str())
+                                          << name;
+                                  });
+    }
+}
+
+TEST_F(OutOfMemory, TheTextKeptForUndoIsTheWholeOne)
+{
+    BMib2System system;
+    CSystem group(system);
+    VLKTest::SweepAllocations(
+        [] { return static_cast<void*>(nullptr); },
+        [&](void*& slot) { return group.OnSet_SysContact(eSetTest, 1, BString(), &slot); },
+        [&](void*& slot, int status) {
+            if (status == eSnmpNoError) {
+                EXPECT_STREQ("Mr. Qwin", static_cast<BString*>(slot)->c_str());
+            } else {
+                EXPECT_EQ(13, status);
+                EXPECT_EQ(nullptr, slot);
+            }
+            group.OnSet_SysContact(eSetCleanup, 1, BString(), &slot);
+        });
+}
+
 TEST_F(OutOfMemory, SysORRowsAreAddedWholeOrNotAtAll)
 {
     const BObjectIdentifier id = MakeOid("1.3.6.1.4.1.32473.9.9.9.9.9.9.9.9.9.9.9.9");
