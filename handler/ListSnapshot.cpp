@@ -78,6 +78,7 @@ void ListSnapshot::Restore(BVarBindList& list) const
     while (list.Count() < m_count && list.Append(BVarBind())) {
     }
     const unsigned* in = m_words;
+    // Shorter when there was no memory to lengthen it again.
     for (unsigned i = 0; i < list.Count(); ++i) {
         BVarBind& binding = list[static_cast<int>(i)];
         const unsigned length = *in++;

@@ -25,6 +25,24 @@ void RegisterSystemImpl(BMibTree& tree, BMibImpl* impl)
         impl->ResolveConstraints();
 }
 
+// A module that throws while its constraints are resolved is not left in the
+// tree, since its caller takes it for refused.
+bool RegisterResolved(BMibTree& tree, BMibSubtreeHandler* handler)
+{
+    if (!tree.Register(handler))
+        return false;
+    BMibImpl* const impl = AsImplementation(handler);
+    const bool resolved = !impl || HostCall(
+                                       [&] {
+                                           impl->ResolveConstraints();
+                                           return true;
+                                       },
+                                       false);
+    if (!resolved)
+        tree.Unregister(handler);
+    return resolved;
+}
+
 bool RegisterImplementations(BMibTree& tree, BMibImplGroup& group)
 {
     for (int i = 0; i < group.GetNumImpls(); ++i) {
@@ -71,15 +89,7 @@ bool BMibHandler::RegisterSubtreeHandler(BMibSubtreeHandler* handler)
     const TWriteLock writer(m_registrationLock);
     if (!writer.Granted())
         return false;
-    return HostCall(
-        [&] {
-            if (!m_tree->Register(handler))
-                return false;
-            if (BMibImpl* impl = AsImplementation(handler))
-                impl->ResolveConstraints();
-            return true;
-        },
-        false);
+    return RegisterResolved(*m_tree, handler);
 }
 
 int BMibHandler::UnregisterSubtreeHandler(BMibSubtreeHandler* handler)

@@ -88,7 +88,9 @@ public:
 //            and must outlive it. A store must not call the system group's
 //            callback after that.
 // Threads:   requests may run side by side. Registration waits until the running
-//            calls into modules have returned; from inside one it is refused.
+//            calls into modules have returned; from inside one it is refused,
+//            and in a timer's callback it must not be tried: it may wait there
+//            for a request that waits for the timer.
 //            SETs run one at a time while g_bSerializeSet is true; a SET must
 //            then not be started from inside a GET or GETNEXT.
 //            Construction, Init() and RegisterSystemGroup() take no lock and
@@ -147,7 +149,8 @@ public:
     // conventions. One whose place is taken is skipped; a null one ends the call
     // with 0, and those before it stay.
     bool RegisterGroup(BMibImplGroup* group) override;
-    // Cancels the handler's timers too. After it no request is inside the handler.
+    // Cancels the handler's timers too, also when it is refused. After it no
+    // request is inside the handler.
     int UnregisterSubtreeHandler(BMibSubtreeHandler* handler) override;
     // 1 only when every implementation was there.
     bool UnregisterGroup(BMibImplGroup* group) override;

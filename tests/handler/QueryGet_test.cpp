@@ -253,6 +253,36 @@ TEST_F(QueryGet, AListThatAHandlerCutShortComesBackWhole)
     handler.UnregisterSubtreeHandler(&cutter);
 }
 
+TEST_F(QueryGet, AListThatAHandlerLengthenedComesBackAsItWas)
+{
+    class Lengthener : public ListHandler {
+    public:
+        using ListHandler::ListHandler;
+        int Get(unsigned, BVarBindList& list, int&, int) override
+        {
+            for (unsigned i = 0; i < 2 * BVarBindList::s_growBy; ++i)
+                list.Append(MakeOid("1.3.7.1"));
+            return 5;
+        }
+    };
+    Lengthener lengthener("1.3.9");
+    handler.RegisterSubtreeHandler(&lengthener);
+    for (bool withValue : {false, true}) {
+        BVarBindList sent = RestorableList(withValue);
+        sent.Append(MakeOid("1.3.9.1"));
+        BVarBindList list = sent;
+        Client client(handler);
+        EXPECT_EQ(5, client.Query(ePduGet, list));
+        EXPECT_EQ(4, client.errorIndex);
+        ASSERT_EQ(4u, list.Count());
+        for (int i = 0; i < 4; ++i) {
+            EXPECT_EQ(sent[i].Name(), list[i].Name());
+            EXPECT_EQ(sent[i].Value().Syntax(), list[i].Value().Syntax());
+        }
+    }
+    handler.UnregisterSubtreeHandler(&lengthener);
+}
+
 TEST_F(QueryGet, OtherFailuresLeaveTheListPartlyFilled)
 {
     b.onGet = [](BVarBind& binding) {

@@ -200,6 +200,26 @@ TEST(Registration, AThrowingGroupIsRefusedAndLeavesNoLock)
     EXPECT_TRUE(handler.UnregisterGroup(&group));
 }
 
+TEST(Registration, AModuleThatThrowsIsRefusedAndNotLeftBehind)
+{
+    class Thrower : public RangedScalar {
+    public:
+        using RangedScalar::RangedScalar;
+        const SConstraintMapEntry* GetConstraintMap() const override
+        {
+            throw std::runtime_error("constraints");
+        }
+    };
+    BMibTree tree;
+    BMibHandler handler(&tree, nullptr);
+    Thrower thrower("1.3.5.1");
+    EXPECT_FALSE(handler.RegisterSubtreeHandler(&thrower));
+    EXPECT_EQ(nullptr, tree.FindSubtreeHandlerNode(MakeOid("1.3.5.1.0")));
+    ListHandler other("1.3.5.1");
+    EXPECT_TRUE(handler.RegisterSubtreeHandler(&other));
+    EXPECT_EQ(1, handler.UnregisterSubtreeHandler(&other));
+}
+
 TEST(Registration, FromInsideARequestItIsRefused)
 {
     BMibHandler handler(nullptr);

@@ -226,6 +226,21 @@ TEST_F(SetRecorder, FailedCommitOfTheSecondOfThreeRunsUndoesTwoAndCleansThree)
         log);
 }
 
+TEST_F(SetRecorder, AFailedCleanupReplacesAFailedUndo)
+{
+    recorders['A']->failAt = {{eSetUndo, 0}};
+    recorders['A']->failWith = 15;
+    recorders['B']->failAt = {{eSetCommit, 1}, {eSetCleanup, 1}};
+    EXPECT_EQ(14, Set("ABC"));
+    EXPECT_EQ(2, errorIndex);
+    EXPECT_EQ((SetLog{"A test 0+1", "B test 1+1", "C test 2+1", "A commit 0+1", "B commit 1+1",
+                      "A undo 0+1", "A cleanup 0+1", "B cleanup 1+1"}),
+              log);
+    recorders['B']->failAt = {{eSetCommit, 1}};
+    EXPECT_EQ(15, Set("ABC"));
+    EXPECT_EQ(0, errorIndex) << "a failed undo points at no binding";
+}
+
 TEST_F(SetRecorder, AForeignInstanceAHandlerClaimsJoinsItsRun)
 {
     recorders['A']->alsoHandles = {OidOf('B') + ".1", "1.9.9"};
