@@ -186,10 +186,11 @@ int TThread::Start(unsigned stackSize, unsigned flags)
 {
     if (!m_state || (flags & ~unsigned(eThreadInheritSignals)))
         return 0;
-    m_state->Reap();
     PthreadLock lock(m_state->mutex);
     if (m_state->running)
         return 0;
+    // The last run has told its end under this mutex and takes it no more.
+    m_state->Reap();
     ResetMembers();
     if (m_state->Launch(stackSize, flags))
         return 1;
