@@ -5,21 +5,19 @@
 #include <new>
 
 #include "foundation/Bytewise.h"
+#include "foundation/Immortal.h"
 
 namespace VLK {
 
 namespace {
 
-// Stands in for the value of another tag; constant-initialised, never destroyed.
+// Stands in for the value of another tag.
 template <class Value>
-union UEmptyValue {
-    constexpr UEmptyValue() noexcept : value() {}
-    ~UEmptyValue() {}
-    Value value;
-};
-
-const UEmptyValue<BOctetString> s_noOctets;
-const UEmptyValue<BObjectIdentifier> s_noObjectId;
+const Value& EmptyValue()
+{
+    static Immortal<Value> s_empty;
+    return s_empty.Get();
+}
 
 inline bool HoldsOctets(unsigned char syntax)
 {
@@ -255,12 +253,12 @@ BIpAddress BObjectSyntax::IpAddress() const
 
 const BOctetString& BObjectSyntax::Octets() const
 {
-    return HoldsOctets(m_syntax) ? m_value.octets : s_noOctets.value;
+    return HoldsOctets(m_syntax) ? m_value.octets : EmptyValue<BOctetString>();
 }
 
 const BObjectIdentifier& BObjectSyntax::ObjectId() const
 {
-    return m_syntax == eAsnObjectId ? m_value.objectId : s_noObjectId.value;
+    return m_syntax == eAsnObjectId ? m_value.objectId : EmptyValue<BObjectIdentifier>();
 }
 
 } // namespace VLK
