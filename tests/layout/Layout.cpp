@@ -263,4 +263,17 @@ void SLayoutCheck::System()
     static_assert(!k32 || sizeof(BMib2System::SysOREntry) == 32);
 }
 
+// What hangs in lists and maps by its address is not copied.
+template <class... T>
+constexpr bool kStaysInPlace = ((!std::is_copy_constructible_v<T> &&
+                                 !std::is_copy_assignable_v<T> &&
+                                 !std::is_move_constructible_v<T>)&&...);
+
+static_assert(
+    kStaysInPlace<BMibTree, BMibNode, BMibSubtreeHandler, BMibImpl, BMibImplGroup, BMibInfo>);
+static_assert(
+    kStaysInPlace<BMibHandler, BMib2System, BTransactions, BTransactionIdGenerator, BTimer>);
+static_assert(kStaysInPlace<BMapInt2Ptr, BMapStr2Ptr, BMapOid2Ptr, BPtrArray, BLinkList>);
+static_assert(kStaysInPlace<TMutex, TEvent, TSWMRSynch, TThread>);
+
 } // namespace VLK
