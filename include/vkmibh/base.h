@@ -220,7 +220,8 @@ public:
 };
 
 // The registry of the singletons. Destroys what is left when the process ends
-// or the library is unloaded; a forked child leaves its parent's alone.
+// or the library is unloaded. A forked child destroys none by itself at its end,
+// neither its parent's nor its own: it calls DestroyAll() for these.
 //
 // Ownership: calls Destroy() on what is registered, each once.
 // Threads:   any; Destroy() is called without the registry's lock.

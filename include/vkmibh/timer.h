@@ -59,7 +59,9 @@ struct BTimeInterval {
 //
 // Ownership: stays with its maker, who unsubscribes it before it goes.
 // Threads:   called on the timer's thread with the timer's lock held: keep it
-//            short. It may subscribe and unsubscribe anything, itself included.
+//            short. It may subscribe and unsubscribe anything, itself included,
+//            but not register handlers nor issue a request: those take locks
+//            that come before the timer's.
 // Errors:    an exception is dropped; the tick goes on.
 // Contract:  the virtuals keep this order.
 class VKMIBH_API ITimeSubscriber {
@@ -85,7 +87,9 @@ public:
 //            for a callback that runs, and none comes after it. Whoever takes
 //            a lock of its own in OnTimeout() must not hold it when it calls
 //            the timer, unless it took Mutex() first. Not to be destroyed from
-//            a callback, nor by a thread that holds Mutex().
+//            a callback, nor by a thread that holds Mutex() or a lock that a
+//            callback takes: it waits for the callback that runs. A forked
+//            child has no ticking thread: fork before the first use.
 // Errors:    Subscribe: the id, or 0 = refused. Unsubscribe: true = there was one.
 // Contract:  fields and virtuals keep this order; ids rise from 1 through the
 //            whole process and are never 0.
