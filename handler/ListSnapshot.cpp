@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace VLK {
 
@@ -67,10 +68,10 @@ void ListSnapshot::Pack(const BVarBindList& list, unsigned words)
     }
 }
 
-void ListSnapshot::Restore(BVarBindList& list) const
+void ListSnapshot::Restore(BVarBindList& list)
 {
     if (!m_packed) {
-        list.Assign(m_full);
+        list = std::move(m_full);
         return;
     }
     while (list.Count() > m_count && list.Remove(static_cast<int>(list.Count()) - 1)) {

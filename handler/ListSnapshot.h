@@ -17,7 +17,8 @@ public:
 
     // False: there was no memory to keep the list.
     bool IsValid() const { return m_valid; }
-    void Restore(BVarBindList& list) const;
+    // Once only: the copy goes into the list, without memory for another.
+    void Restore(BVarBindList& list);
 
 private:
     static constexpr unsigned kInlineArcs = 128;

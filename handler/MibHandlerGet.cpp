@@ -58,7 +58,7 @@ int BMibHandler::QueryGet(unsigned int transactionId, const BSecurityParams& sec
     VKDbgModuleTraceClass(eTraceMibHandler, "QueryGet");
     if (!m_tree)
         return eSnmpGenErr;
-    const ListSnapshot asReceived(list);
+    ListSnapshot asReceived(list);
     if (!asReceived.IsValid())
         return eSnmpGenErr;
     int status =

@@ -145,10 +145,9 @@ int BMibHandler::ResolveGetNext(unsigned int transactionId, bool isV1,
         if (other.status != eSnmpNoError || other.node)
             next = &other;
     }
-    const int status = Choose(binding, best, next);
-    return status == eSnmpNoError && isV1 && binding.Value().Syntax() == eEndOfMibView
-               ? int(eSnmpNoSuchName)
-               : status;
+    // A candidate is an instance, so that nothing is left to say of the end of
+    // the view here; QueryGetNext() does for SNMPv1.
+    return Choose(binding, best, next);
 }
 
 // No region from the start onward holds a successor: what remains are the

@@ -96,6 +96,25 @@ TEST_F(OutOfMemory, AGetThatCannotKeepItsListIsAGeneralError)
     }
 }
 
+TEST_F(OutOfMemory, AFailedGetGivesItsListBackWhole)
+{
+    module.status = eSnmpGenErr;
+    for (bool withValues : {false, true}) {
+        const BVarBindList sent = LongList(20, withValues);
+        VLKTest::SweepAllocations([&] { return BVarBindList(sent); },
+                                  [&](BVarBindList& list) { return Query(ePduGet, list); },
+                                  [&](BVarBindList& list, int status) {
+                                      EXPECT_EQ(5, status);
+                                      ASSERT_EQ(20u, list.Count());
+                                      for (int i = 0; i < 20; ++i) {
+                                          EXPECT_EQ(sent[i].Name(), list[i].Name());
+                                          EXPECT_STREQ(sent[i].Value().ValToStr().c_str(),
+                                                       list[i].Value().ValToStr().c_str());
+                                      }
+                                  });
+    }
+}
+
 TEST_F(OutOfMemory, AShortGetNeedsNoMemory)
 {
     BVarBindList list = LongList(3, false);

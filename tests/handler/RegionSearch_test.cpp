@@ -124,14 +124,16 @@ TEST_F(RegionSearch, EverySignOfAnEmptyRegionLeadsToTheNext)
     Register(second);
     EXPECT_EQ(0, Ask("1.3.5"));
     EXPECT_EQ("1.3.7.1", Answer()) << "status 2";
-    for (ESnmpException sign : {eNoSuchObject, eNoSuchInstance, eEndOfMibView}) {
-        first.onGetNext = [sign](BVarBind& asked) {
-            asked.Value().SetV2Exception(sign);
-            return 0;
-        };
-        EXPECT_EQ(0, Ask("1.3.5"));
-        EXPECT_EQ("1.3.7.1", Answer()) << sign;
-    }
+    for (ESnmpException sign : {eNoSuchObject, eNoSuchInstance, eEndOfMibView})
+        for (const char* movedTo : {"1.3.5", "1.3.5.9"}) {
+            first.onGetNext = [=](BVarBind& asked) {
+                asked.Set(MakeOid(movedTo));
+                asked.Value().SetV2Exception(sign);
+                return 0;
+            };
+            EXPECT_EQ(0, Ask("1.3.5"));
+            EXPECT_EQ("1.3.7.1", Answer()) << sign << ", at " << movedTo;
+        }
     first.onGetNext = [](BVarBind& asked) {
         asked.Set(MakeOid("1.3.6"));
         asked.Value().SetInt(6);
