@@ -1,8 +1,6 @@
 // The values of the system group and the sysOR rows, under one lock.
 #include <vkmibh/system.h>
 
-#include "foundation/Immortal.h"
-
 #include <climits>
 #include <new>
 #include <utility>
@@ -19,24 +17,17 @@ namespace {
 constexpr int kKnownServices = 0x4F;
 constexpr int kDefaultServices = 7;
 
-constexpr unsigned kEnterpriseOid[] = {1, 3, 6, 1, 4, 1, VKMIBH_ENTERPRISE};
-
 } // namespace
 
 INVCallback::~INVCallback() = default;
 
 INonVolatile::~INonVolatile() = default;
 
-const BObjectIdentifier& BMib2System::s_oidVelkoran()
-{
-    static Immortal<BObjectIdentifier> s_oid(
-        unsigned(sizeof(kEnterpriseOid) / sizeof(kEnterpriseOid[0])), kEnterpriseOid);
-    return s_oid.Get();
-}
+const unsigned BMib2System::s_oidVelkoran[s_lenOidVelkoran] = {1, 3, 6, 1, 4, 1, VKMIBH_ENTERPRISE};
 
 BMib2System::BMib2System()
     : m_store(nullptr), m_time(nullptr), m_description("Velkoran agent"),
-      m_objectId(s_oidVelkoran()), m_contact("Mr. Qwin"), m_name("MIB handler"),
+      m_objectId(s_lenOidVelkoran, s_oidVelkoran), m_contact("Mr. Qwin"), m_name("MIB handler"),
       m_location("Keswold"), m_services(kDefaultServices), m_orLastChange(0), m_lock(true)
 {
 }
@@ -59,20 +50,26 @@ void BMib2System::SetTime(BTime* time)
     m_time = time;
 }
 
-bool BMib2System::SetText(BString& field, const BString& text)
+bool BMib2System::SetText(FField field, const BString& text)
 {
     const TMutexLock lock(m_lock);
-    field.Assign(text);
-    return field == text;
+    (this->*field).Assign(text);
+    return this->*field == text;
 }
 
-bool BMib2System::SetDescription(const BString& text) { return SetText(m_description, text); }
+bool BMib2System::SetDescription(const BString& text)
+{
+    return SetText(&BMib2System::m_description, text);
+}
 
-bool BMib2System::SetContact(const BString& text) { return SetText(m_contact, text); }
+bool BMib2System::SetContact(const BString& text) { return SetText(&BMib2System::m_contact, text); }
 
-bool BMib2System::SetName(const BString& text) { return SetText(m_name, text); }
+bool BMib2System::SetName(const BString& text) { return SetText(&BMib2System::m_name, text); }
 
-bool BMib2System::SetLocation(const BString& text) { return SetText(m_location, text); }
+bool BMib2System::SetLocation(const BString& text)
+{
+    return SetText(&BMib2System::m_location, text);
+}
 
 bool BMib2System::SetObjectID(const BObjectIdentifier& oid)
 {
@@ -106,26 +103,26 @@ INonVolatile* BMib2System::Store() const
     return m_store;
 }
 
-bool BMib2System::CopyText(const BString& field, BString& text) const
+bool BMib2System::CopyText(FField field, BString& text) const
 {
     const TMutexLock lock(m_lock);
-    text.Assign(field);
-    return text == field;
+    text.Assign(this->*field);
+    return text == this->*field;
 }
 
-BString BMib2System::Text(const BString& field) const
+BString BMib2System::Text(FField field) const
 {
     const TMutexLock lock(m_lock);
-    return field;
+    return this->*field;
 }
 
-BString BMib2System::Description() const { return Text(m_description); }
+BString BMib2System::Description() const { return Text(&BMib2System::m_description); }
 
-BString BMib2System::Contact() const { return Text(m_contact); }
+BString BMib2System::Contact() const { return Text(&BMib2System::m_contact); }
 
-BString BMib2System::Name() const { return Text(m_name); }
+BString BMib2System::Name() const { return Text(&BMib2System::m_name); }
 
-BString BMib2System::Location() const { return Text(m_location); }
+BString BMib2System::Location() const { return Text(&BMib2System::m_location); }
 
 BObjectIdentifier BMib2System::ObjectID() const
 {

@@ -129,7 +129,7 @@ int CSystem::OnSet_SysLocation(ESnmpSetOpCode op, unsigned, const BString& value
 
 int CSystem::GetText(FTextField field, BString& value) const
 {
-    return m_system.CopyText(m_system.*field, value) ? eSnmpNoError : eSnmpGenErr;
+    return m_system.CopyText(field, value) ? eSnmpNoError : eSnmpGenErr;
 }
 
 // The slot keeps the text as it was before the SET.
@@ -156,7 +156,7 @@ int CSystem::SetText(FTextField field, ESnmpSetOpCode op, const BString& value, 
 int CSystem::KeepText(FTextField field, void** slot) const
 {
     BString* const copy = new (std::nothrow) BString;
-    if (!copy || !m_system.CopyText(m_system.*field, *copy)) {
+    if (!copy || !m_system.CopyText(field, *copy)) {
         delete copy;
         return eSnmpResourceUnavailable;
     }
@@ -167,7 +167,7 @@ int CSystem::KeepText(FTextField field, void** slot) const
 // Puts the text into the record and asks the store to save it.
 bool CSystem::ChangeText(FTextField field, const BString& text)
 {
-    if (!m_system.SetText(m_system.*field, text))
+    if (!m_system.SetText(field, text))
         return false;
     if (INonVolatile* store = m_system.Store())
         store->RequestUpdate(&m_callback);

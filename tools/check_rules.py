@@ -17,7 +17,7 @@ MAX_SOURCE = 600
 # (what a line must not match, why); in code and scripts alike.
 FORBIDDEN = [
     (re.compile(r"\|\|\s*(true\b|:\s*$)"), "a check that cannot fail"),
-    (re.compile(r"\b(TO[D]O|FIX[M]E|XX[X])\b"), "unfinished: write an issue or do it"),
+    (re.compile(r"\b(TO[D]O|FIX[M]E|XX[X])\b"), "unfinished: finish it"),
     (re.compile(r"\bGTEST_SKI[P]\b|\bDISABLE[D]_\w"), "a test that does not run"),
     (re.compile(r"\s+$"), "white space at the end of the line"),
 ]

@@ -78,7 +78,8 @@ public:
 class VKMIBH_API BMib2System {
 public:
     // The maker's enterprise number under 1.3.6.1.4.1, the default sysObjectID.
-    static const BObjectIdentifier& s_oidVelkoran();
+    static constexpr unsigned s_lenOidVelkoran = 7;
+    static const unsigned s_oidVelkoran[s_lenOidVelkoran];
 
     // upTime is in hundredths of a second of the agent's clock.
     struct SysOREntry {
@@ -144,23 +145,24 @@ public:
 private:
     friend struct SLayoutCheck;
     friend class CSystem;
-    VKMIBH_LOCAL bool SetText(BString& field, const BString& text);
-    VKMIBH_LOCAL BString Text(const BString& field) const;
+    using FField = BString BMib2System::*;
+    VKMIBH_LOCAL bool SetText(FField field, const BString& text);
+    VKMIBH_LOCAL BString Text(FField field) const;
     // False when there is no memory for the copy.
-    VKMIBH_LOCAL bool CopyText(const BString& field, BString& text) const;
+    VKMIBH_LOCAL bool CopyText(FField field, BString& text) const;
     VKMIBH_LOCAL bool CopyObjectID(BObjectIdentifier& oid) const;
-    VKMIBH_LOCAL void Remove(SysOREntry* row);
+    VKMIBH_LOCAL void Remove(SysOREntry* row) VKMIBH_TSA(requires_capability(m_lock));
 
-    INonVolatile* m_store;
-    BTime* m_time;
-    BString m_description;
-    BObjectIdentifier m_objectId;
-    BString m_contact;
-    BString m_name;
-    BString m_location;
-    int m_services;
-    unsigned m_orLastChange;
-    BMapInt2Ptr m_orRows;
+    INonVolatile* m_store VKMIBH_TSA(guarded_by(m_lock));
+    BTime* m_time VKMIBH_TSA(guarded_by(m_lock));
+    BString m_description VKMIBH_TSA(guarded_by(m_lock));
+    BObjectIdentifier m_objectId VKMIBH_TSA(guarded_by(m_lock));
+    BString m_contact VKMIBH_TSA(guarded_by(m_lock));
+    BString m_name VKMIBH_TSA(guarded_by(m_lock));
+    BString m_location VKMIBH_TSA(guarded_by(m_lock));
+    int m_services VKMIBH_TSA(guarded_by(m_lock));
+    unsigned m_orLastChange VKMIBH_TSA(guarded_by(m_lock));
+    BMapInt2Ptr m_orRows VKMIBH_TSA(guarded_by(m_lock));
     mutable TMutex m_lock;
 };
 

@@ -22,7 +22,8 @@ TEST(Mib2System, StartsWithItsDefaults)
     BMib2System system;
     EXPECT_STREQ("Velkoran agent", system.Description().c_str());
     EXPECT_EQ(MakeOid("1.3.6.1.4.1.32473"), system.ObjectID());
-    EXPECT_EQ(BMib2System::s_oidVelkoran(), system.ObjectID());
+    EXPECT_EQ(BObjectIdentifier(BMib2System::s_lenOidVelkoran, BMib2System::s_oidVelkoran),
+              system.ObjectID());
     EXPECT_STREQ("Mr. Qwin", system.Contact().c_str());
     EXPECT_STREQ("MIB handler", system.Name().c_str());
     EXPECT_STREQ("Keswold", system.Location().c_str());

@@ -35,7 +35,7 @@ public:
     void Remove() { std::remove(m_path); }
 
 private:
-    char m_path[32] = "/tmp/uptime-test-XXXXXX";
+    char m_path[64] = "uptime-test-XXXXXX";
     const char* m_before;
 };
 
@@ -198,7 +198,8 @@ TEST(SystemImpl, AnswersWithTheValuesOfTheGroup)
                              "1.3.6.1.2.1.1.5.0", "1.3.6.1.2.1.1.6.0", "1.3.6.1.2.1.1.7.0",
                              "1.3.6.1.2.1.1.8.0"}));
     EXPECT_TRUE(client.answer[0].Value().Octets() == BString("Velkoran agent"));
-    EXPECT_EQ(BMib2System::s_oidVelkoran(), client.answer[1].Value().ObjectId());
+    EXPECT_EQ(BObjectIdentifier(BMib2System::s_lenOidVelkoran, BMib2System::s_oidVelkoran),
+              client.answer[1].Value().ObjectId());
     EXPECT_TRUE(client.answer[2].Value().Octets() == BString("Mr. Qwin"));
     EXPECT_TRUE(client.answer[3].Value().Octets() == BString("MIB handler"));
     EXPECT_TRUE(client.answer[4].Value().Octets() == BString("Keswold"));
