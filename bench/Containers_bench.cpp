@@ -1,4 +1,6 @@
 // Arrays and maps: look-up and filling, small and large.
+#include "bench/AllocScope.h"
+
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <vkmibh/containers.h>
@@ -36,57 +38,58 @@ void Fill(Map& map, unsigned count)
 }
 
 template <class Map, class Key>
-void BM_MapFind(benchmark::State& state)
+void MapFind(benchmark::State& state)
 {
     const unsigned count = static_cast<unsigned>(state.range(0));
     Map map;
     Fill<Map, Key>(map, count);
     unsigned i = 0;
+    const AllocScope allocs(state);
     for (auto _ : state) {
         benchmark::DoNotOptimize(map.Find(map.KeyAt(static_cast<int>(Scrambled(i, count)))));
         i = i + 1 == count ? 0 : i + 1;
     }
 }
-BENCHMARK_TEMPLATE(BM_MapFind, BMapInt2Ptr, int)->Arg(10)->Arg(10000);
-BENCHMARK_TEMPLATE(BM_MapFind, BMapStr2Ptr, BString)->Arg(10)->Arg(10000);
-BENCHMARK_TEMPLATE(BM_MapFind, BMapOid2Ptr, BObjectIdentifier)->Arg(10)->Arg(10000);
+BENCHMARK_TEMPLATE(MapFind, BMapInt2Ptr, int)->Arg(10)->Arg(10000);
+BENCHMARK_TEMPLATE(MapFind, BMapStr2Ptr, BString)->Arg(10)->Arg(10000);
+BENCHMARK_TEMPLATE(MapFind, BMapOid2Ptr, BObjectIdentifier)->Arg(10)->Arg(10000);
 
 template <class Map, class Key>
-void BM_MapNext(benchmark::State& state)
+void MapNext(benchmark::State& state)
 {
     const unsigned count = static_cast<unsigned>(state.range(0));
     Map map;
     Fill<Map, Key>(map, count);
     unsigned i = 0;
+    const AllocScope allocs(state);
     for (auto _ : state) {
         benchmark::DoNotOptimize(map.Next(map.KeyAt(static_cast<int>(Scrambled(i, count)))));
         i = i + 1 == count ? 0 : i + 1;
     }
 }
-BENCHMARK_TEMPLATE(BM_MapNext, BMapInt2Ptr, int)->Arg(10)->Arg(10000);
-BENCHMARK_TEMPLATE(BM_MapNext, BMapStr2Ptr, BString)->Arg(10)->Arg(10000);
-BENCHMARK_TEMPLATE(BM_MapNext, BMapOid2Ptr, BObjectIdentifier)->Arg(10)->Arg(10000);
+BENCHMARK_TEMPLATE(MapNext, BMapInt2Ptr, int)->Arg(10)->Arg(10000);
+BENCHMARK_TEMPLATE(MapNext, BMapStr2Ptr, BString)->Arg(10)->Arg(10000);
+BENCHMARK_TEMPLATE(MapNext, BMapOid2Ptr, BObjectIdentifier)->Arg(10)->Arg(10000);
 
 template <class Map, class Key>
-void BM_MapFill(benchmark::State& state)
+void MapFill(benchmark::State& state)
 {
+    const AllocScope allocs(state);
     for (auto _ : state) {
         Map map;
         Fill<Map, Key>(map, static_cast<unsigned>(state.range(0)));
         benchmark::DoNotOptimize(map.Count());
     }
 }
-BENCHMARK_TEMPLATE(BM_MapFill, BMapInt2Ptr, int)
-    ->Arg(10)
-    ->Arg(10000)
-    ->Unit(benchmark::kMicrosecond);
-BENCHMARK_TEMPLATE(BM_MapFill, BMapOid2Ptr, BObjectIdentifier)
+BENCHMARK_TEMPLATE(MapFill, BMapInt2Ptr, int)->Arg(10)->Arg(10000)->Unit(benchmark::kMicrosecond);
+BENCHMARK_TEMPLATE(MapFill, BMapOid2Ptr, BObjectIdentifier)
     ->Arg(10)
     ->Arg(10000)
     ->Unit(benchmark::kMicrosecond);
 
-void BM_PtrArrayPush1000(benchmark::State& state)
+void PtrArrayPush1000(benchmark::State& state)
 {
+    const AllocScope allocs(state);
     for (auto _ : state) {
         BPtrArray array;
         for (int i = 0; i < 1000; ++i)
@@ -94,6 +97,6 @@ void BM_PtrArrayPush1000(benchmark::State& state)
         benchmark::DoNotOptimize(array.Count());
     }
 }
-BENCHMARK(BM_PtrArrayPush1000);
+BENCHMARK(PtrArrayPush1000);
 
 } // namespace

@@ -6,26 +6,11 @@
 #include <vector>
 #include <vkmibh/impl.h>
 
-#include "bench/AllocCount.h"
+#include "bench/AllocScope.h"
 
 namespace {
 
 using namespace VLK;
-
-// Reports allocations per iteration of what runs while it lives.
-class AllocsPerOp {
-public:
-    explicit AllocsPerOp(benchmark::State& state) : m_state(state), m_before(AllocCount()) {}
-    ~AllocsPerOp()
-    {
-        m_state.counters["allocs"] = benchmark::Counter(
-            static_cast<double>(AllocCount() - m_before), benchmark::Counter::kAvgIterations);
-    }
-
-private:
-    benchmark::State& m_state;
-    unsigned long long m_before;
-};
 
 const unsigned kRoot[] = {1, 3, 6, 1, 4, 1, 32473, 1};
 
@@ -83,7 +68,7 @@ void AdapterGetNumber(benchmark::State& state)
 {
     CTen impl;
     BObjectSyntax value;
-    const AllocsPerOp allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state)
         benchmark::DoNotOptimize(impl.Get(&CTen::s_map[0], 1, value, nullptr));
 }
@@ -93,7 +78,7 @@ void AdapterGetText(benchmark::State& state)
 {
     CTen impl;
     BObjectSyntax value;
-    const AllocsPerOp allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state)
         benchmark::DoNotOptimize(impl.Get(&CTen::s_map[1], 1, value, nullptr));
 }
@@ -103,7 +88,7 @@ BENCHMARK(AdapterGetText);
 void SetAll(benchmark::State& state, const SRqHndlrMapEntry& entry, const BObjectSyntax& value)
 {
     CTen impl;
-    const AllocsPerOp allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         SSetSlot slot{};
         for (ESnmpSetOpCode op : {eSetTest, eSetCommit, eSetCleanup})
@@ -143,7 +128,7 @@ void ListGetTen(benchmark::State& state)
 {
     CTen impl;
     BVarBindList list = TenBindings();
-    const AllocsPerOp allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         int index = 0;
         benchmark::DoNotOptimize(impl.Get(1, list, index, 10));
@@ -158,7 +143,7 @@ void CopyTen(benchmark::State& state)
     BVarBindList list = TenBindings();
     int index = 0;
     impl.Get(1, list, index, 10);
-    const AllocsPerOp allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         BVarBindList copy(list);
         benchmark::DoNotOptimize(copy);
@@ -204,7 +189,7 @@ void TableGetNextStep(benchmark::State& state)
 {
     CRows table(static_cast<unsigned>(state.range(0)));
     BVarBind binding(Root());
-    const AllocsPerOp allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         table.GetNext(1, binding);
         if (binding.Value().IsException())
@@ -221,7 +206,7 @@ void TableGet(benchmark::State& state)
     name.Append(15000u);
     BVarBindList list;
     list.Append(name);
-    const AllocsPerOp allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         int index = 0;
         benchmark::DoNotOptimize(table.Get(1, list, index, 1));

@@ -2,7 +2,7 @@
 //
 // Each benchmark reports, beside its time, the calls of operator new per
 // operation. The floor of a request is the copy of its bindings alone.
-#include "bench/AllocCount.h"
+#include "bench/AllocScope.h"
 
 #include <vkmibh/handler.h>
 #include <vkmibh/system.h>
@@ -18,24 +18,6 @@ namespace VLK {
 namespace {
 
 BObjectIdentifier MakeOid(const char* dotted) { return BObjectIdentifier(BString(dotted)); }
-
-// Counts the allocations of the measured loop.
-class AllocScope {
-public:
-    explicit AllocScope(benchmark::State& state) : m_state(state), m_before(AllocCount()) {}
-    ~AllocScope()
-    {
-        const double count = static_cast<double>(AllocCount() - m_before);
-        m_state.counters["allocs"] =
-            benchmark::Counter(count / static_cast<double>(m_state.iterations()));
-    }
-    AllocScope(const AllocScope&) = delete;
-    AllocScope& operator=(const AllocScope&) = delete;
-
-private:
-    benchmark::State& m_state;
-    unsigned long long m_before;
-};
 
 // Ten integer scalars, of which the first can be written.
 class Scalars : public BMibScalarGroupImpl {
@@ -168,46 +150,46 @@ void ClearValues(BVarBindList& list)
 }
 
 // What a request costs that does nothing: its bindings are copied.
-void BM_CopyOfBindings(benchmark::State& state)
+void CopyOfBindings(benchmark::State& state)
 {
     const BVarBindList names = ScalarNames(static_cast<int>(state.range(0)));
-    AllocScope allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         BVarBindList list(names);
         benchmark::DoNotOptimize(list);
     }
 }
-BENCHMARK(BM_CopyOfBindings)->Arg(1)->Arg(10);
+BENCHMARK(CopyOfBindings)->Arg(1)->Arg(10);
 
-void BM_GetScalars(benchmark::State& state)
+void GetScalars(benchmark::State& state)
 {
     Agent agent;
     agent.Add(new Scalars(MakeOid("1.3.6.1.4.1.32473.1")));
     BVarBindList list = ScalarNames(static_cast<int>(state.range(0)));
-    AllocScope allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         ClearValues(list);
         if (agent.Query(ePduGet, list) != eSnmpNoError)
             state.SkipWithError("GET failed");
     }
 }
-BENCHMARK(BM_GetScalars)->Arg(1)->Arg(10);
+BENCHMARK(GetScalars)->Arg(1)->Arg(10);
 
-void BM_SetScalar(benchmark::State& state)
+void SetScalar(benchmark::State& state)
 {
     Agent agent;
     agent.Add(new Scalars(MakeOid("1.3.6.1.4.1.32473.1")));
     BVarBindList list = ScalarNames(1);
     list[0].Value().SetInt(5);
-    AllocScope allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         if (agent.Query(ePduSet, list) != eSnmpNoError)
             state.SkipWithError("SET failed");
     }
 }
-BENCHMARK(BM_SetScalar);
+BENCHMARK(SetScalar);
 
-void BM_SetSysContact(benchmark::State& state)
+void SetSysContact(benchmark::State& state)
 {
     Agent agent;
     agent.Handler().Init(nullptr, nullptr);
@@ -215,16 +197,16 @@ void BM_SetSysContact(benchmark::State& state)
     BObjectSyntax text;
     text.SetOctets(BString("someone@example.org"));
     list.Append(MakeOid("1.3.6.1.2.1.1.4.0"), text);
-    AllocScope allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         if (agent.Query(ePduSet, list) != eSnmpNoError)
             state.SkipWithError("SET failed");
     }
 }
-BENCHMARK(BM_SetSysContact);
+BENCHMARK(SetSysContact);
 
 // One step from the middle of a table.
-void BM_GetNextInTable(benchmark::State& state)
+void GetNextInTable(benchmark::State& state)
 {
     const unsigned rows = static_cast<unsigned>(state.range(0));
     Agent agent;
@@ -233,7 +215,7 @@ void BM_GetNextInTable(benchmark::State& state)
     from.Append(7 * (rows / 2) + 1);
     BVarBindList list;
     list.Append(from);
-    AllocScope allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         list[0].Name().Set(from);
         list[0].Value().SetNull();
@@ -241,10 +223,10 @@ void BM_GetNextInTable(benchmark::State& state)
             state.SkipWithError("GETNEXT failed");
     }
 }
-BENCHMARK(BM_GetNextInTable)->Arg(10000);
+BENCHMARK(GetNextInTable)->Arg(10000);
 
 // A whole table, from before its first row to the end of the view.
-void BM_WalkTable(benchmark::State& state)
+void WalkTable(benchmark::State& state)
 {
     const unsigned rows = static_cast<unsigned>(state.range(0));
     Agent agent;
@@ -264,17 +246,17 @@ void BM_WalkTable(benchmark::State& state)
     state.counters["per_step"] = benchmark::Counter(
         static_cast<double>(steps), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
-BENCHMARK(BM_WalkTable)->RangeMultiplier(10)->Range(100, 100000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(WalkTable)->RangeMultiplier(10)->Range(100, 100000)->Unit(benchmark::kMicrosecond);
 
 // The sysORTable lies inside the system group: three regions are asked.
-void BM_GetNextInNestedRegions(benchmark::State& state)
+void GetNextInNestedRegions(benchmark::State& state)
 {
     Agent agent;
     agent.Handler().Init(nullptr, nullptr);
     const BObjectIdentifier from = MakeOid("1.3.6.1.2.1.1.9.3.4");
     BVarBindList list;
     list.Append(from);
-    AllocScope allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         list[0].Name().Set(from);
         list[0].Value().SetNull();
@@ -282,7 +264,7 @@ void BM_GetNextInNestedRegions(benchmark::State& state)
             state.SkipWithError("GETNEXT failed");
     }
 }
-BENCHMARK(BM_GetNextInNestedRegions);
+BENCHMARK(GetNextInNestedRegions);
 
 BObjectIdentifier SiblingOid(unsigned arc)
 {
@@ -291,7 +273,7 @@ BObjectIdentifier SiblingOid(unsigned arc)
     return oid;
 }
 
-void BM_GetAmongSiblings(benchmark::State& state)
+void GetAmongSiblings(benchmark::State& state)
 {
     const unsigned count = static_cast<unsigned>(state.range(0));
     Agent agent;
@@ -302,18 +284,18 @@ void BM_GetAmongSiblings(benchmark::State& state)
     name.Append(0u);
     BVarBindList list;
     list.Append(name);
-    AllocScope allocs(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         ClearValues(list);
         if (agent.Query(ePduGet, list) != eSnmpNoError || list[0].Value().IsException())
             state.SkipWithError("GET failed");
     }
 }
-BENCHMARK(BM_GetAmongSiblings)->Arg(10)->Arg(10000);
+BENCHMARK(GetAmongSiblings)->Arg(10)->Arg(10000);
 
 enum EOrder { eAscending, eDescending, eShuffled };
 
-void BM_RegisterSiblings(benchmark::State& state)
+void RegisterSiblings(benchmark::State& state)
 {
     std::vector<unsigned> arcs;
     for (unsigned i = 1; i <= 10000; ++i)
@@ -336,7 +318,7 @@ void BM_RegisterSiblings(benchmark::State& state)
         state.ResumeTiming();
     }
 }
-BENCHMARK(BM_RegisterSiblings)
+BENCHMARK(RegisterSiblings)
     ->Arg(eAscending)
     ->Arg(eDescending)
     ->Arg(eShuffled)

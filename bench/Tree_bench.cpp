@@ -2,7 +2,7 @@
 // registering them.
 #include <vkmibh/tree.h>
 
-#include "bench/AllocCount.h"
+#include "bench/AllocScope.h"
 #include "tests/support/PlainHandler.h"
 
 #include <algorithm>
@@ -62,6 +62,7 @@ void Find(benchmark::State& state, BMibNode* (BMibTree::*find)(const BObjectIden
         tree.Register(handler.get());
     const std::vector<BObjectIdentifier> queries = Queries(count, registered);
     std::size_t at = 0;
+    const AllocScope allocs(state);
     for (auto _ : state) {
         BMibNode* node = (tree.*find)(queries[at++ % 4096]);
         benchmark::DoNotOptimize(node);

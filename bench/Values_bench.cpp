@@ -1,5 +1,5 @@
 // Values: what a binding costs before anything is asked of it.
-#include "bench/AllocCount.h"
+#include "bench/AllocScope.h"
 
 #include <benchmark/benchmark.h>
 #include <string>
@@ -8,23 +8,6 @@
 using namespace VLK;
 
 namespace {
-
-// Reports the allocations per iteration of the loop that it lives around.
-class AllocationsPerRound {
-public:
-    explicit AllocationsPerRound(benchmark::State& state) : m_state(state), m_before(AllocCount())
-    {
-    }
-    ~AllocationsPerRound()
-    {
-        m_state.counters["allocs"] = benchmark::Counter(
-            static_cast<double>(AllocCount() - m_before), benchmark::Counter::kAvgIterations);
-    }
-
-private:
-    benchmark::State& m_state;
-    const unsigned long long m_before;
-};
 
 BObjectIdentifier Oid(const char* dotted) { return BObjectIdentifier(BString(dotted)); }
 
@@ -51,107 +34,107 @@ BObjectSyntax ObjectId()
     return value;
 }
 
-void BM_OidCompareEqual12(benchmark::State& state)
+void OidCompareEqual12(benchmark::State& state)
 {
     const BObjectIdentifier a = Oid(kName);
     const BObjectIdentifier b = a;
-    AllocationsPerRound allocations(state);
+    const AllocScope allocs(state);
     for (auto _ : state)
         benchmark::DoNotOptimize(a.Compare(b));
 }
-BENCHMARK(BM_OidCompareEqual12);
+BENCHMARK(OidCompareEqual12);
 
-void BM_OidCompareDifferingEarly(benchmark::State& state)
+void OidCompareDifferingEarly(benchmark::State& state)
 {
     const BObjectIdentifier a = Oid(kName);
     const BObjectIdentifier b = Oid("1.3.7.1.2.1.2.2.1.10.1.7");
-    AllocationsPerRound allocations(state);
+    const AllocScope allocs(state);
     for (auto _ : state)
         benchmark::DoNotOptimize(a.Compare(b));
 }
-BENCHMARK(BM_OidCompareDifferingEarly);
+BENCHMARK(OidCompareDifferingEarly);
 
-void BM_OidCopy(benchmark::State& state)
+void OidCopy(benchmark::State& state)
 {
     const BObjectIdentifier a = Oid(kName);
-    AllocationsPerRound allocations(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         BObjectIdentifier copy(a);
         benchmark::DoNotOptimize(copy.Arcs());
     }
 }
-BENCHMARK(BM_OidCopy);
+BENCHMARK(OidCopy);
 
-void BM_OidSetIntoStorage(benchmark::State& state)
+void OidSetIntoStorage(benchmark::State& state)
 {
     const BObjectIdentifier a = Oid(kName);
     BObjectIdentifier copy(a);
-    AllocationsPerRound allocations(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         copy.Set(a);
         benchmark::DoNotOptimize(copy.Arcs());
     }
 }
-BENCHMARK(BM_OidSetIntoStorage);
+BENCHMARK(OidSetIntoStorage);
 
-void BM_OidToString(benchmark::State& state)
+void OidToString(benchmark::State& state)
 {
     const BObjectIdentifier a = Oid(kName);
-    AllocationsPerRound allocations(state);
+    const AllocScope allocs(state);
     for (auto _ : state)
         benchmark::DoNotOptimize(a.ToString());
 }
-BENCHMARK(BM_OidToString);
+BENCHMARK(OidToString);
 
-void BM_SyntaxCopy(benchmark::State& state, BObjectSyntax (*make)())
+void SyntaxCopy(benchmark::State& state, BObjectSyntax (*make)())
 {
     const BObjectSyntax value = make();
-    AllocationsPerRound allocations(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         BObjectSyntax copy(value);
         benchmark::DoNotOptimize(copy.Syntax());
     }
 }
-BENCHMARK_CAPTURE(BM_SyntaxCopy, Int, Integer);
-BENCHMARK_CAPTURE(BM_SyntaxCopy, Octets, Octets);
-BENCHMARK_CAPTURE(BM_SyntaxCopy, ObjectId, ObjectId);
+BENCHMARK_CAPTURE(SyntaxCopy, Int, Integer);
+BENCHMARK_CAPTURE(SyntaxCopy, Octets, Octets);
+BENCHMARK_CAPTURE(SyntaxCopy, ObjectId, ObjectId);
 
-void BM_SyntaxSetInt(benchmark::State& state)
+void SyntaxSetInt(benchmark::State& state)
 {
     BObjectSyntax value;
-    AllocationsPerRound allocations(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         value.SetInt(1);
         benchmark::DoNotOptimize(value.Syntax());
     }
 }
-BENCHMARK(BM_SyntaxSetInt);
+BENCHMARK(SyntaxSetInt);
 
 // One call of the trace hook, as every operation of a tagged value makes them.
-void BM_TraceHook(benchmark::State& state)
+void TraceHook(benchmark::State& state)
 {
     for (auto _ : state)
         VKDbgModuleTraceClass(eTraceObjectSyntax, "FreeResources");
 }
-BENCHMARK(BM_TraceHook);
+BENCHMARK(TraceHook);
 
-void BM_ListCopy(benchmark::State& state)
+void ListCopy(benchmark::State& state)
 {
     BVarBindList list;
     for (int i = 0; i < state.range(0); ++i)
         list.Append(Oid(kName), Integer());
-    AllocationsPerRound allocations(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         BVarBindList copy(list);
         benchmark::DoNotOptimize(copy.Count());
     }
 }
-BENCHMARK(BM_ListCopy)->Arg(1)->Arg(10);
+BENCHMARK(ListCopy)->Arg(1)->Arg(10);
 
-void BM_ListBuild(benchmark::State& state)
+void ListBuild(benchmark::State& state)
 {
     const BVarBind binding(Oid(kName), Integer());
-    AllocationsPerRound allocations(state);
+    const AllocScope allocs(state);
     for (auto _ : state) {
         BVarBindList list;
         for (int i = 0; i < state.range(0); ++i)
@@ -159,6 +142,6 @@ void BM_ListBuild(benchmark::State& state)
         benchmark::DoNotOptimize(list.Count());
     }
 }
-BENCHMARK(BM_ListBuild)->Arg(1)->Arg(10);
+BENCHMARK(ListBuild)->Arg(1)->Arg(10);
 
 } // namespace
