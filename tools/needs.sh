@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# The library has its soname and needs nothing but the C and C++ libraries.
+# The library has its soname, needs nothing but the C and C++ libraries, and
+# runs no constructor of a static when it is loaded.
 # Usage: needs.sh LIBRARY
 set -euo pipefail
 library=$1
@@ -24,6 +25,10 @@ for name in "${needed[@]}"; do
 done
 if grep -Eq '\((RPATH|RUNPATH|TEXTREL)\)' <<<"$dynamic"; then
     echo "carries an RPATH, RUNPATH or TEXTREL"
+    bad=1
+fi
+if nm -C "$library" | grep -E '_GLOBAL__sub_I|__static_initialization_and_destruction'; then
+    echo "constructs statics at run time, in an order nobody can rely on"
     bad=1
 fi
 echo "needs: ${needed[*]}"
