@@ -1,17 +1,14 @@
 // Array of pointers.
 #include <vkmibh/containers.h>
 
-#include "foundation/Bytewise.h"
+#include "foundation/ArrayItems.h"
 
 namespace VLK {
 
 bool BPtrArray::PushBack(void* item)
 {
-    if (m_count == m_capacity &&
-        !Enlarge(m_items, m_count, m_capacity, m_capacity == 0 ? 4 : std::uint64_t(m_capacity) * 2))
-        return false;
-    m_items[m_count++] = item;
-    return true;
+    return AppendItem(m_items, m_count, m_capacity, std::move(item),
+                      m_capacity == 0 ? 4 : std::uint64_t(m_capacity) * 2);
 }
 
 int BPtrArray::Find(const void* item) const
@@ -23,13 +20,7 @@ int BPtrArray::Find(const void* item) const
     return -1;
 }
 
-void BPtrArray::RemoveElementAt(int index)
-{
-    if (index < 0 || static_cast<unsigned>(index) >= m_count)
-        return;
-    CloseGap(m_items, m_count, static_cast<unsigned>(index));
-    --m_count;
-}
+void BPtrArray::RemoveElementAt(int index) { EraseItem(m_items, m_count, index); }
 
 bool BPtrArray::Remove(const void* item)
 {
@@ -38,12 +29,6 @@ bool BPtrArray::Remove(const void* item)
     return index >= 0;
 }
 
-void BPtrArray::Clear()
-{
-    delete[] m_items;
-    m_items = nullptr;
-    m_count = 0;
-    m_capacity = 0;
-}
+void BPtrArray::Clear() { ReleaseItems(m_items, m_count, m_capacity); }
 
 } // namespace VLK

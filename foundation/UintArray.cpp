@@ -1,7 +1,7 @@
 // Array of unsigned numbers.
 #include <vkmibh/containers.h>
 
-#include "foundation/Bytewise.h"
+#include "foundation/ArrayItems.h"
 
 namespace VLK {
 
@@ -9,18 +9,7 @@ BUintArray::BUintArray(const BUintArray& other) : BUintArray() { *this = other; 
 
 BUintArray& BUintArray::operator=(const BUintArray& other)
 {
-    if (&other == this)
-        return *this;
-    unsigned* items = nullptr;
-    if (other.m_count != 0) {
-        items = NewItems<unsigned>(other.m_count);
-        if (!items)
-            return *this;
-        MoveItems(items, other.m_items, other.m_count);
-    }
-    delete[] m_items;
-    m_items = items;
-    m_count = m_capacity = other.m_count;
+    AssignItems(m_items, m_count, m_capacity, other.m_items, other.m_count);
     return *this;
 }
 
@@ -35,11 +24,8 @@ BUintArray& BUintArray::operator=(BUintArray&& other) noexcept
 
 bool BUintArray::PushBack(int item)
 {
-    if (m_count == m_capacity &&
-        !Enlarge(m_items, m_count, m_capacity, m_capacity == 0 ? 8 : std::uint64_t(m_capacity) * 2))
-        return false;
-    m_items[m_count++] = static_cast<unsigned>(item);
-    return true;
+    return AppendItem(m_items, m_count, m_capacity, static_cast<unsigned>(item),
+                      m_capacity == 0 ? 8 : std::uint64_t(m_capacity) * 2);
 }
 
 int BUintArray::Find(int item) const
@@ -51,13 +37,7 @@ int BUintArray::Find(int item) const
     return -1;
 }
 
-void BUintArray::RemoveElementAt(int index)
-{
-    if (index < 0 || static_cast<unsigned>(index) >= m_count)
-        return;
-    CloseGap(m_items, m_count, static_cast<unsigned>(index));
-    --m_count;
-}
+void BUintArray::RemoveElementAt(int index) { EraseItem(m_items, m_count, index); }
 
 bool BUintArray::Remove(int item)
 {
@@ -66,12 +46,6 @@ bool BUintArray::Remove(int item)
     return index >= 0;
 }
 
-void BUintArray::Clear()
-{
-    delete[] m_items;
-    m_items = nullptr;
-    m_count = 0;
-    m_capacity = 0;
-}
+void BUintArray::Clear() { ReleaseItems(m_items, m_count, m_capacity); }
 
 } // namespace VLK

@@ -200,8 +200,8 @@ public:
 private:
     friend struct SLayoutCheck;
     struct SItem {
-        int key;
-        void* data;
+        int key = 0;
+        void* data = nullptr;
     };
     SItem* m_items;
     unsigned m_count;

@@ -125,7 +125,6 @@ TEST_P(Thread, StartsAgainAfterItsEnd)
 // would be left of it, ThreadSanitizer and valgrind report as a leak.
 TEST_P(Thread, StartsAgainWhileItEnds)
 {
-    Worker worker(GetParam());
     constexpr int kRuns = 200;
     for (int run = 0; run < kRuns; ++run) {
         while (!worker.Start(0, 0))
