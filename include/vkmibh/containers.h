@@ -200,8 +200,8 @@ public:
 private:
     friend struct SLayoutCheck;
     struct SItem {
-        int key = 0;
-        void* data = nullptr;
+        int key;
+        void* data;
     };
     SItem* m_items;
     unsigned m_count;
@@ -234,7 +234,7 @@ private:
     friend struct SLayoutCheck;
     struct SItem {
         BString key;
-        void* data = nullptr;
+        void* data;
     };
     SItem* m_items;
     unsigned m_count;
@@ -273,7 +273,7 @@ private:
     friend struct SLayoutCheck;
     struct SItem {
         BObjectIdentifier key;
-        void* data = nullptr;
+        void* data;
     };
     SItem* m_items;
     unsigned m_count;
