@@ -234,7 +234,7 @@ private:
     friend struct SLayoutCheck;
     struct SItem {
         BString key;
-        void* data;
+        void* data = nullptr;
     };
     SItem* m_items;
     unsigned m_count;
@@ -273,7 +273,7 @@ private:
     friend struct SLayoutCheck;
     struct SItem {
         BObjectIdentifier key;
-        void* data;
+        void* data = nullptr;
     };
     SItem* m_items;
     unsigned m_count;
