@@ -37,8 +37,9 @@ void Fill(Map& map, unsigned count)
         map.Insert(MakeKey(i, static_cast<Key*>(nullptr)), nullptr);
 }
 
-template <class Map, class Key>
-void MapFind(benchmark::State& state)
+// Looks every key up, in a scrambled order.
+template <class Map, class Key, class LookUp>
+void LookKeysUp(benchmark::State& state, LookUp lookUp)
 {
     const unsigned count = static_cast<unsigned>(state.range(0));
     Map map;
@@ -46,9 +47,15 @@ void MapFind(benchmark::State& state)
     unsigned i = 0;
     const AllocScope allocs(state);
     for (auto _ : state) {
-        benchmark::DoNotOptimize(map.Find(map.KeyAt(static_cast<int>(Scrambled(i, count)))));
+        benchmark::DoNotOptimize(lookUp(map, map.KeyAt(static_cast<int>(Scrambled(i, count)))));
         i = i + 1 == count ? 0 : i + 1;
     }
+}
+
+template <class Map, class Key>
+void MapFind(benchmark::State& state)
+{
+    LookKeysUp<Map, Key>(state, [](const Map& map, const Key& key) { return map.Find(key); });
 }
 BENCHMARK_TEMPLATE(MapFind, BMapInt2Ptr, int)->Arg(10)->Arg(10000);
 BENCHMARK_TEMPLATE(MapFind, BMapStr2Ptr, BString)->Arg(10)->Arg(10000);
@@ -57,15 +64,7 @@ BENCHMARK_TEMPLATE(MapFind, BMapOid2Ptr, BObjectIdentifier)->Arg(10)->Arg(10000)
 template <class Map, class Key>
 void MapNext(benchmark::State& state)
 {
-    const unsigned count = static_cast<unsigned>(state.range(0));
-    Map map;
-    Fill<Map, Key>(map, count);
-    unsigned i = 0;
-    const AllocScope allocs(state);
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(map.Next(map.KeyAt(static_cast<int>(Scrambled(i, count)))));
-        i = i + 1 == count ? 0 : i + 1;
-    }
+    LookKeysUp<Map, Key>(state, [](const Map& map, const Key& key) { return map.Next(key); });
 }
 BENCHMARK_TEMPLATE(MapNext, BMapInt2Ptr, int)->Arg(10)->Arg(10000);
 BENCHMARK_TEMPLATE(MapNext, BMapStr2Ptr, BString)->Arg(10)->Arg(10000);

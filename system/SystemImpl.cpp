@@ -11,23 +11,29 @@ namespace {
 
 BObjectIdentifier SystemOid() { return BObjectIdentifier(lenOidSystem, oidSystem); }
 
+// The rows that both versions of the group have.
+constexpr SRqHndlrMapEntry kSysDescr = ScalarRow<eKindDisplayString, &CSystem::OnGet_SysDescr>(
+    1, "sysDescr", eAsnOctetString, eRqReadOnly);
+constexpr SRqHndlrMapEntry kSysObjectID = ScalarRow<eKindObjectId, &CSystem::OnGet_SysObjectID>(
+    2, "sysObjectID", eAsnObjectId, eRqReadOnly);
+constexpr SRqHndlrMapEntry kSysUpTime =
+    ScalarRow<eKindUnsigned, &CSystem::OnGet_SysUpTime>(3, "sysUpTime", eAsnTimeTicks, eRqReadOnly);
+constexpr SRqHndlrMapEntry kSysContact =
+    ScalarRow<eKindDisplayString, &CSystem::OnGet_SysContact, &CSystem::OnSet_SysContact>(
+        4, "sysContact", eAsnOctetString, eRqReadWrite);
+constexpr SRqHndlrMapEntry kSysName =
+    ScalarRow<eKindDisplayString, &CSystem::OnGet_SysName, &CSystem::OnSet_SysName>(
+        5, "sysName", eAsnOctetString, eRqReadWrite);
+constexpr SRqHndlrMapEntry kSysLocation =
+    ScalarRow<eKindDisplayString, &CSystem::OnGet_SysLocation, &CSystem::OnSet_SysLocation>(
+        6, "sysLocation", eAsnOctetString, eRqReadWrite);
+constexpr SRqHndlrMapEntry kSysServices = ScalarRow<eKindInteger, &CSystem::OnGet_SysServices>(
+    7, "sysServices", eAsnInteger, eRqReadOnly);
+
 } // namespace
 
 VKMIBH_CONSTINIT SRqHndlrMapEntry CSystem::s_rqhndlrEntries[] = {
-    ScalarRow<eKindDisplayString, &CSystem::OnGet_SysDescr>(1, "sysDescr", eAsnOctetString,
-                                                            eRqReadOnly),
-    ScalarRow<eKindObjectId, &CSystem::OnGet_SysObjectID>(2, "sysObjectID", eAsnObjectId,
-                                                          eRqReadOnly),
-    ScalarRow<eKindUnsigned, &CSystem::OnGet_SysUpTime>(3, "sysUpTime", eAsnTimeTicks, eRqReadOnly),
-    ScalarRow<eKindDisplayString, &CSystem::OnGet_SysContact, &CSystem::OnSet_SysContact>(
-        4, "sysContact", eAsnOctetString, eRqReadWrite),
-    ScalarRow<eKindDisplayString, &CSystem::OnGet_SysName, &CSystem::OnSet_SysName>(
-        5, "sysName", eAsnOctetString, eRqReadWrite),
-    ScalarRow<eKindDisplayString, &CSystem::OnGet_SysLocation, &CSystem::OnSet_SysLocation>(
-        6, "sysLocation", eAsnOctetString, eRqReadWrite),
-    ScalarRow<eKindInteger, &CSystem::OnGet_SysServices>(7, "sysServices", eAsnInteger,
-                                                         eRqReadOnly),
-    kRqEnd};
+    kSysDescr, kSysObjectID, kSysUpTime, kSysContact, kSysName, kSysLocation, kSysServices, kRqEnd};
 
 // CONTRACT: the member's name is spelled so.
 const SConstraintMapEntry CSystem::s_sonstraintEntries[] = {
@@ -39,19 +45,13 @@ const SConstraintMapEntry CSystem::s_sonstraintEntries[] = {
     kConstraintEnd};
 
 VKMIBH_CONSTINIT SRqHndlrMapEntry CSystemV2::s_rqhndlrEntries[] = {
-    ScalarRow<eKindDisplayString, &CSystem::OnGet_SysDescr>(1, "sysDescr", eAsnOctetString,
-                                                            eRqReadOnly),
-    ScalarRow<eKindObjectId, &CSystem::OnGet_SysObjectID>(2, "sysObjectID", eAsnObjectId,
-                                                          eRqReadOnly),
-    ScalarRow<eKindUnsigned, &CSystem::OnGet_SysUpTime>(3, "sysUpTime", eAsnTimeTicks, eRqReadOnly),
-    ScalarRow<eKindDisplayString, &CSystem::OnGet_SysContact, &CSystem::OnSet_SysContact>(
-        4, "sysContact", eAsnOctetString, eRqReadWrite),
-    ScalarRow<eKindDisplayString, &CSystem::OnGet_SysName, &CSystem::OnSet_SysName>(
-        5, "sysName", eAsnOctetString, eRqReadWrite),
-    ScalarRow<eKindDisplayString, &CSystem::OnGet_SysLocation, &CSystem::OnSet_SysLocation>(
-        6, "sysLocation", eAsnOctetString, eRqReadWrite),
-    ScalarRow<eKindInteger, &CSystem::OnGet_SysServices>(7, "sysServices", eAsnInteger,
-                                                         eRqReadOnly),
+    kSysDescr,
+    kSysObjectID,
+    kSysUpTime,
+    kSysContact,
+    kSysName,
+    kSysLocation,
+    kSysServices,
     ScalarRow<eKindUnsigned, &CSystemV2::OnGet_SysORLastChange>(8, "sysORLastChange", eAsnTimeTicks,
                                                                 eRqReadOnly),
     kRqEnd};

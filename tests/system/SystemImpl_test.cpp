@@ -6,6 +6,7 @@
 #include <vkmibh/system.h>
 
 #include <gtest/gtest.h>
+#include <string>
 
 #include <cstdio>
 #include <unistd.h>
@@ -19,23 +20,23 @@ class UptimeFile {
 public:
     explicit UptimeFile(const char* content) : m_before(g_uptimePath)
     {
-        const int file = mkstemp(m_path);
+        const int file = mkstemp(m_path.data());
         EXPECT_EQ(static_cast<ssize_t>(BString::Strlen(content)),
                   write(file, content, BString::Strlen(content)));
         close(file);
-        g_uptimePath = m_path;
+        g_uptimePath = m_path.c_str();
     }
     ~UptimeFile()
     {
         g_uptimePath = m_before;
-        std::remove(m_path);
+        std::remove(m_path.c_str());
     }
     UptimeFile(const UptimeFile&) = delete;
     UptimeFile& operator=(const UptimeFile&) = delete;
-    void Remove() { std::remove(m_path); }
+    void Remove() { std::remove(m_path.c_str()); }
 
 private:
-    char m_path[64] = "uptime-test-XXXXXX";
+    std::string m_path = testing::TempDir() + "uptime-XXXXXX"; // mkstemp() fills the end
     const char* m_before;
 };
 
