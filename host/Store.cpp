@@ -24,6 +24,17 @@ private:
     BStatement& m_statement;
 };
 
+// What cannot be told whole is not saved: an update cut short must not be committed.
+bool HasUpdated(INVCallback& callback)
+{
+    try {
+        callback.Update();
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
 BString TextOf(const BStatement& row)
 {
     unsigned length = 0;
@@ -89,15 +100,15 @@ bool BStore::Run(BStatement& statement)
 {
     if (statement.Step() != BStatement::eFailed)
         return true;
-    NoteFailure();
+    NoteFailure(m_database.LastError());
     return false;
 }
 
-void BStore::NoteFailure()
+void BStore::NoteFailure(const std::string& why)
 {
     m_updateFailed = true;
     if (!m_failureTold)
-        LogLine("the store cannot be written: " + m_database.LastError());
+        LogLine("the store cannot be written: " + why);
     m_failureTold = true;
 }
 
@@ -260,13 +271,13 @@ bool BStore::Save(const std::vector<INVCallback*>& callbacks)
     m_updating = true;
     m_updateFailed = false;
     if (!m_database.Execute("BEGIN IMMEDIATE"))
-        NoteFailure();
+        NoteFailure(m_database.LastError());
     for (INVCallback* callback : callbacks) {
-        if (!m_updateFailed)
-            callback->Update();
+        if (!m_updateFailed && !HasUpdated(*callback))
+            NoteFailure("its update was cut short");
     }
     if (!m_updateFailed && !m_database.Execute("COMMIT"))
-        NoteFailure();
+        NoteFailure(m_database.LastError());
     if (m_updateFailed)
         m_database.Execute("ROLLBACK");
     else

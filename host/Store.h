@@ -65,7 +65,7 @@ private:
               TBind bind);
     bool Save(const std::vector<INVCallback*>& callbacks);
     bool Run(BStatement& statement);
-    void NoteFailure();
+    void NoteFailure(const std::string& why);
 
     std::recursive_mutex m_lock;
     BDatabase m_database;

@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <functional>
+#include <stdexcept>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -267,6 +268,27 @@ TEST_F(Store, ManyKillsInARowLoseNothing)
                   SIGKILL);
     }
     EXPECT_EQ(BStore(file).GetRecordCount("s"), 5);
+}
+
+TEST_F(Store, AnUpdateThatThrowsIsTakenBackAndTheNextOneIsKept)
+{
+    {
+        BStore store(file);
+        Callback throwing([&] {
+            store.SetInt("s", "half", 1, nullptr, 0, 0);
+            throw std::runtime_error("cut short");
+        });
+        Callback whole([&] { store.SetInt("s", "whole", 2, nullptr, 0, 0); });
+        store.Hold();
+        store.RequestUpdate(&throwing);
+        EXPECT_FALSE(store.SaveHeld());
+        store.RequestUpdate(&whole);
+    }
+    BStore again(file);
+    int value = 0;
+    EXPECT_NE(0, again.GetInt("s", "half", value, 0));
+    EXPECT_EQ(0, again.GetInt("s", "whole", value, 0));
+    EXPECT_EQ(2, value);
 }
 
 TEST_F(Store, NullAndNestedUpdatesAreTolerated)
