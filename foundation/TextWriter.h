@@ -2,6 +2,7 @@
 #pragma once
 
 #include <charconv>
+#include <cstring>
 #include <vkmibh/base.h>
 
 namespace VLK {
@@ -26,6 +27,22 @@ public:
         m_buffer[m_used++] = c;
     }
 
+    // A null text has no characters.
+    void Put(const char* text, unsigned length)
+    {
+        if (!text)
+            return;
+        MakeRoom(length);
+        if (length > sizeof m_buffer) {
+            Append(text, length);
+            return;
+        }
+        std::memcpy(m_buffer + m_used, text, length);
+        m_used += length;
+    }
+    void Put(const char* text) { Put(text, VKStrlen(text)); }
+    void Put(const BString& text) { Put(text.data(), text.length()); }
+
     // Decimal.
     template <class Number>
     void PutNumber(Number number)
@@ -46,9 +63,14 @@ private:
 
     void Flush()
     {
-        const unsigned before = m_out.length();
-        m_failed = m_failed || m_out.Append(m_buffer, m_used).length() != before + m_used;
+        Append(m_buffer, m_used);
         m_used = 0;
+    }
+
+    void Append(const char* text, unsigned length)
+    {
+        const unsigned before = m_out.length();
+        m_failed = m_failed || m_out.Append(text, length).length() != before + length;
     }
 
     BString& m_out;

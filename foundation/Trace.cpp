@@ -1,22 +1,7 @@
-#include "foundation/Immortal.h"
-
+// Alone in its file: a program that links the archive may bring its own hook.
 #include <vkmibh/base.h>
 
 namespace VLK {
-
-namespace {
-
-TMutex& OutputLock()
-{
-    static Immortal<TMutex> s_lock(true);
-    return s_lock.Get();
-}
-
-} // namespace
-
-TTraceGuard::TTraceGuard() { OutputLock().Wait(kWaitForever); }
-
-TTraceGuard::~TTraceGuard() { OutputLock().Done(); }
 
 void VKDbgModuleTraceClass(int, const char*, ...) {}
 
