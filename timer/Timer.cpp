@@ -1,5 +1,6 @@
 #include "foundation/HostCall.h"
 #include "foundation/Immortal.h"
+#include "timer/TimerIndex.h"
 #include "timer/TimerThread.h"
 
 #include <limits>
@@ -11,11 +12,6 @@ namespace {
 
 // How long a thread is asked to stop before it is terminated, in milliseconds.
 constexpr unsigned kStopTimeout = 100;
-
-BTimer::Subscription* RecordOf(BLLItem* item)
-{
-    return static_cast<BTimer::Subscription*>(item->data);
-}
 
 // A record without a subscriber is dead: unknown to everybody, and freed when
 // no tick walks the list any more.
@@ -63,12 +59,13 @@ struct BTimer::STick {
     STick& operator=(const STick&) = delete;
 
     BTimer& timer;
-    Subscription* called;
+    SRecord* called;
     STick* const outer;
 };
 
 BTimer::BTimer()
-    : BSingleton(eShutdownFirst), m_lock(true), m_thread(nullptr), m_hasDead(false), m_tick(nullptr)
+    : BSingleton(eShutdownFirst), m_lock(true), m_thread(nullptr), m_hasDead(false),
+      m_tick(nullptr), m_index(nullptr)
 {
     EnsureTicking();
 }
@@ -85,6 +82,7 @@ BTimer::~BTimer()
     for (BLLItem* item = m_subscriptions.First(); item; item = item->next)
         delete RecordOf(item);
     m_subscriptions.Clear();
+    delete m_index;
 }
 
 void BTimer::Destroy() { delete this; }
@@ -111,7 +109,7 @@ int BTimer::Subscribe(ITimeSubscriber* subscriber, int interval, int count)
     if (!subscriber)
         return 0;
     TMutexLock lock(m_lock);
-    Subscription* const record = EnsureTicking() ? new (std::nothrow) Subscription : nullptr;
+    SRecord* const record = EnsureTicking() ? new (std::nothrow) SRecord : nullptr;
     if (!record)
         return 0;
     record->interval = interval > 0 ? interval : 0;
@@ -123,7 +121,7 @@ int BTimer::Subscribe(ITimeSubscriber* subscriber, int interval, int count)
     record->id = Subscription::s_idCounter++;
     if (record->id == 0)
         record->id = Subscription::s_idCounter++;
-    if (m_subscriptions.Insert(record))
+    if (Enter(record))
         return record->id;
     delete record;
     return 0;
@@ -132,20 +130,11 @@ int BTimer::Subscribe(ITimeSubscriber* subscriber, int interval, int count)
 bool BTimer::Unsubscribe(int id)
 {
     TMutexLock lock(m_lock);
-    // Most often a subscriber ends what it is called for.
-    for (STick* tick = m_tick; tick; tick = tick->outer) {
-        if (tick->called && tick->called->id == id && !IsDead(*tick->called)) {
-            MarkDead(tick->called);
-            return true;
-        }
-    }
-    for (BLLItem* item = m_subscriptions.First(); item; item = item->next) {
-        if (RecordOf(item)->id == id && !IsDead(*RecordOf(item))) {
-            End(item);
-            return true;
-        }
-    }
-    return false;
+    SRecord* const record = m_index ? m_index->Find(id) : nullptr;
+    if (!record)
+        return false;
+    End(record);
+    return true;
 }
 
 void BTimer::Unsubscribe(ITimeSubscriber* subscriber)
@@ -156,7 +145,7 @@ void BTimer::Unsubscribe(ITimeSubscriber* subscriber)
     for (BLLItem* item = m_subscriptions.First(); item;) {
         BLLItem* const next = item->next;
         if (RecordOf(item)->subscriber == subscriber)
-            End(item);
+            End(RecordOf(item));
         item = next;
     }
 }
@@ -191,7 +180,23 @@ bool BTimer::EnsureTicking()
     return m_thread != nullptr;
 }
 
-bool BTimer::IsCalled(const Subscription* record) const
+BTimer::SRecord* BTimer::RecordOf(BLLItem* item) { return static_cast<SRecord*>(item->data); }
+
+bool BTimer::Enter(SRecord* record)
+{
+    if (!m_index)
+        m_index = new (std::nothrow) Index;
+    if (!m_index || !m_index->Insert(record))
+        return false;
+    if (!m_subscriptions.Insert(record)) {
+        m_index->Remove(record);
+        return false;
+    }
+    record->item = m_subscriptions.Last();
+    return true;
+}
+
+bool BTimer::IsCalled(const SRecord* record) const
 {
     for (const STick* tick = m_tick; tick; tick = tick->outer) {
         if (tick->called == record)
@@ -200,7 +205,7 @@ bool BTimer::IsCalled(const Subscription* record) const
     return false;
 }
 
-void BTimer::Advance(Subscription* record, unsigned elapsed, STick& tick)
+void BTimer::Advance(SRecord* record, unsigned elapsed, STick& tick)
 {
     if (IsDead(*record) || IsCalled(record))
         return;
@@ -218,20 +223,22 @@ void BTimer::Advance(Subscription* record, unsigned elapsed, STick& tick)
         record->remaining = record->interval;
 }
 
-void BTimer::MarkDead(Subscription* record)
+void BTimer::MarkDead(SRecord* record)
 {
+    m_index->Remove(record);
     record->subscriber = nullptr;
     m_hasDead = true;
 }
 
-void BTimer::End(BLLItem* item)
+void BTimer::End(SRecord* record)
 {
     if (m_tick) {
-        MarkDead(RecordOf(item));
+        MarkDead(record);
         return;
     }
-    delete RecordOf(item);
-    m_subscriptions.Remove(item);
+    m_index->Remove(record);
+    m_subscriptions.Remove(record->item);
+    delete record;
 }
 
 void BTimer::Sweep()
@@ -242,7 +249,7 @@ void BTimer::Sweep()
     for (BLLItem* item = m_subscriptions.First(); item;) {
         BLLItem* const next = item->next;
         if (IsDead(*RecordOf(item)))
-            End(item);
+            End(RecordOf(item));
         item = next;
     }
 }
