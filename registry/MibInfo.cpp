@@ -1,6 +1,8 @@
 // Names, identifiers and parameters of the objects that an implementation serves.
 #include <vkmibh/mibinfo.h>
 
+#include <utility>
+
 #include "foundation/HostCall.h"
 #include "registry/MibInfoObjects.h"
 
@@ -24,7 +26,7 @@ EMibObjectKind KindOfOwner(const BMibImpl& owner)
     }
 }
 
-int SyntaxOf(const SRqHndlrMapEntry& entry)
+int SyntaxOf(const SRqHndlrMapEntry& entry, const SConstraintMapEntry* constraint)
 {
     switch (entry.kind) {
     case eKindDisplayString:
@@ -34,7 +36,6 @@ int SyntaxOf(const SRqHndlrMapEntry& entry)
     case eKindEnumerated:
         return eMibSyntaxEnumerated;
     case eKindInteger: {
-        const SConstraintMapEntry* constraint = entry.Constraint();
         const bool enumerated = constraint && constraint->kind == eConstraintEnumeration;
         return enumerated ? eMibSyntaxEnumerated : entry.syntax;
     }
@@ -79,40 +80,72 @@ const char* SyntaxName(int syntax, int kind)
     }
 }
 
+// False without memory: the string then keeps what it held.
+bool AssignText(BString& string, const char* text)
+{
+    BString copy(text);
+    if (copy.length() != BString::Strlen(text))
+        return false;
+    string = std::move(copy);
+    return true;
+}
+
+// Names the object's syntax, if it has a name; false without memory.
+bool UpdateSyntaxName(const SConstraintMapEntry* constraint, BMibObject& object)
+{
+    const char* name = constraint && constraint->name && *constraint->name
+                           ? constraint->name
+                           : SyntaxName(object.syntax, object.kind);
+    return !name || AssignText(object.syntaxName, name);
+}
+
+// Empties the list and gives every object to `append`, which is false without memory.
+template <class List, class Append>
+int ListObjects(const BMibImpl* owner, List& list, Append append)
+{
+    list.Clear();
+    const SRqHndlrMapEntry* entry = owner ? NextObject(*owner, nullptr) : nullptr;
+    for (; entry; entry = NextObject(*owner, entry)) {
+        if (!append(*entry))
+            return kMibInfoNotFound;
+    }
+    return 0;
+}
+
+// The first item of the object's enumeration that the test accepts; null when none does.
+template <class Test>
+const SConstraintMapEntry* FindItem(const BMibImpl* owner, const BString& object, Test accepts)
+{
+    const SConstraintMapEntry* item =
+        owner ? EnumerationItems(FindObject(*owner, object)) : nullptr;
+    for (; item && item->kind == eConstraintItem; ++item) {
+        if (accepts(*item))
+            return item;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 IMIBInfo::~IMIBInfo() = default;
 
 BMibInfo::~BMibInfo() = default;
 
-void BMibInfo::UpdateSyntaxName(const SRqHndlrMapEntry* entry, BMibObject& object)
-{
-    const SConstraintMapEntry* constraint = entry ? entry->Constraint() : nullptr;
-    const char* name = constraint && constraint->name && *constraint->name
-                           ? constraint->name
-                           : SyntaxName(object.syntax, object.kind);
-    // CONTRACT: a syntax without a name leaves the name that stood there.
-    if (name)
-        object.syntaxName.Assign(name, BString::Strlen(name));
-}
-
 int BMibInfo::Name2Oid(const BString& name, BObjectIdentifier& oid) const
 {
     BString module, object, suffix;
     if (!m_owner || name.empty() || !SplitName(name, module, object, suffix))
         return kMibInfoNotFound;
-    const SRqHndlrMapEntry* entry = nullptr;
     // Another module's object is one of ours only under its joined name.
-    if (module.empty() || module == m_moduleName) {
-        if (object == m_objectName)
-            return oid.Set(m_owner->Oid()) ? 0 : kMibInfoNotFound;
-        entry = FindObject(*m_owner, object);
-    }
-    if (!entry && !module.empty())
-        entry = FindObject(*m_owner, JoinName(module, object));
+    const bool isOurs = module.empty() || module == m_moduleName;
+    const bool isOwner = isOurs && object == m_objectName;
+    const SRqHndlrMapEntry* entry = isOurs && !isOwner ? FindObject(*m_owner, object) : nullptr;
+    if (!isOwner && !entry && !module.empty())
+        entry = FindJoinedObject(*m_owner, module, object);
     BObjectIdentifier found;
-    if (!entry || !ObjectOid(*m_owner, *entry, found) || !oid.Set(found))
+    if (isOwner ? !found.Set(m_owner->Oid()) : !entry || !ObjectOid(*m_owner, *entry, found))
         return kMibInfoNotFound;
+    oid = std::move(found);
     return 0;
 }
 
@@ -130,71 +163,62 @@ int BMibInfo::GetObjParams(const BObjectIdentifier& oid, BMibObject& object) con
     const unsigned length = m_owner->Oid().Length();
     const bool isOwner = oid.Length() == length;
     const SRqHndlrMapEntry* entry = isOwner ? nullptr : FindObject(*m_owner, oid[length]);
-    BObjectIdentifier found;
-    if (isOwner ? !found.Set(oid) : !entry || !ObjectOid(*m_owner, *entry, found))
+    BMibObject found;
+    if (isOwner ? !found.oid.Set(oid) : !entry || !ObjectOid(*m_owner, *entry, found.oid))
         return kMibInfoNotFound;
 
     if (isOwner)
-        object.kind = KindOfOwner(*m_owner);
+        found.kind = KindOfOwner(*m_owner);
     else
-        object.kind = IsTableOrRowImpl(*m_owner) ? eMibObjectColumn : eMibObjectLeaf;
-    object.oid = static_cast<BObjectIdentifier&&>(found);
-    object.name = isOwner || IsScalarImpl(*m_owner) ? m_objectName : BString(entry->name);
-    object.module = m_moduleName;
-    object.syntax = isOwner ? eMibSyntaxNotLeaf : SyntaxOf(*entry);
-    object.access = isOwner ? 0 : entry->access;
-    object.info = this;
-    UpdateSyntaxName(entry, object);
+        found.kind = IsTableOrRowImpl(*m_owner) ? eMibObjectColumn : eMibObjectLeaf;
+    // Read once: a registration may be resolving it.
+    const SConstraintMapEntry* constraint = entry ? entry->Constraint() : nullptr;
+    const bool hasOwnersName = isOwner || IsScalarImpl(*m_owner);
+    found.syntax = isOwner ? eMibSyntaxNotLeaf : SyntaxOf(*entry, constraint);
+    found.access = isOwner ? 0 : entry->access;
+    found.info = this;
+    if (!AssignText(found.name, hasOwnersName ? m_objectName.c_str() : entry->name) ||
+        !AssignText(found.module, m_moduleName.c_str()) || !UpdateSyntaxName(constraint, found))
+        return kMibInfoNotFound;
+    // CONTRACT: a syntax without a name leaves the name that stood there.
+    if (found.syntaxName.empty())
+        found.syntaxName = std::move(object.syntaxName);
+    object = std::move(found);
     return 0;
 }
 
 int BMibInfo::GetLeafList(BOidArray& leaves) const
 {
-    leaves.Clear();
-    const SRqHndlrMapEntry* entry = m_owner ? NextObject(*m_owner, nullptr) : nullptr;
-    for (; entry; entry = NextObject(*m_owner, entry)) {
+    return ListObjects(m_owner, leaves, [&](const SRqHndlrMapEntry& entry) {
         BObjectIdentifier oid;
-        if (!ObjectOid(*m_owner, *entry, oid) || !leaves.PushBack(oid))
-            return kMibInfoNotFound;
-    }
-    return 0;
+        return ObjectOid(*m_owner, entry, oid) && leaves.PushBack(oid);
+    });
 }
 
 int BMibInfo::GetLeafList(BStringArray& leaves) const
 {
-    leaves.Clear();
-    const SRqHndlrMapEntry* entry = m_owner ? NextObject(*m_owner, nullptr) : nullptr;
-    for (; entry; entry = NextObject(*m_owner, entry)) {
-        if (!leaves.PushBack(BString(entry->name)))
-            return kMibInfoNotFound;
-    }
-    return 0;
+    return ListObjects(m_owner, leaves, [&](const SRqHndlrMapEntry& entry) {
+        BString name;
+        return AssignText(name, entry.name) && leaves.PushBack(name);
+    });
 }
 
 int BMibInfo::GetEnumValue(const BString& object, const BString& label, int& value) const
 {
-    const SConstraintMapEntry* item =
-        m_owner ? EnumerationItems(FindObject(*m_owner, object)) : nullptr;
-    for (; item && item->kind == eConstraintItem; ++item) {
-        if (VKStrcmp(item->name, label.c_str()) == 0) {
-            value = item->low;
-            return 1;
-        }
-    }
-    return 0;
+    const SConstraintMapEntry* item = FindItem(m_owner, object, [&](const auto& candidate) {
+        const char* text = candidate.name;
+        return label.compare(0, label.length(), text, BString::Strlen(text)) == 0;
+    });
+    if (item)
+        value = item->low;
+    return item != nullptr;
 }
 
 int BMibInfo::GetEnumLabel(const BString& object, int value, BString& label) const
 {
     const SConstraintMapEntry* item =
-        m_owner ? EnumerationItems(FindObject(*m_owner, object)) : nullptr;
-    for (; item && item->kind == eConstraintItem; ++item) {
-        if (item->low == value) {
-            label.Assign(item->name, BString::Strlen(item->name));
-            return 1;
-        }
-    }
-    return 0;
+        FindItem(m_owner, object, [&](const auto& candidate) { return candidate.low == value; });
+    return item && AssignText(label, item->name);
 }
 
 int BMibInfo::NextInstanceInColumn(unsigned id, const BString& tableName, unsigned column,

@@ -1,5 +1,5 @@
 // The printable labels of the shared enumerations.
-#include <vkmibh/mibinfo.h>
+#include <vkmibh/labels.h>
 #include <vkmibh/rqmap.h>
 
 namespace VLK {

@@ -1,6 +1,8 @@
 // Names of objects: their parts, and what they name.
 #include <vkmibh/mibinfo.h>
 
+#include <utility>
+
 #include "registry/MibInfoObjects.h"
 
 namespace VLK {
@@ -16,16 +18,13 @@ void BMibInfo::SetOwner(BMibImpl* owner)
 {
     m_owner = owner;
     m_moduleName.clear();
-    m_objectName.clear();
     if (!owner)
         return;
     BStringTokenizer tokens(owner->Name().c_str(), ".", false);
-    BString first = tokens.NextToken();
+    m_objectName = tokens.NextToken();
     if (tokens.HasMoreTokens()) {
-        m_moduleName = first;
+        m_moduleName = std::move(m_objectName);
         m_objectName = tokens.NextToken();
-    } else {
-        m_objectName = first;
     }
 }
 
@@ -37,25 +36,18 @@ bool BMibInfo::SplitName(const BString& name, BString& module, BString& object, 
     BStringTokenizer tokens(name.c_str(), ".", false);
     BString token = tokens.NextToken();
     if (!token.empty() && BCharType::IsUpper(token[0])) {
-        module = token;
+        module = std::move(token);
         token = tokens.NextToken();
     }
     if (token.empty() || !BCharType::IsLower(token[0]))
         return false;
-    object = token;
+    object = std::move(token);
     const unsigned end = tokens.Offset();
     if (end >= name.length())
         return true;
     suffix = BString(name.c_str() + end, name.length() - end);
     BObjectIdentifier parsed;
     return parsed.AssignFromDottedDecimalStr(suffix);
-}
-
-BString BMibInfo::JoinName(const BString& module, const BString& object)
-{
-    BString joined(module);
-    joined.Append('.').Append(object);
-    return joined;
 }
 
 // CONTRACT: with a module the joined text itself must be an entry's name; a map of plain names
@@ -65,20 +57,13 @@ bool BMibInfo::IsLeaf(const BString& name) const
     BString module, object, suffix;
     if (!m_owner || !SplitName(name, module, object, suffix))
         return false;
-    return FindObject(*m_owner, module.empty() ? object : JoinName(module, object)) != nullptr;
+    return module.empty() ? FindObject(*m_owner, object) != nullptr
+                          : FindJoinedObject(*m_owner, module, object) != nullptr;
 }
 
 bool BMibInfo::IsLeaf(const BObjectIdentifier& oid) const
 {
-    if (!m_owner || !m_owner->Oid().IsStartingSubOidOf(oid))
-        return false;
-    const unsigned length = m_owner->Oid().Length();
-    if (IsScalarImpl(*m_owner)) {
-        const SRqHndlrMapEntry* entry = m_owner->GetFirstRqHndlrEntry();
-        BObjectIdentifier object;
-        return entry && ObjectOid(*m_owner, *entry, object) && object == oid;
-    }
-    return oid.Length() == length + 1 && m_owner->FindRqHndlrEntry(oid[length]);
+    return m_owner && IsObjectOid(*m_owner, oid);
 }
 
 // CONTRACT: only the object part of a name is compared; a table is found under any module's name

@@ -22,11 +22,17 @@ inline bool IsScalarImpl(const BMibImpl& impl) { return impl.ImplKind() == eImpl
 const SRqHndlrMapEntry* FindObject(const BMibImpl& owner, unsigned column);
 const SRqHndlrMapEntry* FindObject(const BMibImpl& owner, const BString& name);
 const SRqHndlrMapEntry* NextObject(const BMibImpl& owner, const SRqHndlrMapEntry* entry);
+// By the name "module.object", as a whole.
+const SRqHndlrMapEntry* FindJoinedObject(const BMibImpl& owner, const BString& module,
+                                         const BString& object);
 
 // The object's identifier; false without memory.
 bool ObjectOid(const BMibImpl& owner, const SRqHndlrMapEntry& entry, BObjectIdentifier& oid);
+// Whether it is the identifier of an object.
+bool IsObjectOid(const BMibImpl& owner, const BObjectIdentifier& oid);
 
-// The items that follow the header of an object's enumeration; null when it has none.
+// What follows the header of an object's enumeration: its items, and then another row. Null when
+// the object has no enumeration.
 const SConstraintMapEntry* EnumerationItems(const SRqHndlrMapEntry* entry);
 
 } // namespace VLK

@@ -1,10 +1,13 @@
-// Implementations of every kind, for questions about their objects. They answer
-// no requests.
+// Implementations of every kind, for questions about their objects, and the
+// answers in a line. They serve no requests.
 #pragma once
+
+#include "tests/support/Oids.h"
 
 #include <vkmibh/impl.h>
 
 #include <stdexcept>
+#include <string>
 #include <thread>
 
 namespace VLK {
@@ -15,11 +18,17 @@ constexpr SRqHndlrMapEntry InfoRow(unsigned column, const char* name, int syntax
     return {column, name, syntax, access, kind, nullptr, nullptr, nullptr};
 }
 
-inline BObjectIdentifier InfoOid(const char* dotted) { return BObjectIdentifier(BString(dotted)); }
+// kind, identifier, name, module, syntax, syntax name and access in one line.
+inline std::string InfoText(const BMibObject& object)
+{
+    return std::to_string(object.kind) + " " + Test::TextOf(object.oid) + " " +
+           object.name.c_str() + " " + object.module.c_str() + " " + std::to_string(object.syntax) +
+           " '" + object.syntaxName.c_str() + "' " + std::to_string(object.access);
+}
 
 class CInfoGroup : public BMibScalarGroupImpl {
 public:
-    CInfoGroup() : BMibScalarGroupImpl(BString("INFO-MIB.grp"), InfoOid("1.3.6.1.4.1.5"))
+    CInfoGroup() : BMibScalarGroupImpl(BString("INFO-MIB.grp"), Test::MakeOid("1.3.6.1.4.1.5"))
     {
         ResolveConstraints();
     }
@@ -34,6 +43,7 @@ public:
             InfoRow(11, "grpEnumKind", 2, 3, 10),    InfoRow(12, "grpEnumInt", 2, 4, 1),
             InfoRow(13, "grpRange", 2, 4, 1),        InfoRow(14, "grpConvention", 4, 4, 5),
             InfoRow(15, "grpTruth", 2, 4, 1),        InfoRow(16, "grpStrange", 99, 3, 2),
+            InfoRow(17, "grpRefined", 4, 4, 5),      InfoRow(18, "grpNamedRange", 66, 3, 4),
             InfoRow(20, "grpHeaderOnly", 2, 3, 1),   InfoRow(30, "OTHER-MIB.borrowed", 2, 3, 1),
             InfoRow(31, "INFO-MIB.joined", 2, 3, 1), InfoRow(0, nullptr, 0, 0, 0),
         };
@@ -50,8 +60,11 @@ public:
             {1, 21, "", 0, 0},
             {3, 21, "other", 44, 0},
             {4, 13, "", 0, 9},
+            {3, 13, "stray", 3, 0},
             {5, 14, cszDisplayString, 0, 0},
             {2, 15, cszTruthValue, 0, 0},
+            {5, 17, cszDisplayString, 0, 32},
+            {4, 18, "Percent", 0, 100},
             {0, 0, nullptr, 0, 0},
         };
         return s_constraints;
@@ -69,7 +82,8 @@ inline bool IsLocked(TMutex& mutex) VKMIBH_TSA(no_thread_safety_analysis)
 
 class CInfoTable : public BMibTableImpl {
 public:
-    CInfoTable() : BMibTableImpl(BString("INFO-MIB.tab"), InfoOid("1.3.6.1.4.1.6.1"))
+    explicit CInfoTable(const char* name = "INFO-MIB.tab")
+        : BMibTableImpl(BString(name), Test::MakeOid("1.3.6.1.4.1.6.1"))
     {
         ResolveConstraints();
     }
@@ -98,19 +112,20 @@ public:
         m_lastColumn = column;
         std::thread([this] { m_wasLocked = IsLocked(Mutex()); }).join();
         const unsigned row = index.Length() ? index[0] : 0;
-        return row < 20 && nextIndex.Set(row < 10 ? 10u : 20u);
+        return row < 20 && nextIndex.Set(row < 10 ? 10u : 20u) ? m_answer : 0;
     }
 
     unsigned m_lastId = 0;
     unsigned m_lastColumn = 0;
     bool m_wasLocked = false;
     bool m_throws = false;
+    int m_answer = 1;
 };
 
 class CInfoRow : public BMibRowImpl {
 public:
     CInfoRow()
-        : BMibRowImpl(BString("INFO-MIB.line"), InfoOid("1.3.6.1.4.1.7.2"), 9, 9,
+        : BMibRowImpl(BString("INFO-MIB.line"), Test::MakeOid("1.3.6.1.4.1.7.2"), 9, 9,
                       BObjectIdentifier())
     {
     }
@@ -131,12 +146,13 @@ public:
     }
     SRqHndlrMapEntry* GetRqHndlrMap() const override { return m_map; }
 
-    // The first row's column: none, none in the other way, one.
+    // The first row's column: none, none in the other way, no row at all, one.
     static inline SRqHndlrMapEntry s_noColumn[] = {InfoRow(0, "theScalar", 2, 4, 1),
                                                    InfoRow(5, "second", 2, 4, 1),
                                                    InfoRow(0, nullptr, 0, 0, 0)};
     static inline SRqHndlrMapEntry s_allOnes[] = {InfoRow(~0u, "theScalar", 2, 4, 1),
                                                   InfoRow(0, nullptr, 0, 0, 0)};
+    static inline SRqHndlrMapEntry s_empty[] = {InfoRow(0, nullptr, 0, 0, 0)};
     static inline SRqHndlrMapEntry s_column[] = {InfoRow(4, "theScalar", 2, 4, 1),
                                                  InfoRow(0, nullptr, 0, 0, 0)};
 
@@ -147,7 +163,7 @@ private:
 // An implementation of no particular kind and without a map.
 class CInfoPlain : public BMibImpl {
 public:
-    CInfoPlain() : BMibImpl(BString("INFO-MIB.pt"), InfoOid("1.3.8")) {}
+    CInfoPlain() : BMibImpl(BString("INFO-MIB.pt"), Test::MakeOid("1.3.8")) {}
     using BMibImpl::Get;
     using BMibImpl::Set;
     int Get(unsigned, BVarBind&) override { return eSnmpGenErr; }

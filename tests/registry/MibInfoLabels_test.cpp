@@ -16,7 +16,8 @@ void ExpectLabels(const char* (*label)(E), int first, std::initializer_list<cons
     EXPECT_STREQ("unknown", label(static_cast<E>(first - 1)));
     for (const char* expected : labels)
         EXPECT_STREQ(expected, label(static_cast<E>(value++)));
-    EXPECT_STREQ("unknown", label(static_cast<E>(value)));
+    for (int beyond : {value, 2147483647, -1, -2147483647 - 1})
+        EXPECT_STREQ("unknown", label(static_cast<E>(beyond))) << beyond;
 }
 
 } // namespace
@@ -51,7 +52,7 @@ TEST(MibInfoLabels, SecurityModelsAboveTheStandardOnesAreTheUsers)
     EXPECT_STREQ("secSNMPv1", LabelSecurityModel(1));
     EXPECT_STREQ("secSNMPv2c", LabelSecurityModel(2));
     EXPECT_STREQ("secUSM", LabelSecurityModel(3));
-    for (int model : {4, 7, -1, 2147483647})
+    for (int model : {4, 7, -1, -2, -2147483647 - 1, 2147483647})
         EXPECT_STREQ("secUserDefined", LabelSecurityModel(model));
 }
 

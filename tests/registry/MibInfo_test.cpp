@@ -1,12 +1,12 @@
 #include <vkmibh/impl.h>
 
 #include "tests/registry/InfoOwners.h"
-#include "tests/support/PlainHandler.h"
 
 #include <gtest/gtest.h>
 #include <string>
 
 using namespace VLK;
+using Test::MakeOid;
 
 namespace {
 
@@ -14,22 +14,21 @@ constexpr int kNotFound = static_cast<int>(0x80010002u);
 
 std::string Oid(const BMibImpl& impl, const char* name)
 {
-    BObjectIdentifier oid = OidOf("9.9");
+    BObjectIdentifier oid = MakeOid("9.9");
     const int result = const_cast<BMibImpl&>(impl).GetIMibInfo()->Name2Oid(BString(name), oid);
     if (result != 0) {
         EXPECT_EQ(kNotFound, result);
-        EXPECT_EQ(OidOf("9.9"), oid) << "unchanged";
+        EXPECT_EQ(MakeOid("9.9"), oid) << "unchanged";
         return "none";
     }
     return oid.ToString().c_str();
 }
 
-// kind, identifier, name, module, syntax, syntax name and access in one line.
 std::string Params(BMibImpl& impl, const BString& syntaxName, const char* dotted)
 {
     BMibObject object;
     object.syntaxName = syntaxName;
-    const int result = impl.GetIMibInfo()->GetObjParams(OidOf(dotted), object);
+    const int result = impl.GetIMibInfo()->GetObjParams(MakeOid(dotted), object);
     if (result != 0) {
         EXPECT_EQ(kNotFound, result);
         EXPECT_EQ(syntaxName, object.syntaxName);
@@ -37,9 +36,7 @@ std::string Params(BMibImpl& impl, const BString& syntaxName, const char* dotted
         return "none";
     }
     EXPECT_EQ(impl.GetIMibInfo(), object.info);
-    return std::to_string(object.kind) + " " + object.oid.ToString().c_str() + " " +
-           object.name.c_str() + " " + object.module.c_str() + " " + std::to_string(object.syntax) +
-           " '" + object.syntaxName.c_str() + "' " + std::to_string(object.access);
+    return InfoText(object);
 }
 
 std::string Params(BMibImpl& impl, const char* dotted)
@@ -64,14 +61,48 @@ TEST(MibInfo, NamesAreSplitIntoModuleObjectAndSuffix)
     EXPECT_EQ("|sysDescr|.0", Split("sysDescr.0"));
     EXPECT_EQ("IF-MIB|ifDescr|.1.2.3", Split("IF-MIB.ifDescr.1.2.3"));
     EXPECT_EQ("|sysDescr|.", Split("sysDescr."));
+    EXPECT_EQ("|a|.4294967296", Split("a.4294967296")) << "valid for an identifier";
+    EXPECT_EQ("Z|z|", Split("Z.z"));
+}
+
+// CONTRACT: full stops before a part of a name make no empty parts.
+TEST(MibInfo, FullStopsBeforeTheObjectMakeNoParts)
+{
+    EXPECT_EQ("|sysDescr|", Split(".sysDescr"));
+    EXPECT_EQ("IF-MIB|ifDescr|.1", Split("IF-MIB..ifDescr.1"));
 }
 
 TEST(MibInfo, NamesThatAreNoneAreRejected)
 {
-    for (const char* name :
-         {"", ".", "SNMPv2-MIB", "SNMPv2-MIB.Sys", "SNMPv2-MIB.1", "1.3.6", "A.B.c", "-x",
-          "sysDescr.x", "sysDescr.1..2", "sysDescr..1", "sysDescr.12345678901", "M.sysDescr.0.y"})
+    for (const char* name : {"",
+                             ".",
+                             "SNMPv2-MIB",
+                             "SNMPv2-MIB.Sys",
+                             "SNMPv2-MIB.1",
+                             "1.3.6",
+                             "A.B.c",
+                             "-x",
+                             "sysDescr.x",
+                             "sysDescr.1..2",
+                             "sysDescr..1",
+                             "sysDescr.12345678901",
+                             "M.sysDescr.0.y",
+                             "1.abc",
+                             "-.a",
+                             "@a",
+                             "[a",
+                             "`a",
+                             "{a",
+                             "A.`",
+                             "A.{",
+                             "\xe4",
+                             " sysDescr",
+                             "sysDescr. 1",
+                             "sysDescr.-1"})
         EXPECT_EQ("none", Split(name)) << name;
+    BString module, object, suffix;
+    EXPECT_FALSE(BMibInfo::SplitName(BString("sysDescr\0", 9), module, object, suffix));
+    EXPECT_FALSE(BMibInfo::SplitName(BString("A\0.b", 4), module, object, suffix));
 }
 
 TEST(MibInfo, NameGivesTheOidOfTheObject)
@@ -114,9 +145,47 @@ TEST(MibInfo, AnotherModuleIsLookedUpOnlyInTheJoinedForm)
 
 TEST(MibInfo, OwnerWithoutModuleResolvesPlainNames)
 {
-    CInfoScalar scalar("lonely", OidOf("1.3.9"), CInfoScalar::s_noColumn);
+    CInfoScalar scalar("lonely", MakeOid("1.3.9"), CInfoScalar::s_noColumn);
     EXPECT_EQ("1.3.9", Oid(scalar, "lonely"));
     EXPECT_EQ("none", Oid(scalar, "ANY-MIB.lonely"));
+}
+
+TEST(MibInfo, OwnersNameIsSplitAtItsFirstFullStop)
+{
+    const struct {
+        const char* name;
+        const char* module;
+        const char* object;
+    } kRows[] = {
+        {"lonely", "", "lonely"},
+        {"A-MIB.one", "A-MIB", "one"},
+        {"A-MIB.one.two", "A-MIB", "one"},
+        {"", "", ""},
+    };
+    for (const auto& row : kRows) {
+        CInfoScalar scalar(row.name, MakeOid("1.3.9"), CInfoScalar::s_noColumn);
+        BMibObject object;
+        EXPECT_EQ(0, scalar.GetIMibInfo()->GetObjParams(MakeOid("1.3.9"), object));
+        EXPECT_STREQ(row.module, object.module.c_str());
+        EXPECT_STREQ(row.object, object.name.c_str());
+    }
+}
+
+TEST(MibInfo, AnotherOwnerOrNoneReplacesTheFirst)
+{
+    CInfoGroup group;
+    CInfoScalar lonely("lonely", MakeOid("1.3.9"), CInfoScalar::s_noColumn);
+    BMibInfo info;
+    BMibObject object;
+    info.SetOwner(&group);
+    EXPECT_EQ(0, info.GetObjParams(BString("INFO-MIB.grp"), object));
+    info.SetOwner(&lonely);
+    EXPECT_EQ(kNotFound, info.GetObjParams(BString("INFO-MIB.grp"), object));
+    EXPECT_EQ(0, info.GetObjParams(BString("lonely"), object));
+    EXPECT_EQ(BString(), object.module);
+    EXPECT_EQ(&info, object.info);
+    info.SetOwner(nullptr);
+    EXPECT_EQ(kNotFound, info.GetObjParams(BString("lonely"), object));
 }
 
 TEST(MibInfo, ParametersOfTheOwnerByItsKind)
@@ -124,7 +193,7 @@ TEST(MibInfo, ParametersOfTheOwnerByItsKind)
     CInfoGroup group;
     CInfoTable table;
     CInfoRow row;
-    CInfoScalar scalar("INFO-MIB.one", OidOf("1.3.9"), CInfoScalar::s_noColumn);
+    CInfoScalar scalar("INFO-MIB.one", MakeOid("1.3.9"), CInfoScalar::s_noColumn);
     CInfoPlain plain;
     EXPECT_EQ("5 1.3.6.1.4.1.5 grp INFO-MIB 231 'scalarGroup' 0", Params(group, "1.3.6.1.4.1.5"));
     EXPECT_EQ("3 1.3.6.1.4.1.6.1 tab INFO-MIB 231 'table' 0", Params(table, "1.3.6.1.4.1.6.1"));
@@ -156,6 +225,8 @@ TEST(MibInfo, ParametersByKindAndSyntaxOfTheEntry)
         {14, "grpConvention INFO-MIB 229 'DisplayString' 4"},
         {15, "grpTruth INFO-MIB 230 'TruthValue' 4"},
         {16, "grpStrange INFO-MIB 99 'left' 3"},
+        {17, "grpRefined INFO-MIB 229 'DisplayString' 4"},
+        {18, "grpNamedRange INFO-MIB 66 'Percent' 3"},
     };
     for (const auto& row : kRows) {
         const std::string oid = "1.3.6.1.4.1.5." + std::to_string(row.column);
@@ -182,11 +253,11 @@ TEST(MibInfo, ParametersOfWhatIsNotServedAreNotFound)
 {
     CInfoGroup group;
     for (const char* dotted :
-         {"1.3.6.1.4.1", "1.3.6.1.4.1.5.17", "1.3.6.1.4.1.6", "2", "9.9.9.9.9.9.9.9.9"})
+         {"1.3.6.1.4.1", "1.3.6.1.4.1.5.19", "1.3.6.1.4.1.6", "2", "9.9.9.9.9.9.9.9.9"})
         EXPECT_EQ("none", Params(group, dotted)) << dotted;
     BMibObject object;
     EXPECT_EQ(kNotFound, group.GetIMibInfo()->GetObjParams(BObjectIdentifier(), object));
-    EXPECT_EQ(kNotFound, BMibInfo().GetObjParams(OidOf("1.3"), object));
+    EXPECT_EQ(kNotFound, BMibInfo().GetObjParams(MakeOid("1.3"), object));
 }
 
 TEST(MibInfo, ParametersByNameAreThoseOfItsOid)
@@ -194,13 +265,13 @@ TEST(MibInfo, ParametersByNameAreThoseOfItsOid)
     CInfoGroup group;
     BMibObject object;
     EXPECT_EQ(0, group.GetIMibInfo()->GetObjParams(BString("INFO-MIB.grpText.0"), object));
-    EXPECT_EQ(OidOf("1.3.6.1.4.1.5.10"), object.oid);
+    EXPECT_EQ(MakeOid("1.3.6.1.4.1.5.10"), object.oid);
     EXPECT_EQ(BString("grpText"), object.name);
     EXPECT_EQ(BString("DispStr"), object.syntaxName);
     // What was filled may be asked with again.
     EXPECT_EQ(0, group.GetIMibInfo()->GetObjParams(object.oid, object));
     EXPECT_EQ(0, group.GetIMibInfo()->GetObjParams(object.name, object));
-    EXPECT_EQ(OidOf("1.3.6.1.4.1.5.10"), object.oid);
+    EXPECT_EQ(MakeOid("1.3.6.1.4.1.5.10"), object.oid);
     EXPECT_EQ(0, group.GetIMibInfo()->GetObjParams(BString("grp"), object));
     EXPECT_EQ(eMibObjectScalarGroup, object.kind);
     EXPECT_EQ(kNotFound, group.GetIMibInfo()->GetObjParams(BString("grpNone"), object));
@@ -210,23 +281,46 @@ TEST(MibInfo, ParametersByNameAreThoseOfItsOid)
 TEST(MibInfo, ScalarIsItsFirstEntryWhateverTheColumn)
 {
     for (SRqHndlrMapEntry* map : {CInfoScalar::s_noColumn, CInfoScalar::s_allOnes}) {
-        CInfoScalar scalar("INFO-MIB.one", OidOf("1.3.9"), map);
-        EXPECT_EQ("1 1.3.9 one INFO-MIB 2 'INTEGER' 4", Params(scalar, "1.3.9.0"));
+        CInfoScalar scalar("INFO-MIB.one", MakeOid("1.3.9"), map);
+        for (const char* below : {"1.3.9.0", "1.3.9.5", "1.3.9.4294967295", "1.3.9.7.8"})
+            EXPECT_EQ("1 1.3.9 one INFO-MIB 2 'INTEGER' 4", Params(scalar, below)) << below;
         EXPECT_EQ("1.3.9", Oid(scalar, "theScalar"));
         EXPECT_EQ("none", Oid(scalar, "second"));
-        EXPECT_TRUE(scalar.GetIMibInfo()->IsLeaf(OidOf("1.3.9")));
-        EXPECT_FALSE(scalar.GetIMibInfo()->IsLeaf(OidOf("1.3.9.0")));
+        EXPECT_TRUE(scalar.GetIMibInfo()->IsLeaf(MakeOid("1.3.9")));
+        EXPECT_FALSE(scalar.GetIMibInfo()->IsLeaf(MakeOid("1.3.9.0")));
+        EXPECT_FALSE(scalar.GetIMibInfo()->IsLeaf(MakeOid("1.3.9.4294967295")));
+        EXPECT_FALSE(scalar.GetIMibInfo()->IsLeaf(MakeOid("1.3.8")));
         EXPECT_TRUE(scalar.GetIMibInfo()->IsLeaf(BString("theScalar")));
         BOidArray oids;
         EXPECT_EQ(0, scalar.GetIMibInfo()->GetLeafList(oids));
         ASSERT_EQ(1u, oids.Count());
-        EXPECT_EQ(OidOf("1.3.9"), oids[0]);
+        EXPECT_EQ(MakeOid("1.3.9"), oids[0]);
     }
-    CInfoScalar scalar("INFO-MIB.one", OidOf("1.3.9"), CInfoScalar::s_column);
+    CInfoScalar scalar("INFO-MIB.one", MakeOid("1.3.9"), CInfoScalar::s_column);
     EXPECT_EQ("1 1.3.9.4 one INFO-MIB 2 'INTEGER' 4", Params(scalar, "1.3.9.0"));
     EXPECT_EQ("1.3.9.4", Oid(scalar, "theScalar"));
-    EXPECT_TRUE(scalar.GetIMibInfo()->IsLeaf(OidOf("1.3.9.4")));
-    EXPECT_FALSE(scalar.GetIMibInfo()->IsLeaf(OidOf("1.3.9")));
+    EXPECT_TRUE(scalar.GetIMibInfo()->IsLeaf(MakeOid("1.3.9.4")));
+    EXPECT_FALSE(scalar.GetIMibInfo()->IsLeaf(MakeOid("1.3.9")));
+    EXPECT_FALSE(scalar.GetIMibInfo()->IsLeaf(MakeOid("1.3.9.5")));
+    EXPECT_FALSE(scalar.GetIMibInfo()->IsLeaf(MakeOid("1.3.9.4.0")));
+    BOidArray oids;
+    EXPECT_EQ(0, scalar.GetIMibInfo()->GetLeafList(oids));
+    ASSERT_EQ(1u, oids.Count());
+    EXPECT_EQ(MakeOid("1.3.9.4"), oids[0]);
+}
+
+TEST(MibInfo, ScalarWithoutAnEntryHasNoObjectButItself)
+{
+    for (SRqHndlrMapEntry* map : {static_cast<SRqHndlrMapEntry*>(nullptr), CInfoScalar::s_empty}) {
+        CInfoScalar scalar("INFO-MIB.one", MakeOid("1.3.9"), map);
+        EXPECT_EQ("none", Params(scalar, "1.3.9.0"));
+        EXPECT_EQ("1 1.3.9 one INFO-MIB 231 'regPt' 0", Params(scalar, "1.3.9"));
+        EXPECT_FALSE(scalar.GetIMibInfo()->IsLeaf(MakeOid("1.3.9")));
+        EXPECT_FALSE(scalar.GetIMibInfo()->IsLeaf(MakeOid("1.3.9.0")));
+        BOidArray oids;
+        EXPECT_EQ(0, scalar.GetIMibInfo()->GetLeafList(oids));
+        EXPECT_EQ(0u, oids.Count());
+    }
 }
 
 TEST(MibInfo, LeafListsHoldEveryEntryInColumnOrder)
@@ -234,7 +328,7 @@ TEST(MibInfo, LeafListsHoldEveryEntryInColumnOrder)
     CInfoTable table;
     BOidArray oids;
     BStringArray names;
-    oids.PushBack(OidOf("7"));
+    oids.PushBack(MakeOid("7"));
     names.PushBack(BString("old"));
     EXPECT_EQ(0, table.GetIMibInfo()->GetLeafList(oids));
     EXPECT_EQ(0, table.GetIMibInfo()->GetLeafList(names));
@@ -242,7 +336,7 @@ TEST(MibInfo, LeafListsHoldEveryEntryInColumnOrder)
     ASSERT_EQ(4u, oids.Count());
     ASSERT_EQ(4u, names.Count());
     for (int i = 0; i < 4; ++i) {
-        BObjectIdentifier oid = OidOf("1.3.6.1.4.1.6.1");
+        BObjectIdentifier oid = MakeOid("1.3.6.1.4.1.6.1");
         oid.Append(static_cast<unsigned>(i) + 1);
         EXPECT_EQ(oid, oids[i]);
         EXPECT_EQ(BString(kNames[i]), names[i]);
@@ -263,6 +357,11 @@ TEST(MibInfo, EnumValueIsThatOfTheExactLabel)
     EXPECT_EQ(4, value);
     EXPECT_EQ(0, info->GetEnumValue(BString("tabStatus"), BString("CreateAndGo"), value));
     EXPECT_EQ(0, info->GetEnumValue(BString("tabStatus"), BString("createAndG"), value));
+    EXPECT_EQ(0, info->GetEnumValue(BString("tabStatus"), BString("createAndGoo"), value));
+    EXPECT_EQ(0, info->GetEnumValue(BString("tabStatus"), BString("active\0", 7), value));
+    EXPECT_EQ(0, info->GetEnumValue(BString("tabStatus\0", 10), BString("active"), value));
+    EXPECT_EQ(0, info->GetEnumValue(BString("tabstatus"), BString("active"), value));
+    EXPECT_EQ(0, info->GetEnumValue(BString("INFO-MIB.tabStatus"), BString("active"), value));
     EXPECT_EQ(0, info->GetEnumValue(BString("tabStatus"), BString(""), value));
     EXPECT_EQ(0, info->GetEnumValue(BString("tabName"), BString("active"), value));
     EXPECT_EQ(0, info->GetEnumValue(BString("none"), BString("active"), value));
@@ -284,7 +383,8 @@ TEST(MibInfo, FirstItemOfALabelOrValueDecidesAndTheListEndsAtTheNextHeader)
     EXPECT_EQ(1, info->GetEnumLabel(BString("grpEnumInt"), -7, label));
     EXPECT_EQ(BString("twice"), label);
     EXPECT_EQ(0, info->GetEnumLabel(BString("grpEnumInt"), 44, label)) << "the item of another";
-    EXPECT_EQ(0, info->GetEnumLabel(BString("grpRange"), 3, label)) << "a range has no items";
+    EXPECT_EQ(0, info->GetEnumLabel(BString("grpRange"), 3, label))
+        << "a range has no items, though one follows";
     EXPECT_EQ(0, info->GetEnumLabel(BString("grpHeaderOnly"), 0, label)) << "no item follows";
     EXPECT_EQ(0, info->GetEnumLabel(BString("grpNone"), 0, label));
     EXPECT_EQ(BString("twice"), label);
@@ -296,13 +396,13 @@ TEST(MibInfo, LeafIsAnObjectsOwnOid)
 {
     CInfoGroup group;
     IMIBInfo* info = group.GetIMibInfo();
-    EXPECT_TRUE(info->IsLeaf(OidOf("1.3.6.1.4.1.5.1")));
-    EXPECT_FALSE(info->IsLeaf(OidOf("1.3.6.1.4.1.5.1.0"))) << "an instance";
-    EXPECT_FALSE(info->IsLeaf(OidOf("1.3.6.1.4.1.5.17")));
-    EXPECT_FALSE(info->IsLeaf(OidOf("1.3.6.1.4.1.5")));
-    EXPECT_FALSE(info->IsLeaf(OidOf("1.3.6.1.4.1.6.1")));
+    EXPECT_TRUE(info->IsLeaf(MakeOid("1.3.6.1.4.1.5.1")));
+    EXPECT_FALSE(info->IsLeaf(MakeOid("1.3.6.1.4.1.5.1.0"))) << "an instance";
+    EXPECT_FALSE(info->IsLeaf(MakeOid("1.3.6.1.4.1.5.19")));
+    EXPECT_FALSE(info->IsLeaf(MakeOid("1.3.6.1.4.1.5")));
+    EXPECT_FALSE(info->IsLeaf(MakeOid("1.3.6.1.4.1.6.1")));
     EXPECT_FALSE(info->IsLeaf(BObjectIdentifier()));
-    EXPECT_FALSE(BMibInfo().IsLeaf(OidOf("1")));
+    EXPECT_FALSE(BMibInfo().IsLeaf(MakeOid("1")));
 }
 
 TEST(MibInfo, LeafByNameLooksUpTheJoinedTextWhenItHasAModule)
@@ -325,15 +425,17 @@ TEST(MibInfo, TableIsItsOwnOidOrTheOneAboveItsEntry)
     CInfoRow row;
     CInfoGroup group;
     IMIBInfo* info = table.GetIMibInfo();
-    EXPECT_TRUE(info->IsTable(OidOf("1.3.6.1.4.1.6.1")));
-    EXPECT_TRUE(info->IsTable(OidOf("1.3.6.1.4.1.6")));
-    EXPECT_FALSE(info->IsTable(OidOf("1.3.6.1.4.1")));
-    EXPECT_FALSE(info->IsTable(OidOf("1.3.6.1.4.1.6.1.1")));
-    EXPECT_FALSE(info->IsTable(OidOf("1.3.6.1.4.2.6")));
-    EXPECT_TRUE(row.GetIMibInfo()->IsTable(OidOf("1.3.6.1.4.1.7.2.9")));
-    EXPECT_FALSE(row.GetIMibInfo()->IsTable(OidOf("1.3.6.1.4.1.7.2"))) << "the entry is not 1";
-    EXPECT_FALSE(group.GetIMibInfo()->IsTable(OidOf("1.3.6.1.4.1.5")));
-    EXPECT_FALSE(BMibInfo().IsTable(OidOf("1")));
+    EXPECT_TRUE(info->IsTable(MakeOid("1.3.6.1.4.1.6.1")));
+    EXPECT_TRUE(info->IsTable(MakeOid("1.3.6.1.4.1.6")));
+    EXPECT_FALSE(info->IsTable(MakeOid("1.3.6.1.4.1")));
+    EXPECT_FALSE(info->IsTable(MakeOid("1.3.6.1.4.1.6.1.1")));
+    EXPECT_FALSE(info->IsTable(MakeOid("1.3.6.1.4.2.6")));
+    EXPECT_FALSE(info->IsTable(MakeOid("1.3.6.1.4.1.7"))) << "as long as the table's";
+    EXPECT_FALSE(info->IsTable(BObjectIdentifier()));
+    EXPECT_TRUE(row.GetIMibInfo()->IsTable(MakeOid("1.3.6.1.4.1.7.2.9")));
+    EXPECT_FALSE(row.GetIMibInfo()->IsTable(MakeOid("1.3.6.1.4.1.7.2"))) << "the entry is not 1";
+    EXPECT_FALSE(group.GetIMibInfo()->IsTable(MakeOid("1.3.6.1.4.1.5")));
+    EXPECT_FALSE(BMibInfo().IsTable(MakeOid("1")));
 }
 
 TEST(MibInfo, TableByNameComparesOnlyTheObjectPart)
@@ -347,9 +449,32 @@ TEST(MibInfo, TableByNameComparesOnlyTheObjectPart)
     EXPECT_FALSE(info->IsTable(BString("tabName")));
     EXPECT_FALSE(info->IsTable(BString("INFO-MIB")));
     EXPECT_FALSE(info->IsTable(BString("tab.x")));
+    EXPECT_FALSE(info->IsTable(BString("INFO-MIB.tabName")));
+    EXPECT_FALSE(info->IsTable(BString("INFO-MIB.tab\0", 13)));
     EXPECT_FALSE(info->IsTable(BString("")));
     EXPECT_FALSE(group.GetIMibInfo()->IsTable(BString("INFO-MIB.grp")));
     EXPECT_FALSE(BMibInfo().IsTable(BString("tab")));
+}
+
+TEST(MibInfo, RowIsATableByItsName)
+{
+    CInfoRow row;
+    EXPECT_TRUE(row.GetIMibInfo()->IsTable(BString("INFO-MIB.line")));
+    EXPECT_TRUE(row.GetIMibInfo()->IsTable(BString("line")));
+    EXPECT_FALSE(row.GetIMibInfo()->IsTable(BString("lineA")));
+}
+
+TEST(MibInfo, TableIsFoundByItsFullNameWhateverThatIs)
+{
+    CInfoTable capital("TAB");
+    EXPECT_TRUE(capital.GetIMibInfo()->IsTable(BString("TAB")));
+    EXPECT_FALSE(capital.GetIMibInfo()->IsTable(BString("TA")));
+    CInfoTable nameless("");
+    BObjectIdentifier next;
+    EXPECT_FALSE(nameless.GetIMibInfo()->IsTable(BString()));
+    EXPECT_EQ(0, nameless.GetIMibInfo()->NextInstanceInColumn(1, BString(), 2, BObjectIdentifier(),
+                                                              next));
+    EXPECT_EQ(kNotFound, nameless.GetIMibInfo()->Name2Oid(BString(), next));
 }
 
 TEST(MibInfo, NextInstanceAsksTheTableUnderItsMutex)
@@ -358,13 +483,46 @@ TEST(MibInfo, NextInstanceAsksTheTableUnderItsMutex)
     IMIBInfo* info = table.GetIMibInfo();
     BObjectIdentifier next;
     EXPECT_EQ(1, info->NextInstanceInColumn(8, BString("tab"), 2, BObjectIdentifier(), next));
-    EXPECT_EQ(OidOf("10"), next);
+    EXPECT_EQ(MakeOid("10"), next);
     EXPECT_EQ(8u, table.m_lastId);
     EXPECT_EQ(2u, table.m_lastColumn);
     EXPECT_TRUE(table.m_wasLocked);
-    EXPECT_EQ(1, info->NextInstanceInColumn(8, BString("INFO-MIB.tab"), 2, OidOf("10"), next));
-    EXPECT_EQ(OidOf("20"), next);
-    EXPECT_EQ(0, info->NextInstanceInColumn(8, BString("tab"), 2, OidOf("20"), next));
+    EXPECT_EQ(1, info->NextInstanceInColumn(8, BString("INFO-MIB.tab"), 2, MakeOid("10"), next));
+    EXPECT_EQ(MakeOid("20"), next);
+    EXPECT_EQ(0, info->NextInstanceInColumn(8, BString("tab"), 2, MakeOid("20"), next));
+    EXPECT_FALSE(IsLocked(table.Mutex())) << "released";
+}
+
+TEST(MibInfo, NextInstanceGivesWhatTheTableAnswers)
+{
+    CInfoTable table;
+    table.m_answer = 7;
+    BObjectIdentifier next;
+    EXPECT_EQ(7, table.GetIMibInfo()->NextInstanceInColumn(1, BString("tab"), 2,
+                                                           BObjectIdentifier(), next));
+}
+
+TEST(MibInfo, NextInstanceGoesByTheKindOfTheImplementation)
+{
+    struct COfNoKind : CInfoTable {
+        COfNoKind() { SetImplKind(eImplBase); }
+    } table;
+    BObjectIdentifier next;
+    EXPECT_EQ(0, table.GetIMibInfo()->NextInstanceInColumn(1, BString("tab"), 2,
+                                                           BObjectIdentifier(), next));
+}
+
+TEST(MibInfo, NextInstanceOfWhatOnlyClaimsToBeATableIsNone)
+{
+    struct CClaimsToBe : CInfoPlain {
+        explicit CClaimsToBe(unsigned kind) { SetImplKind(kind); }
+    };
+    BObjectIdentifier next;
+    for (unsigned kind : {4u, 5u, 6u, 7u}) {
+        CClaimsToBe plain(kind);
+        EXPECT_EQ(0, plain.GetIMibInfo()->NextInstanceInColumn(1, BString("pt"), 1,
+                                                               BObjectIdentifier(), next));
+    }
 }
 
 TEST(MibInfo, NextInstanceOfAnotherTableOrNoTableIsNone)
@@ -375,7 +533,8 @@ TEST(MibInfo, NextInstanceOfAnotherTableOrNoTableIsNone)
     BObjectIdentifier next;
     const BObjectIdentifier first;
     for (const char* name : {"", "other", "OTHER-MIB.tab", "tab.1", "INFO-MIB"})
-        EXPECT_EQ(0, table.GetIMibInfo()->NextInstanceInColumn(1, BString(name), 2, first, next));
+        EXPECT_EQ(0, table.GetIMibInfo()->NextInstanceInColumn(1, BString(name), 2, first, next))
+            << name;
     EXPECT_EQ(0u, table.m_lastColumn) << "not asked";
     EXPECT_EQ(0, row.GetIMibInfo()->NextInstanceInColumn(1, BString("line"), 1, first, next));
     EXPECT_EQ(0, group.GetIMibInfo()->NextInstanceInColumn(1, BString("grp"), 1, first, next));
@@ -389,6 +548,7 @@ TEST(MibInfo, NextInstanceSurvivesATableThatThrows)
     BObjectIdentifier next;
     EXPECT_EQ(0, table.GetIMibInfo()->NextInstanceInColumn(1, BString("tab"), 2,
                                                            BObjectIdentifier(), next));
+    EXPECT_FALSE(IsLocked(table.Mutex()));
     table.m_throws = false;
     EXPECT_EQ(1, table.GetIMibInfo()->NextInstanceInColumn(1, BString("tab"), 2,
                                                            BObjectIdentifier(), next));
