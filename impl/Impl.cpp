@@ -1,29 +1,13 @@
 #include <vkmibh/implbase.h>
 
-#include <cstddef>
 #include <cstring>
 
 #include "foundation/HostCall.h"
+#include "impl/SetSlots.h"
 
 namespace VLK {
 
 namespace {
-
-static_assert(offsetof(SSetSlot, scratch) == 0, "slots are handed out by their scratch field");
-
-SSetSlot* SlotAt(void** slots, int k)
-{
-    return slots ? reinterpret_cast<SSetSlot*>(slots) + k : nullptr;
-}
-
-bool IsPhaseFor(ESnmpSetOpCode op, const SSetSlot& slot)
-{
-    if (op == eSetUndo)
-        return slot.committed != 0;
-    if (op == eSetCleanup)
-        return slot.tested != 0;
-    return true;
-}
 
 // The OID a walk was asked to go on from. Every OID of the protocol fits the
 // array (RFC 2578 section 3.5: 128 arcs), so a step of the walk allocates
@@ -157,7 +141,7 @@ int BMibImpl::Set(unsigned id, const BVarBindList& list, ESnmpSetOpCode op, void
     int result = eSnmpNoError;
     for (int k = 0; k < count; ++k) {
         SSetSlot* slot = SlotAt(slots, k);
-        if (slot && !IsPhaseFor(op, *slot))
+        if (!IsPhaseFor(op, slot))
             continue;
         if (slot && op == eSetTest)
             slot->position = first + k;

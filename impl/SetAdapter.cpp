@@ -2,6 +2,7 @@
 #include <vkmibh/maprows.h>
 
 #include "impl/KindSyntax.h"
+#include "impl/SetSlots.h"
 
 namespace VLK {
 
@@ -80,29 +81,6 @@ bool IsDisplayString(const BOctetString& octets)
     }
     return true;
 }
-
-// Notes, once its handler has returned or thrown, that a binding went through a
-// phase: what a handler began before it threw must be undone and released too.
-class PhaseMark {
-public:
-    PhaseMark(void** slot, ESnmpSetOpCode op)
-        : m_record(reinterpret_cast<SSetSlot*>(slot)), m_op(op)
-    {
-    }
-    ~PhaseMark()
-    {
-        if (m_record && m_op == eSetTest)
-            m_record->tested = 1;
-        else if (m_record && m_op == eSetCommit)
-            m_record->committed = 1;
-    }
-    PhaseMark(const PhaseMark&) = delete;
-    PhaseMark& operator=(const PhaseMark&) = delete;
-
-private:
-    SSetSlot* m_record;
-    ESnmpSetOpCode m_op;
-};
 
 // One call of a row's set handler.
 struct SSetCall {
