@@ -1,4 +1,6 @@
-#include <vkmibh/console.h>
+#include <vkmibh/cmdhandler.h>
+
+#include "console/CliText.h"
 
 namespace VLK {
 
@@ -8,16 +10,13 @@ constexpr int kEndOfTable = -1;
 
 bool IsEnd(const SCmdMapEntry& row) { return row.id == kEndOfTable; }
 
-bool HasName(const SCmdMapEntry& row, const BString& name)
-{
-    return row.name && name.compare(0, BString::npos, row.name, BString::Strlen(row.name)) == 0;
-}
-
 } // namespace
 
 const SCmdMapEntry BCmdHandler::s_cliEntries[] = {{kEndOfTable, nullptr, nullptr, nullptr}};
 // CONTRACT: the quote characters belong to the name; console messages show it so.
 const char BCmdHandler::s_cmdHandlerName[] = "\"BCmdHandler\"";
+
+ICmdStream::~ICmdStream() = default;
 
 ICmdHandler::~ICmdHandler() = default;
 
@@ -80,7 +79,7 @@ const SCmdMapEntry* BCmdHandler::CmdFind(const BString& name) const
     if (!row || name.empty())
         return nullptr;
     for (; !IsEnd(*row); ++row) {
-        if (HasName(*row, name))
+        if (row->name && IsText(name, row->name))
             return row;
     }
     return nullptr;
@@ -91,10 +90,7 @@ int BCmdHandler::CmdId(const BString& name, ICmdStream& out) const
     const SCmdMapEntry* const row = CmdFind(name);
     if (row)
         return row->id;
-    static const char s_message[] = ": unknown command.\n";
-    BString text(name);
-    text.Append(s_message, sizeof s_message - 1);
-    out.Write(text);
+    WriteText(out, name, ": unknown command.\n");
     // CONTRACT: the id of a table's first row too; callers come here only with
     // names that the console has found.
     return 0;

@@ -1,25 +1,14 @@
+#include "tests/support/ScriptedStream.h"
 #include "tests/support/VtableSlot.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <string>
-#include <vkmibh/console.h>
+#include <vkmibh/cmdhandler.h>
 
 namespace VLK {
 namespace {
 
-// What was written, piece by piece.
-class Recorder : public ICmdStream {
-public:
-    int GetLine(BString&) override { return 0; }
-    int Write(const BString& text) override
-    {
-        ++writes;
-        written.append(text.c_str(), text.length());
-        return 0;
-    }
-    std::string written;
-    int writes = 0;
-};
+using Test::ScriptedStream;
 
 class Plain : public BCmdHandler {
 public:
@@ -126,6 +115,19 @@ TEST(CmdHandler, FindIsExact)
     EXPECT_EQ(clock.CmdFind(BString()), nullptr);
 }
 
+TEST(CmdHandler, EmptyNameFindsNothingAlsoWhenARowHasIt)
+{
+    static const SCmdMapEntry s_rows[] = {{5, "", "unreachable", "<none>"},
+                                          {-1, nullptr, nullptr, nullptr}};
+    Clock clock;
+    clock.map = s_rows;
+    EXPECT_STREQ(clock.CmdNameAt(0), "");
+    EXPECT_EQ(clock.CmdFind(""), nullptr);
+    EXPECT_EQ(clock.CmdId(""), -1);
+    EXPECT_EQ(clock.CmdGetDescr(""), nullptr);
+    EXPECT_EQ(clock.CmdGetArgsDescr(""), nullptr);
+}
+
 TEST(CmdHandler, FirstRowOfANameWins)
 {
     Clock clock;
@@ -149,20 +151,20 @@ TEST(CmdHandler, TextsOfACommand)
 TEST(CmdHandler, IdOfAKnownCommandIsNotReported)
 {
     Clock clock;
-    Recorder out;
+    ScriptedStream out;
     EXPECT_EQ(clock.CmdId("time", out), 7);
-    EXPECT_EQ(out.writes, 0);
+    EXPECT_EQ(out.texts.size(), 0u);
 }
 
 TEST(CmdHandler, IdOfAnUnknownCommandIsReportedAndZero)
 {
     Clock clock;
-    Recorder out;
+    ScriptedStream out;
     EXPECT_EQ(clock.CmdId("getn", out), 0);
-    EXPECT_EQ(out.written, "getn: unknown command.\n");
-    EXPECT_EQ(out.writes, 1);
+    EXPECT_THAT(out.texts, testing::ElementsAre("getn: unknown command.\n"));
     EXPECT_EQ(clock.CmdId(BString(), out), 0);
-    EXPECT_EQ(out.written, "getn: unknown command.\n: unknown command.\n");
+    EXPECT_THAT(out.texts,
+                testing::ElementsAre("getn: unknown command.\n", ": unknown command.\n"));
 }
 
 TEST(CmdHandler, VirtualsKeepTheirSlots)
