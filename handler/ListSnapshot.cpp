@@ -1,30 +1,12 @@
 #include "handler/ListSnapshot.h"
 
+#include "values/WholeCopy.h"
+
 #include <cstring>
 #include <new>
 #include <utility>
 
 namespace VLK {
-
-namespace {
-
-// A copy made without enough memory has empty names and values.
-bool IsWhole(const BVarBindList& copy, const BVarBindList& list)
-{
-    if (copy.Count() != list.Count())
-        return false;
-    for (int i = 0; i < static_cast<int>(list.Count()); ++i) {
-        const BObjectSyntax& value = list[i].Value();
-        const BObjectSyntax& copied = copy[i].Value();
-        if (copy[i].Name().Length() != list[i].Name().Length() ||
-            copied.Octets().Length() != value.Octets().Length() ||
-            copied.ObjectId().Length() != value.ObjectId().Length())
-            return false;
-    }
-    return true;
-}
-
-} // namespace
 
 ListSnapshot::ListSnapshot(const BVarBindList& list)
     : m_valid(true), m_packed(true), m_count(list.Count()), m_words(m_inline)
@@ -37,7 +19,7 @@ ListSnapshot::ListSnapshot(const BVarBindList& list)
     }
     if (!m_packed || words > ~0u) {
         m_packed = false;
-        m_valid = m_full.Assign(list) && IsWhole(m_full, list);
+        m_valid = CopyWhole(m_full, list);
         return;
     }
     Pack(list, static_cast<unsigned>(words));

@@ -42,9 +42,6 @@ constexpr char kDoNotSerializeSet[] = "DoNotSerializeSet";
 
 std::atomic<bool> g_bSerializeSet{true};
 
-const SCmdMapEntry BMibHandler::s_cliEntries[] = {{-1, nullptr, nullptr, nullptr}};
-const char BMibHandler::s_cmdHandlerName[] = "\"BMibHandler\"";
-
 const char* LabelErrorStatus(int status)
 {
     return status >= 0 && status < kStatusCount ? kStatusLabels[status] : "? unknown error status?";
@@ -133,18 +130,5 @@ int BMibHandler::Query(int pduType, int transactionId, const BSecurityParams& se
 }
 
 ITransactions* BMibHandler::GetITransactions() { return &m_transactions; }
-
-int BMibHandler::CmdExecute(ICmdStream& out, const BString& cmd, const BStringArray&,
-                            const BSecurityParams&, const BString&)
-{
-    BString text(cmd);
-    text.Append(": not available\n", 16);
-    out.Write(text);
-    return 0;
-}
-
-const char* BMibHandler::CmdGetHndlrName() const { return s_cmdHandlerName; }
-
-const SCmdMapEntry* BMibHandler::CmdGetMap() const { return s_cliEntries; }
 
 } // namespace VLK

@@ -1,5 +1,7 @@
 #include "handler/SetRequest.h"
 
+#include <vkmibh/rowstatus.h>
+
 #include "foundation/HostCall.h"
 #include "handler/BindingRun.h"
 
@@ -107,10 +109,25 @@ int SetRequest::Cleanup(int status, int& errorIndex)
             // CONTRACT: a failed cleanup ends the phase and replaces the
             // result, also that of a SET that was committed.
             errorIndex = index + 1;
+            ForgetRows(first + length, prepared);
             return cleanupStatus;
         }
     }
     return status;
+}
+
+// What row-status tables noted of the SET goes also where their cleanup does not come.
+void SetRequest::ForgetRows(int first, int end)
+{
+    int length = 0;
+    for (; first < end; first += length) {
+        length = RecordedRunLength(first, end);
+        BMibSubtreeHandler* const owner = m_slots[first].owner;
+        if (owner->ImplKind() != eImplTableEx && owner->ImplKind() != eImplTableEx2)
+            continue;
+        if (auto* const table = dynamic_cast<BMibTableImplEx*>(owner))
+            table->ForgetRows(m_list, first, length);
+    }
 }
 
 int SetRequest::RecordedRunLength(int first, int end) const

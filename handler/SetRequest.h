@@ -28,6 +28,7 @@ private:
     int Commit(int& failedAt);
     int Undo(int failedAt, int commitStatus, int& errorIndex);
     int Cleanup(int status, int& errorIndex);
+    void ForgetRows(int first, int end);
     int RecordedRunLength(int first, int end) const;
     int Call(ESnmpSetOpCode op, int first, int length, int& index);
 

@@ -1,4 +1,4 @@
-// The handler's life, its dispatch of requests and its place on the console.
+// The handler's life and its dispatch of requests.
 #include "tests/support/FakeAccess.h"
 #include "tests/support/FakeStore.h"
 #include "tests/support/ListHandler.h"
@@ -242,35 +242,6 @@ TEST(MibHandler, SystemGroupDoesNotAnswerBeforeInit)
     Client client(handler);
     EXPECT_EQ(0, client.Get({"1.3.6.1.2.1.1.5.0"}));
     EXPECT_EQ(eNoSuchObject, client.SyntaxAt(0));
-}
-
-class TextStream : public ICmdStream {
-public:
-    int GetLine(BString&) override { return 0; }
-    int Write(const BString& line) override
-    {
-        text += line.c_str();
-        return 1;
-    }
-    std::string text;
-};
-
-TEST(MibHandler, ItsNameOnTheConsoleIsQuoted)
-{
-    BMibHandler handler(nullptr);
-    EXPECT_STREQ("\"BMibHandler\"", handler.CmdHndlrName());
-    const BCmdHandler& base = handler;
-    EXPECT_STREQ("\"BMibHandler\"", base.CmdGetHndlrName());
-}
-
-TEST(MibHandler, ItsCommandsAreNotAvailable)
-{
-    BMibHandler handler(nullptr);
-    EXPECT_EQ(0, handler.CmdCount());
-    TextStream out;
-    BCmdHandler& base = handler;
-    base.CmdExecute(out, BString("get"), BStringArray(), BSecurityParams(), BString());
-    EXPECT_EQ("get: not available\n", out.text);
 }
 
 } // namespace
