@@ -1,39 +1,134 @@
 #include "host/Agent.h"
 
+#include "host/Console.h"
 #include "host/Dispatcher.h"
+#include "host/EditedLines.h"
 #include "host/HostError.h"
 #include "host/Log.h"
-#include "host/Options.h"
+#include "host/PlainLines.h"
 #include "host/StopSignals.h"
 #include "host/Store.h"
 #include "host/StorePath.h"
+#include "host/access/ReportingHandler.h"
+#include "host/agents/AuthenticationTraps.h"
+#include "host/agents/HostAgents.h"
+#include "host/config/ConfigFile.h"
 #include "host/wire/NetSnmpEngine.h"
+#include "modules/ViewTreeFamily.h"
 
+#include <fcntl.h>
 #include <iostream>
-#include <vkmibh/handler.h>
+#include <memory>
 
 namespace VLK::host {
 
 namespace {
 
-void Serve(const SOptions& options)
+// What an agent without a store keeps of a SET.
+class NoSaves : public ISetSaves {
+public:
+    void Hold() override {}
+    bool SaveHeld() override { return true; }
+};
+
+constexpr const char* kGreeting =
+    "Type ? to list the commands, help COMMAND to explain one, q to end the agent.\n"
+    "Try get 1.3.6.1.2.1.1.1.0 (sysDescr), set 1.3.6.1.2.1.1.4.0 4 me (sysContact).\n";
+
+// What is closed would be taken by the next file that is opened: the store's, say.
+void OpenStandardDescriptors()
 {
-    BStopSignals stop; // before any thread starts, so that all of them leave the signals alone
-    BStore store(options.store.empty() ? DefaultStorePath() : options.store);
+    for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) != descriptor)
+            throw BHostError(eExitUsage, "cannot open /dev/null");
+    }
+}
+
+std::unique_ptr<ICmdStream> OpenStream(const SOptions& options, const BStopSignals& stop,
+                                       const BTerminal* terminal,
+                                       const std::vector<ICmdHandler*>& handlers)
+{
+    if (!terminal)
+        return std::make_unique<BPlainLines>(stop.Descriptor());
+    auto lines =
+        std::make_unique<BEditedLines>(stop.Descriptor(), *terminal, CommandNames(handlers),
+                                       options.withoutStore ? "" : HistoryFile());
+    lines->Write(BString(kGreeting));
+    return lines;
+}
+
+std::unique_ptr<BStore> OpenStore(const SOptions& options, const SConfiguration& configuration)
+{
+    if (options.withoutStore)
+        return nullptr;
+    auto store = std::make_unique<BStore>(configuration.store.empty() ? DefaultStorePath()
+                                                                      : configuration.store);
+    if (options.resetStore)
+        store->Reset();
+    return store;
+}
+
+void AddGroup(IMIBHandler& handler, BMibImplGroup& group)
+{
+    if (!handler.RegisterGroup(&group) || group.Init() != group.GetNumImpls())
+        throw std::bad_alloc();
+}
+
+// It is there as long as modules may raise traps: always.
+BTrapGate& TrapGate()
+{
+    static auto* const gate = new BTrapGate;
+    return *gate;
+}
+
+// From coldStart to the end, however it comes.
+struct SRun {
+    explicit SRun(BHostAgents& hostAgents) : agents(hostAgents) { agents.Start(); }
+    ~SRun() { agents.Stop(); }
+    BHostAgents& agents;
+};
+
+void Serve(const SOptions& options, const FAddModules& addModules)
+{
+    SConfiguration configuration = Configure(options);
+    EConsole kind = ChooseConsole(options.console);
+    // Before any thread starts, so that all of them leave the signals alone.
+    BStopSignals stop(kind == eConsoleEditing ? BStopSignals::eHangupEnds
+                                              : BStopSignals::eHangupKills);
+    std::unique_ptr<BTerminal> terminal;
+    if (kind == eConsoleEditing)
+        terminal = std::make_unique<BTerminal>();
+    std::unique_ptr<BStore> store = OpenStore(options, configuration);
+    NoSaves noSaves;
     BTime time;
     time.RecordStartTime();
-    BCommunityAccess access(options.communities);
-    BMibHandler handler(&access);
-    handler.Init(&time, &store);
-    BDispatcher dispatcher(handler, access, store);
-    BNetSnmpEngine engine(dispatcher);
+    BAccess access(configuration, store.get());
+    modules::SSnmpCounters counters;
+    modules::CSnmpModule snmp(counters, store.get());
+    modules::CViewModule views(access.Views(), store.get());
+    BReportingHandler handler(access, store ? *store : static_cast<ISetSaves&>(noSaves));
+    handler.Init(&time, store.get());
+    AddGroup(handler, snmp);
+    AddGroup(handler, views);
+    BTrapGate& gate = TrapGate();
+    BHostAgents agents(time, access, gate);
+    addModules(handler, gate);
+    BAuthenticationTraps failures(snmp.Group(), gate);
+    BDispatcher dispatcher(handler, access, counters, &failures);
+    BNetSnmpEngine engine(dispatcher, counters);
 
-    std::vector<BTransportAddress> open;
-    for (const BTransportAddress& address : options.listen)
-        open.push_back(engine.Open(address));
-    for (const BTransportAddress& address : open)
+    agents.Open(engine, configuration);
+    for (const BTransportAddress& address : agents.Addresses())
         LogLine("ready on " + address.ToString());
+    std::vector<ICmdHandler*> commands{&handler, &agents.Registry()};
+    SRun run(agents);
+    std::unique_ptr<BConsole> console;
+    if (kind != eConsoleOff)
+        console = std::make_unique<BConsole>(
+            commands, OpenStream(options, stop, terminal.get(), commands), stop);
     engine.Serve(stop.Descriptor());
+    if (console)
+        console->End();
 }
 
 // The library's singletons end with the agent, however it ends.
@@ -41,17 +136,15 @@ struct SSingletonsEnd {
     ~SSingletonsEnd() { BSingletons::DestroyAll(); }
 };
 
-} // namespace
-
-int RunAgent(int argc, const char* const* argv)
+// An exit status for every way to end.
+int ExitStatusOf(const std::function<int()>& run)
 {
     try {
-        SOptions options;
-        if (std::optional<int> status = ParseOptions(argc, argv, options, std::cout))
-            return *status;
-        SSingletonsEnd end;
-        Serve(options);
-        return eExitDone;
+        return run();
+    } catch (const BConfigError& error) {
+        for (const std::string& line : error.Lines())
+            LogLine(line);
+        return error.Status();
     } catch (const BHostError& error) {
         LogLine(error.what());
         return error.Status();
@@ -59,6 +152,33 @@ int RunAgent(int argc, const char* const* argv)
         LogLine(error.what());
         return eExitStore;
     }
+}
+
+} // namespace
+
+int RunAgent(int argc, const char* const* argv)
+{
+    return ExitStatusOf([&] {
+        SOptions options;
+        if (std::optional<int> status = ParseOptions(argc, argv, options, std::cout))
+            return *status;
+        if (options.checkConfig) {
+            Configure(options);
+            std::cout << options.config << ": no problems found\n";
+            return static_cast<int>(eExitDone);
+        }
+        return RunAgent(options, [](IMIBHandler&, ITrapSender&) {});
+    });
+}
+
+int RunAgent(const SOptions& options, const FAddModules& addModules)
+{
+    return ExitStatusOf([&] {
+        OpenStandardDescriptors();
+        SSingletonsEnd end;
+        Serve(options, addModules);
+        return static_cast<int>(eExitDone);
+    });
 }
 
 } // namespace VLK::host

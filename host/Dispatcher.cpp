@@ -4,6 +4,8 @@
 #include "host/GetBulk.h"
 #include "host/RequestTransaction.h"
 
+#include <algorithm>
+
 namespace VLK::host {
 
 namespace {
@@ -27,6 +29,15 @@ void AnswerTooBig(const SRequest& request, SResponse& response)
     response.bindings.clear();
 }
 
+// Whether it may be for want of a view that the answer is none.
+bool MayBeRefused(const SResponse& response)
+{
+    return response.status != eSnmpNoError ||
+           std::any_of(
+               response.bindings.begin(), response.bindings.end(),
+               [](const BVarBind& binding) { return binding.Value().Syntax() == eEndOfMibView; });
+}
+
 BMessageBudget BudgetOf(const SRequest& request)
 {
     return {request.maxMessage, request.community.size(), request.requestId};
@@ -42,34 +53,76 @@ void Finish(const SRequest& request, SResponse& response)
 
 } // namespace
 
-BDispatcher::BDispatcher(IMIBHandler& handler, const BCommunityAccess& access, ISetSaves& saves)
-    : m_handler(handler), m_access(access), m_saves(saves)
+BDispatcher::BDispatcher(IMIBHandler& handler, BAccess& access, modules::SSnmpCounters& counters,
+                         IAuthenticationFailures* failures)
+    : m_handler(handler), m_access(access), m_counters(counters), m_failures(failures)
 {
+}
+
+// The name of an unknown community is not logged: it may be a secret, mistyped.
+const SRequester* BDispatcher::Admit(const SRequest& request)
+{
+    BCommunities::EAdmission admission;
+    const SRequester* requester =
+        m_access.Communities().Admit(request.community, request.remote, admission);
+    if (!requester) {
+        ++m_counters.inBadCommunityNames;
+        if (m_failures)
+            m_failures->OnAuthenticationFailure();
+        m_access.Unanswered().Write([&] {
+            std::string from = "no answer to " + request.remote.ToString() + ": ";
+            return admission == BCommunities::eUnknownCommunity
+                       ? from + "its community is unknown"
+                       : from + "the community '" + request.community + "' is not answered there";
+        });
+    }
+    return requester;
 }
 
 bool BDispatcher::Handle(SRequest& request, SResponse& response)
 {
-    if (!m_access.Admits(request.community, request.remote))
+    const SRequester* requester = Admit(request);
+    if (!requester)
         return false;
     response = SResponse();
+    if (!Answer(request, *requester, response))
+        return false;
+    CountBadUse(request, *requester, response);
+    Finish(request, response);
+    return true;
+}
+
+bool BDispatcher::Answer(SRequest& request, const SRequester& requester, SResponse& response)
+{
     switch (request.pduType) {
     case ePduGet:
     case ePduGetNext:
-        AnswerList(request, response);
+        AnswerList(request, requester, response);
         break;
     case ePduGetBulk:
         if (request.protocol == eSnmpV1)
             return false;
-        AnswerBulk(request, response);
+        AnswerBulk(request, requester, response);
         break;
     case ePduSet:
-        AnswerSet(request, response);
+        AnswerSet(request, requester, response);
         break;
     default:
         return false;
     }
-    Finish(request, response);
     return true;
+}
+
+// An operation for which the community has no view at all.
+void BDispatcher::CountBadUse(const SRequest& request, const SRequester& requester,
+                              const SResponse& response)
+{
+    EViewType type = request.pduType == ePduSet ? eViewWrite : eViewRead;
+    if (MayBeRefused(response) &&
+        m_access.Vacm()
+                .FindView(requester.Security(request.protocol), type, requester.context)
+                .answer != eVacmAllowed)
+        ++m_counters.inBadCommunityUses;
 }
 
 void BDispatcher::AnswerInstead(int status, const SRequest& request, SResponse& response)
@@ -79,13 +132,14 @@ void BDispatcher::AnswerInstead(int status, const SRequest& request, SResponse& 
     Finish(request, response);
 }
 
-void BDispatcher::AnswerList(SRequest& request, SResponse& response)
+// The answers take the places of the request's bindings.
+void BDispatcher::AnswerList(SRequest& request, const SRequester& requester, SResponse& response)
 {
-    BSecurityParams security = SecurityOf(request);
-    BRequestTransaction transaction(request, security);
-    BVarBindList list = request.bindings;
+    const BSecurityParams& security = requester.Security(request.protocol);
+    BRequestTransaction transaction(request, security, requester.context);
+    BVarBindList& list = request.bindings;
     response.status = m_handler.Query(request.pduType, static_cast<int>(transaction.Id()), security,
-                                      BString(), list, response.index);
+                                      requester.context, list, response.index);
     if (response.status != eSnmpNoError)
         return;
     BMessageBudget budget = BudgetOf(request);
@@ -99,13 +153,14 @@ void BDispatcher::AnswerList(SRequest& request, SResponse& response)
     }
 }
 
-void BDispatcher::AnswerBulk(const SRequest& request, SResponse& response)
+void BDispatcher::AnswerBulk(const SRequest& request, const SRequester& requester,
+                             SResponse& response)
 {
-    BSecurityParams security = SecurityOf(request);
-    BRequestTransaction transaction(request, security);
+    const BSecurityParams& security = requester.Security(request.protocol);
+    BRequestTransaction transaction(request, security, requester.context);
     auto step = [&](BVarBindList& list, int& errorIndex) {
-        return m_handler.Query(ePduGetBulk, static_cast<int>(transaction.Id()), security, BString(),
-                               list, errorIndex);
+        return m_handler.Query(ePduGetBulk, static_cast<int>(transaction.Id()), security,
+                               requester.context, list, errorIndex);
     };
     BMessageBudget budget = BudgetOf(request);
     response.status =
@@ -113,25 +168,33 @@ void BDispatcher::AnswerBulk(const SRequest& request, SResponse& response)
                       response.bindings, response.index);
 }
 
-void BDispatcher::AnswerSet(SRequest& request, SResponse& response)
+void BDispatcher::AnswerSet(SRequest& request, const SRequester& requester, SResponse& response)
 {
-    if (request.unfitStatus != eSnmpNoError) {
-        bool allowed = m_access.MayWrite(request.community);
-        response.status = allowed ? request.unfitStatus : eSnmpNoAccess;
-        response.index = allowed ? request.unfitIndex : 1;
-        return;
-    }
-    BSecurityParams security = SecurityOf(request);
-    BRequestTransaction transaction(request, security);
-    m_saves.Hold();
+    if (request.unfitStatus != eSnmpNoError)
+        return AnswerUnfit(request, requester, response);
+    const BSecurityParams& security = requester.Security(request.protocol);
+    BRequestTransaction transaction(request, security, requester.context);
     response.status = m_handler.Query(ePduSet, static_cast<int>(transaction.Id()), security,
-                                      BString(), request.bindings, response.index);
-    // Also after a failure: what was undone may have to be saved.
-    if (!m_saves.SaveHeld() && response.status == eSnmpNoError) {
-        response.status = eSnmpUndoFailed;
-        response.index = 0;
-    }
+                                      requester.context, request.bindings, response.index);
     response.echo = true;
+}
+
+// Who may not write learns that, and not what is wrong with the values.
+void BDispatcher::AnswerUnfit(const SRequest& request, const SRequester& requester,
+                              SResponse& response)
+{
+    const BSecurityParams& security = requester.Security(request.protocol);
+    response.status = request.unfitStatus;
+    response.index = request.unfitIndex;
+    for (int i = 0; i < static_cast<int>(request.bindings.Count()); ++i) {
+        SVacmDecision decision = m_access.Vacm().Decide(security, eViewWrite, requester.context,
+                                                        request.bindings[i].Name());
+        if (decision.answer != eVacmAllowed) {
+            response.status = eSnmpNoAccess;
+            response.index = i + 1;
+            return;
+        }
+    }
 }
 
 } // namespace VLK::host

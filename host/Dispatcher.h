@@ -1,34 +1,47 @@
 // From a request to its answer.
 #pragma once
 
-#include "host/CommunityAccess.h"
 #include "host/Engine.h"
-#include "host/SetSaves.h"
+#include "host/access/Access.h"
+#include "modules/SnmpCounters.h"
 
 namespace VLK::host {
+
+// Is told of every request under a community that is unknown, or not answered there.
+class IAuthenticationFailures {
+public:
+    virtual ~IAuthenticationFailures() = default;
+    virtual void OnAuthenticationFailure() = 0;
+};
 
 // Answers requests from the MIB handler: admits by community, opens the
 // transaction, asks, and gives the answer the form of its protocol version.
 //
-// A SET whose values could not be written to the store is not acknowledged:
-// it is answered undoFailed, since the values are in force but not kept.
-//
-// Threads: unchanging after construction; as safe side by side as Query() is.
+// Ownership: what it is given outlives it.
+// Threads:   unchanging after construction; as safe side by side as Query() is.
 class BDispatcher : public IRequestHandler {
 public:
-    BDispatcher(IMIBHandler& handler, const BCommunityAccess& access, ISetSaves& saves);
+    // Nobody needs to be told of failures.
+    BDispatcher(IMIBHandler& handler, BAccess& access, modules::SSnmpCounters& counters,
+                IAuthenticationFailures* failures = nullptr);
 
     bool Handle(SRequest& request, SResponse& response) override;
     void AnswerInstead(int status, const SRequest& request, SResponse& response) override;
 
 private:
-    void AnswerList(SRequest& request, SResponse& response);
-    void AnswerBulk(const SRequest& request, SResponse& response);
-    void AnswerSet(SRequest& request, SResponse& response);
+    const SRequester* Admit(const SRequest& request);
+    bool Answer(SRequest& request, const SRequester& requester, SResponse& response);
+    void CountBadUse(const SRequest& request, const SRequester& requester,
+                     const SResponse& response);
+    void AnswerList(SRequest& request, const SRequester& requester, SResponse& response);
+    void AnswerBulk(const SRequest& request, const SRequester& requester, SResponse& response);
+    void AnswerSet(SRequest& request, const SRequester& requester, SResponse& response);
+    void AnswerUnfit(const SRequest& request, const SRequester& requester, SResponse& response);
 
     IMIBHandler& m_handler;
-    const BCommunityAccess& m_access;
-    ISetSaves& m_saves;
+    BAccess& m_access;
+    modules::SSnmpCounters& m_counters;
+    IAuthenticationFailures* m_failures;
 };
 
 } // namespace VLK::host

@@ -1,7 +1,7 @@
 // The narrow seam between a protocol engine and what answers requests.
 #pragma once
 
-#include "host/Request.h"
+#include "host/Notification.h"
 
 namespace VLK::host {
 
@@ -15,12 +15,22 @@ public:
     virtual void AnswerInstead(int status, const SRequest& request, SResponse& response) = 0;
 };
 
-class IEngine {
+// What happens at one listening address.
+//
+// Threads: the engine counts; any may read, suspend and resume.
+struct STraffic {
+    // Messages are taken away and get no answer.
+    std::atomic<bool> isSuspended{false};
+    std::atomic<unsigned> received{0};
+    std::atomic<unsigned> answered{0};
+    std::atomic<unsigned> dropped{0}; // while it was suspended
+};
+
+class IEngine : public INotifier {
 public:
-    virtual ~IEngine() = default;
     // Starts listening; returns the address as it is, also for port 0. Throws
-    // BHostError when it is not to be had.
-    virtual BTransportAddress Open(const BTransportAddress& address) = 0;
+    // BHostError when it is not to be had. The traffic outlives the engine.
+    virtual BTransportAddress Open(const BTransportAddress& address, STraffic& traffic) = 0;
     // Serves until `stopDescriptor` becomes readable.
     virtual void Serve(int stopDescriptor) = 0;
 };

@@ -5,8 +5,32 @@
 
 namespace VLK::host {
 
-// Writes "vkagentd: " and the text as one line, with one write; control
-// characters of the text become blanks.
+// Writes the program's name, ": " and the text as one line, with one write;
+// control characters become blanks.
+//
+// Threads: any.
 void LogLine(const std::string& text);
+
+// Who is writing a line of its own where log lines go: an edited line on the
+// terminal.
+//
+// Threads: called on the threads that log, one at a time.
+class ILineOwner {
+public:
+    virtual ~ILineOwner() = default;
+    // What to write before the log line, to have the row for it.
+    virtual std::string GiveWay() = 0;
+    // The log line is written; the owner's may be drawn again, below it.
+    virtual void TakeBack() = 0;
+};
+
+// While it lives, log lines respect the owner.
+class BLineOwnership {
+public:
+    explicit BLineOwnership(ILineOwner& owner);
+    ~BLineOwnership();
+    BLineOwnership(const BLineOwnership&) = delete;
+    BLineOwnership& operator=(const BLineOwnership&) = delete;
+};
 
 } // namespace VLK::host

@@ -1,8 +1,8 @@
-// The command line of vkagentd.
+// The command line of vkagentd, and what it makes together with a configuration
+// file.
 #pragma once
 
-#include "host/CommunityAccess.h"
-#include "host/TransportAddress.h"
+#include "host/config/Configuration.h"
 
 #include <optional>
 #include <ostream>
@@ -11,12 +11,26 @@
 
 namespace VLK::host {
 
+// A community that reads everything, or writes it too, from anywhere.
+struct SCommunityOption {
+    std::string name;
+    bool writable = false;
+};
+
 struct SOptions {
     std::vector<BTransportAddress> listen;
-    // Empty: `public` reads, from this machine only.
-    std::vector<SCommunity> communities;
-    // Empty: the file under the user's state directory.
+    std::vector<SCommunityOption> communities;
     std::string store;
+    // The configuration file, and whether to test it and go.
+    std::string config;
+    bool checkConfig = false;
+    // What managers set before is forgotten.
+    bool resetStore = false;
+    // Nothing is kept: no file is opened, and what managers set ends with the
+    // agent. Not on the command line.
+    bool withoutStore = false;
+    // Nothing: a console for the operator who started the agent on a terminal.
+    std::optional<bool> console;
 };
 
 // Reads the command line. --help and --version are answered on `out` and give
@@ -24,5 +38,11 @@ struct SOptions {
 // Throws BHostError for a line that cannot be followed.
 std::optional<int> ParseOptions(int argc, const char* const* argv, SOptions& options,
                                 std::ostream& out);
+
+// What the options and their file make together. Addresses and the store of the
+// options go before those of the file; communities are added to those of the
+// file. Without a file and a community, `public` sees the view `systemonly`, from
+// this machine. Throws BHostError, and BConfigError for the file.
+SConfiguration Configure(const SOptions& options);
 
 } // namespace VLK::host

@@ -13,25 +13,25 @@ bool ToIpAddress(const BTransportAddress& from, BIpAddress& address)
     return true;
 }
 
+thread_local const SRequest* t_request = nullptr;
+
 } // namespace
 
-BSecurityParams SecurityOf(const SRequest& request)
-{
-    BSecurityParams security;
-    security.securityModel = request.protocol == eSnmpV1 ? 1 : 2;
-    security.securityName =
-        BString(request.community.data(), static_cast<unsigned>(request.community.size()));
-    security.securityLevel = 1;
-    return security;
-}
-
-BRequestTransaction::BRequestTransaction(const SRequest& request, const BSecurityParams& security)
-    : BTransaction(request.protocol), m_request(request), m_security(security),
+BRequestTransaction::BRequestTransaction(const SRequest& request, const BSecurityParams& security,
+                                         const BString& context)
+    : BTransaction(request.protocol), m_request(request), m_security(security), m_context(context),
       m_id(BTransactions::GetInstance()->StartTransaction(this))
 {
+    t_request = &request;
 }
 
-BRequestTransaction::~BRequestTransaction() { BTransactions::GetInstance()->EndTransaction(m_id); }
+BRequestTransaction::~BRequestTransaction()
+{
+    t_request = nullptr;
+    BTransactions::GetInstance()->EndTransaction(m_id);
+}
+
+const SRequest* BRequestTransaction::OfThisThread() { return t_request; }
 
 bool BRequestTransaction::GetParams(BTransactionParameters& params)
 {
@@ -41,7 +41,7 @@ bool BRequestTransaction::GetParams(BTransactionParameters& params)
     params.securityModel = m_security.securityModel;
     params.securityName = m_security.securityName;
     params.securityLevel = m_security.securityLevel;
-    params.contextName = BString();
+    params.contextName = m_context;
     return true;
 }
 

@@ -7,14 +7,12 @@
 
 namespace VLK::host {
 
-// The security parameters of a request: model 1 or 2, the community as
-// security name, noAuthNoPriv (RFC 3584 section 5.2).
-BSecurityParams SecurityOf(const SRequest& request);
-
-// Open from construction to destruction.
+// Open from construction to destruction, which are on the thread that serves the
+// request.
 class BRequestTransaction : public BTransaction {
 public:
-    BRequestTransaction(const SRequest& request, const BSecurityParams& security);
+    BRequestTransaction(const SRequest& request, const BSecurityParams& security,
+                        const BString& context);
     ~BRequestTransaction() override;
     BRequestTransaction(const BRequestTransaction&) = delete;
     BRequestTransaction& operator=(const BRequestTransaction&) = delete;
@@ -27,9 +25,14 @@ public:
 
     unsigned Id() const { return m_id; }
 
+    // The request that the calling thread serves; null when it serves none, as the
+    // console's.
+    static const SRequest* OfThisThread();
+
 private:
     const SRequest& m_request;
     const BSecurityParams& m_security;
+    const BString& m_context;
     unsigned m_id;
 };
 

@@ -3,28 +3,53 @@
 #include "host/HostError.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <sys/signalfd.h>
-#include <unistd.h>
 
 namespace VLK::host {
 
-BStopSignals::BStopSignals()
+namespace {
+
+bool IsIgnored(int signalNumber)
+{
+    struct sigaction action = {};
+    return sigaction(signalNumber, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+int BlockAndOpen(BStopSignals::EHangup hangup)
 {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
+    if (hangup == BStopSignals::eHangupEnds && !IsIgnored(SIGHUP))
+        sigaddset(&signals, SIGHUP);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+bool Add(const BDescriptor& to, const BDescriptor& added)
+{
+    epoll_event event = {};
+    event.events = EPOLLIN;
+    return epoll_ctl(to.Get(), EPOLL_CTL_ADD, added.Get(), &event) == 0;
+}
+
+} // namespace
+
+BStopSignals::BStopSignals(EHangup hangup)
+    : m_signals(BlockAndOpen(hangup)), m_request(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      m_either(epoll_create1(EPOLL_CLOEXEC))
+{
     // A write that cannot be done shall fail, not end the agent.
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);
-    m_descriptor = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-    if (m_descriptor < 0)
+    if (!Add(m_either, m_signals) || !Add(m_either, m_request))
         throw BHostError(eExitUsage, std::string("no signals: ") + std::strerror(errno));
 }
 
-BStopSignals::~BStopSignals() { close(m_descriptor); }
+void BStopSignals::Request() { eventfd_write(m_request.Get(), 1); }
 
 } // namespace VLK::host

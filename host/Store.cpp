@@ -10,6 +10,9 @@ namespace VLK::host {
 
 namespace {
 
+// Holds a record for every section that was ever saved.
+constexpr const char* kSections = "vkagentd.sections";
+
 using CLock = std::lock_guard<std::recursive_mutex>;
 
 // Leaves a statement ready for its next use.
@@ -28,8 +31,7 @@ private:
 bool HasUpdated(INVCallback& callback)
 {
     try {
-        callback.Update();
-        return true;
+        return callback.Update() == 0;
     } catch (const std::exception&) {
         return false;
     }
@@ -53,6 +55,7 @@ BStore::BStore(const std::string& path)
                            " LIMIT 1 OFFSET ?2) AND number = ?3"),
       m_addRecord(m_database, "INSERT INTO record (section, key) VALUES (?1, ?2)"
                               " ON CONFLICT DO NOTHING"),
+      m_findRecord(m_database, "SELECT 1 FROM record WHERE section = ?1 AND key = ?2"),
       m_setField(m_database, "INSERT OR REPLACE INTO field (record, number, kind, value, label)"
                              " VALUES ((SELECT id FROM record WHERE section = ?1 AND key = ?2),"
                              " ?3, ?4, ?5, ?6)"),
@@ -213,10 +216,31 @@ void BStore::OpenSection(const char* section)
     CLock lock(m_lock);
     BUse useFields(m_dropFields);
     BUse useRecords(m_dropRecords);
+    BUse useRecord(m_addRecord);
     m_dropFields.Bind(1, section);
     m_dropRecords.Bind(1, section);
-    if (Run(m_dropFields))
-        Run(m_dropRecords);
+    m_addRecord.Bind(1, kSections).Bind(2, section);
+    if (Run(m_dropFields) && Run(m_dropRecords))
+        Run(m_addRecord);
+}
+
+bool BStore::WasSaved(const char* section)
+{
+    CLock lock(m_lock);
+    BUse use(m_findRecord);
+    m_findRecord.Bind(1, kSections).Bind(2, section);
+    return m_findRecord.Step() == BStatement::eRow;
+}
+
+void BStore::Reset()
+{
+    CLock lock(m_lock);
+    if (m_database.Execute("BEGIN IMMEDIATE") && m_database.Execute("DELETE FROM field") &&
+        m_database.Execute("DELETE FROM record") && m_database.Execute("COMMIT"))
+        return;
+    std::string why = m_database.LastError();
+    m_database.Execute("ROLLBACK");
+    throw BHostError(eExitStore, "the store cannot be reset: " + why);
 }
 
 int BStore::GetRecordCount(const char* section)

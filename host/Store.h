@@ -52,6 +52,11 @@ public:
     void Hold() override;
     bool SaveHeld() override;
 
+    // Whether the section was ever opened for a save, even if nothing was saved.
+    bool WasSaved(const char* section);
+    // Starts over with nothing. Throws BHostError.
+    void Reset();
+
 private:
     enum EFieldKind { eString = 1, eOctets = 2, eOid = 3, eInteger = 4 };
     template <class TTake>
@@ -72,6 +77,7 @@ private:
     BStatement m_findKey;
     BStatement m_findAt;
     BStatement m_addRecord;
+    BStatement m_findRecord;
     BStatement m_setField;
     BStatement m_dropFields;
     BStatement m_dropRecords;

@@ -22,6 +22,8 @@ std::string HomeDirectory()
     throw BHostError(eExitStore, "no home directory: name the store with --store FILE");
 }
 
+} // namespace
+
 void CreateDirectories(const std::string& path)
 {
     for (size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
@@ -34,13 +36,16 @@ void CreateDirectories(const std::string& path)
     }
 }
 
-} // namespace
-
-std::string DefaultStorePath()
+std::string StateDirectory()
 {
     const char* state = std::getenv("XDG_STATE_HOME");
     std::string directory = state && *state == '/' ? state : HomeDirectory() + "/.local/state";
-    directory += "/vkagentd";
+    return directory + "/vkagentd";
+}
+
+std::string DefaultStorePath()
+{
+    std::string directory = StateDirectory();
     CreateDirectories(directory);
     return directory + "/store.db";
 }

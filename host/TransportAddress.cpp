@@ -84,12 +84,4 @@ const unsigned char* BTransportAddress::V4Bytes() const
     return std::memcmp(m_bytes, kMappedPrefix, sizeof kMappedPrefix) == 0 ? m_bytes + 12 : nullptr;
 }
 
-bool BTransportAddress::IsLoopback() const
-{
-    if (const unsigned char* v4 = V4Bytes())
-        return v4[0] == 127;
-    static const unsigned char kLoopback[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
-    return std::memcmp(m_bytes, kLoopback, sizeof kLoopback) == 0;
-}
-
 } // namespace VLK::host

@@ -18,9 +18,8 @@ public:
     std::string ToString() const;
 
     bool IsV6() const { return m_v6; }
-    // 127.0.0.0/8, ::1, and the former mapped into IPv6 (RFC 4291 section 2.5.5.2).
-    bool IsLoopback() const;
-    // The IPv4 address, also when it is mapped into IPv6; null when there is none.
+    // The IPv4 address, also when it is mapped into IPv6 (RFC 4291 section 2.5.5.2);
+    // null when there is none.
     const unsigned char* V4Bytes() const;
     const unsigned char* Bytes() const { return m_bytes; }
     unsigned Port() const { return m_port; }

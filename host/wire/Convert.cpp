@@ -18,12 +18,19 @@ BTransportAddress ReadAddress(const netsnmp_sockaddr_storage& from)
     return BTransportAddress::V4(bytes, ntohs(from.sin.sin_port));
 }
 
-bool ReadAddresses(const netsnmp_pdu& pdu, SRequest& request)
+bool ReadEnds(const netsnmp_pdu& pdu, netsnmp_indexed_addr_pair& ends)
 {
-    netsnmp_indexed_addr_pair ends;
     if (!pdu.transport_data || pdu.transport_data_length != static_cast<int>(sizeof ends))
         return false;
     std::memcpy(&ends, pdu.transport_data, sizeof ends);
+    return true;
+}
+
+bool ReadAddresses(const netsnmp_pdu& pdu, SRequest& request)
+{
+    netsnmp_indexed_addr_pair ends;
+    if (!ReadEnds(pdu, ends))
+        return false;
     unsigned port = request.local.Port();
     request.remote = ReadAddress(ends.remote_addr);
     request.local = ReadAddress(ends.local_addr);
@@ -164,16 +171,70 @@ netsnmp_variable_list* WriteBinding(netsnmp_variable_list** tail, const BVarBind
     }
 }
 
-bool WriteBindings(netsnmp_pdu& pdu, const std::vector<BVarBind>& bindings)
-{
-    netsnmp_variable_list** tail = &pdu.variables;
-    for (const BVarBind& binding : bindings) {
-        netsnmp_variable_list* added = WriteBinding(tail, binding);
+// Puts bindings at the end of a PDU.
+class BBindingWriter {
+public:
+    explicit BBindingWriter(netsnmp_pdu& pdu) : m_tail(&pdu.variables) {}
+
+    bool Write(const BVarBind& binding)
+    {
+        netsnmp_variable_list* added = WriteBinding(m_tail, binding);
         if (!added)
             return false;
-        tail = &added->next_variable;
+        m_tail = &added->next_variable;
+        return true;
     }
+
+private:
+    netsnmp_variable_list** m_tail;
+};
+
+bool WriteBindings(netsnmp_pdu& pdu, const std::vector<BVarBind>& bindings)
+{
+    BBindingWriter writer(pdu);
+    return std::all_of(bindings.begin(), bindings.end(),
+                       [&](const BVarBind& binding) { return writer.Write(binding); });
+}
+
+// What every notification of SNMPv2 starts with (RFC 3416 section 4.2.6).
+bool WriteHead(BBindingWriter& writer, const SNotification& notification)
+{
+    const BTrapOIDs* oids = BTrapOIDs::GetInstance();
+    if (!oids)
+        return false;
+    BObjectSyntax upTime;
+    upTime.SetTimeTicks(notification.upTime);
+    BObjectSyntax trapOid;
+    trapOid.SetObjectId(notification.trapOid);
+    return writer.Write(BVarBind(oids->SysUpTime(), upTime)) &&
+           writer.Write(BVarBind(oids->SnmpTrapOid(), trapOid));
+}
+
+bool WriteV1(netsnmp_pdu& pdu, const SNotification& notification, const unsigned char (&agent)[4])
+{
+    unsigned count = notification.enterprise.Length();
+    if (count > MAX_OID_LEN)
+        return false;
+    pdu.enterprise = static_cast<oid*>(calloc(MAX_OID_LEN, sizeof(oid)));
+    if (!pdu.enterprise)
+        return false;
+    pdu.enterprise_length = FillOid(notification.enterprise, pdu.enterprise);
+    std::memcpy(pdu.agent_addr, agent, sizeof agent);
+    pdu.trap_type = notification.generic;
+    pdu.specific_type = notification.specific;
+    pdu.time = notification.upTime;
     return true;
+}
+
+bool WriteNotification(netsnmp_pdu& pdu, const SNotification& notification,
+                       const unsigned char (&agent)[4])
+{
+    BBindingWriter writer(pdu);
+    bool isBegun = pdu.command == SNMP_MSG_TRAP ? WriteV1(pdu, notification, agent)
+                                                : WriteHead(writer, notification);
+    for (int i = 0; isBegun && i < static_cast<int>(notification.bindings.Count()); ++i)
+        isBegun = writer.Write(notification.bindings[i]);
+    return isBegun;
 }
 
 // The copy shares nothing with the request; its bindings only when asked for.
@@ -214,6 +275,30 @@ bool ReadRequest(const netsnmp_pdu& pdu, SRequest& request)
         request.maxRepetitions = ClampToInt(pdu.max_repetitions);
     }
     return ReadBindings(pdu, request);
+}
+
+bool ReadRemote(const netsnmp_pdu& pdu, BTransportAddress& remote)
+{
+    netsnmp_indexed_addr_pair ends = {};
+    if (pdu.transport_data && pdu.transport_data_length == static_cast<int>(sizeof(sockaddr_in6)))
+        std::memcpy(&ends.remote_addr, pdu.transport_data, sizeof(sockaddr_in6));
+    else if (!ReadEnds(pdu, ends))
+        return false;
+    remote = ReadAddress(ends.remote_addr);
+    return true;
+}
+
+netsnmp_pdu* MakeNotification(const SNotification& notification, const SReceiver& receiver,
+                              const unsigned char (&agent)[4])
+{
+    bool isV1 = receiver.protocol == eSnmpV1;
+    netsnmp_pdu* pdu = snmp_pdu_create(isV1                ? SNMP_MSG_TRAP
+                                       : receiver.isInform ? SNMP_MSG_INFORM
+                                                           : SNMP_MSG_TRAP2);
+    if (!pdu || WriteNotification(*pdu, notification, agent))
+        return pdu;
+    snmp_free_pdu(pdu);
+    return nullptr;
 }
 
 netsnmp_pdu* MakeResponse(netsnmp_pdu& request, const SResponse& response)

@@ -1,7 +1,7 @@
 // Between Net-SNMP's structures and our values. Only the engine includes this.
 #pragma once
 
-#include "host/Request.h"
+#include "host/Notification.h"
 
 #include <net-snmp/net-snmp-config.h>
 #include <net-snmp/net-snmp-includes.h>
@@ -15,5 +15,14 @@ bool ReadRequest(const netsnmp_pdu& pdu, SRequest& request);
 
 // The PDU that answers `request`; null when it cannot be made.
 netsnmp_pdu* MakeResponse(netsnmp_pdu& request, const SResponse& response);
+
+// The PDU that tells the notification in the receiver's form; null when it cannot be
+// made. `agent` is the IPv4 address that SNMPv1 tells, in network order.
+netsnmp_pdu* MakeNotification(const SNotification& notification, const SReceiver& receiver,
+                              const unsigned char (&agent)[4]);
+
+// The other end that an answer came from. (The wire library keeps only that of
+// IPv6.)
+bool ReadRemote(const netsnmp_pdu& pdu, BTransportAddress& remote);
 
 } // namespace VLK::host

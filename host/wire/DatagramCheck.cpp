@@ -8,7 +8,14 @@ namespace VLK::host {
 namespace {
 
 const int kDeepest = 4; // message, PDU, list, binding
-enum ETag { eInteger = 0x02, eObjectId = 0x06, eCounter = 0x41, eTicks = 0x43, eUnsigned = 0x47 };
+enum ETag {
+    eInteger = 0x02,
+    eObjectId = 0x06,
+    eSequence = 0x30,
+    eCounter = 0x41,
+    eTicks = 0x43,
+    eUnsigned = 0x47
+};
 
 struct SElement {
     int tag = 0;
@@ -84,7 +91,29 @@ bool AllFit(const unsigned char* at, const unsigned char* end, int depth)
     return true;
 }
 
+// Of up to 32 bits.
+int ValueOf(const SElement& number)
+{
+    unsigned value = number.content[0] & 0x80 ? ~0u : 0;
+    for (size_t i = 0; i < number.length; ++i)
+        value = value << 8 | number.content[i];
+    return static_cast<int>(value);
+}
+
 } // namespace
+
+std::optional<int> MessageVersion(const unsigned char* message, size_t length)
+{
+    SElement whole;
+    SElement version;
+    if (!TakeElement(message, message + length, whole) || whole.tag != eSequence)
+        return std::nullopt;
+    const unsigned char* at = whole.content;
+    if (!TakeElement(at, whole.content + whole.length, version) || version.tag != eInteger ||
+        version.length == 0 || !FitsIn32Bits(version))
+        return std::nullopt;
+    return ValueOf(version);
+}
 
 bool KeepsItsNumbers(const unsigned char* message, size_t length)
 {

@@ -2,8 +2,13 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 
 namespace VLK::host {
+
+// The version a message says it has; nothing when it is no whole sequence that
+// begins with a number.
+std::optional<int> MessageVersion(const unsigned char* message, size_t length);
 
 // Whether the numbers of a message keep their value when they are decoded: the
 // wire library cuts integers to 32 bits and wraps arcs of OIDs at 64. Says

@@ -2,13 +2,13 @@
 
 #include "host/HostError.h"
 #include "host/wire/Convert.h"
-#include "host/wire/DatagramCheck.h"
+#include "host/wire/MessageReader.h"
+#include "host/wire/NetSnmpReceivers.h"
 #include "host/wire/Udp6Ends.h"
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <net-snmp/library/large_fd_set.h>
 #include <poll.h>
 #include <vector>
 #include <vkmibh/subtree.h>
@@ -18,11 +18,12 @@ namespace VLK::host {
 // One listening address.
 struct BNetSnmpEngine::SSession {
     IRequestHandler* handler = nullptr;
+    modules::SSnmpCounters* counters = nullptr;
+    STraffic* traffic = nullptr;
     session_list* handle = nullptr;
     int descriptor = -1;
     unsigned maxMessage = 0;
     BTransportAddress address;
-    std::vector<unsigned char> datagram = std::vector<unsigned char>(65536);
 
     static int OnMessage(int operation, netsnmp_session* session, int requestId, netsnmp_pdu* pdu,
                          void* self);
@@ -31,13 +32,18 @@ struct BNetSnmpEngine::SSession {
     // message is lost.
     int Send(netsnmp_pdu& request, const SResponse& response);
     int SendFailure() const;
-    void ReadMessage();
-    bool DropsMessage();
+    void ReadMessage(BMessageReader& reader);
 };
 
 struct BNetSnmpEngine::SState {
-    explicit SState(IRequestHandler& requestHandler) : handler(requestHandler) {}
+    SState(IRequestHandler& requestHandler, modules::SSnmpCounters& snmpCounters)
+        : handler(requestHandler), counters(snmpCounters), reader(snmpCounters)
+    {
+    }
     IRequestHandler& handler;
+    modules::SSnmpCounters& counters;
+    BMessageReader reader;
+    BNetSnmpReceivers receivers{reader};
     std::vector<std::unique_ptr<SSession>> sessions;
 };
 
@@ -116,10 +122,14 @@ void BNetSnmpEngine::SSession::Answer(netsnmp_pdu& pdu)
     if (!handler->Handle(request, response))
         return;
     int status = Send(pdu, response);
-    if (status <= 0)
-        return;
-    handler->AnswerInstead(status, request, response);
-    Send(pdu, response);
+    if (status > 0) {
+        handler->AnswerInstead(status, request, response);
+        status = Send(pdu, response);
+    }
+    if (status == 0)
+        ++traffic->answered;
+    else if (status == eSnmpTooBig)
+        ++counters->silentDrops;
 }
 
 int BNetSnmpEngine::SSession::Send(netsnmp_pdu& request, const SResponse& response)
@@ -144,28 +154,21 @@ int BNetSnmpEngine::SSession::SendFailure() const
     return tooLarge ? eSnmpTooBig : -1;
 }
 
-// Takes the waiting datagram away when it must not reach the wire library.
-bool BNetSnmpEngine::SSession::DropsMessage()
+void BNetSnmpEngine::SSession::ReadMessage(BMessageReader& reader)
 {
-    ssize_t length = recv(descriptor, datagram.data(), datagram.size(), MSG_PEEK | MSG_DONTWAIT);
-    if (length < 0 || KeepsItsNumbers(datagram.data(), static_cast<size_t>(length)))
-        return false;
-    recv(descriptor, datagram.data(), datagram.size(), MSG_DONTWAIT);
-    return true;
-}
-
-void BNetSnmpEngine::SSession::ReadMessage()
-{
-    if (DropsMessage())
+    if (!reader.Peek(descriptor))
         return;
-    netsnmp_large_fd_set ready;
-    netsnmp_large_fd_set_init(&ready, FD_SETSIZE);
-    netsnmp_large_fd_setfd(descriptor, &ready);
-    snmp_sess_read2(handle, &ready);
-    netsnmp_large_fd_set_cleanup(&ready);
+    ++traffic->received;
+    if (traffic->isSuspended) {
+        ++traffic->dropped;
+        reader.Discard(descriptor);
+    } else {
+        reader.PassOn(descriptor, handle);
+    }
 }
 
-BNetSnmpEngine::BNetSnmpEngine(IRequestHandler& handler) : m_state(new SState(handler))
+BNetSnmpEngine::BNetSnmpEngine(IRequestHandler& handler, modules::SSnmpCounters& counters)
+    : m_state(new SState(handler, counters))
 {
     KeepToItself();
 }
@@ -174,10 +177,21 @@ BNetSnmpEngine::~BNetSnmpEngine()
 {
     for (const std::unique_ptr<SSession>& session : m_state->sessions)
         snmp_sess_close(session->handle);
+    m_state->receivers.Close();
     snmp_shutdown("vkagentd");
 }
 
-BTransportAddress BNetSnmpEngine::Open(const BTransportAddress& address)
+unsigned BNetSnmpEngine::AddReceiver(const SReceiver& receiver, SDelivery& delivery)
+{
+    return m_state->receivers.Add(receiver, delivery);
+}
+
+void BNetSnmpEngine::Notify(unsigned receiver, SNotification notification)
+{
+    m_state->receivers.Notify(receiver, std::move(notification));
+}
+
+BTransportAddress BNetSnmpEngine::Open(const BTransportAddress& address, STraffic& traffic)
 {
     netsnmp_session settings;
     snmp_sess_init(&settings);
@@ -186,6 +200,8 @@ BTransportAddress BNetSnmpEngine::Open(const BTransportAddress& address)
     fcntl(transport->sock, F_SETFL, fcntl(transport->sock, F_GETFL) | O_NONBLOCK);
     auto session = std::make_unique<SSession>();
     session->handler = &m_state->handler;
+    session->counters = &m_state->counters;
+    session->traffic = &traffic;
     session->descriptor = transport->sock;
     session->maxMessage = static_cast<unsigned>(transport->msgMaxSize);
     session->address = address;
@@ -206,21 +222,25 @@ BTransportAddress BNetSnmpEngine::Open(const BTransportAddress& address)
 
 void BNetSnmpEngine::Serve(int stopDescriptor)
 {
+    const std::vector<std::unique_ptr<SSession>>& sessions = m_state->sessions;
     std::vector<pollfd> waits{{stopDescriptor, POLLIN, 0}};
-    for (const std::unique_ptr<SSession>& session : m_state->sessions)
+    for (const std::unique_ptr<SSession>& session : sessions)
         waits.push_back({session->descriptor, POLLIN, 0});
+    size_t firstOfReceivers = waits.size();
+    m_state->receivers.AddWaits(waits);
     for (;;) {
-        if (poll(waits.data(), waits.size(), -1) < 0) {
+        if (poll(waits.data(), waits.size(), m_state->receivers.Patience()) < 0) {
             if (errno == EINTR)
                 continue;
             throw BHostError(eExitUsage, std::string("cannot wait: ") + std::strerror(errno));
         }
         if (waits[0].revents)
             return;
-        for (size_t i = 1; i < waits.size(); ++i) {
-            if (waits[i].revents)
-                m_state->sessions[i - 1]->ReadMessage();
+        for (size_t i = 0; i < sessions.size(); ++i) {
+            if (waits[i + 1].revents)
+                sessions[i]->ReadMessage(m_state->reader);
         }
+        m_state->receivers.Serve(&waits[firstOfReceivers]);
     }
 }
 

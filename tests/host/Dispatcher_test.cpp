@@ -1,5 +1,8 @@
 #include "host/Dispatcher.h"
 
+#include "host/Options.h"
+#include "host/RequestTransaction.h"
+
 #include <functional>
 #include <gtest/gtest.h>
 
@@ -15,6 +18,8 @@ public:
     int pduType = 0;
     int protocolId = -2;
     BTransactionParameters parameters;
+    BString securityName;
+    BString context;
     BIpAddress remote;
     BIpAddress local;
     unsigned remotePort = 0;
@@ -27,10 +32,12 @@ public:
     bool UnregisterGroup(BMibImplGroup*) override { return false; }
     ITransactions* GetITransactions() override { return nullptr; }
 
-    int Query(int type, int transactionId, const BSecurityParams&, const BString&,
-              BVarBindList& list, int& errorIndex) override
+    int Query(int type, int transactionId, const BSecurityParams& security,
+              const BString& contextName, BVarBindList& list, int& errorIndex) override
     {
         ++calls;
+        securityName = security.securityName;
+        context = contextName;
         pduType = type;
         unsigned id = static_cast<unsigned>(transactionId);
         BTransactions* transactions = BTransactions::GetInstance();
@@ -45,27 +52,32 @@ public:
     }
 };
 
-class FakeSaves : public ISetSaves {
+class Failures : public IAuthenticationFailures {
 public:
-    bool works = true;
-    bool held = false;
-    int saves = 0;
-
-    void Hold() override { held = true; }
-    bool SaveHeld() override
-    {
-        held = false;
-        ++saves;
-        return works;
-    }
+    int told = 0;
+    void OnAuthenticationFailure() override { ++told; }
 };
+
+// `public` reads, `private` reads and writes, `bridge` is a context of its own.
+SConfiguration WithCommunities()
+{
+    SOptions options;
+    options.communities = {{"public", false}, {"private", true}};
+    SConfiguration configuration = Configure(options);
+    AddCommunity(configuration, {"near", "near", "", BNetwork::ThisMachine()},
+                 {kViewEverything, "", ""});
+    AddCommunity(configuration, {"blind", "blind", "", BNetwork::Anywhere()}, {"", "", ""});
+    configuration.communities.push_back({"bridge", "private", "ports", BNetwork::Anywhere()});
+    return configuration;
+}
 
 class Dispatcher : public testing::Test {
 protected:
     FakeHandler handler;
-    BCommunityAccess access{{{"public", false}, {"private", true}}};
-    FakeSaves saves;
-    BDispatcher dispatcher{handler, access, saves};
+    BAccess access{WithCommunities(), nullptr};
+    modules::SSnmpCounters counters;
+    Failures failures;
+    BDispatcher dispatcher{handler, access, counters, &failures};
     SResponse response;
 
     static SRequest Request(EProtocol protocol, int pduType, const char* community = "private")
@@ -103,6 +115,60 @@ TEST_F(Dispatcher, UnknownCommunitiesGetNoAnswer)
     EXPECT_EQ(handler.calls, 0);
 }
 
+TEST_F(Dispatcher, UnknownCommunitiesAndForeignSourcesFailTheirAuthentication)
+{
+    Handle(Request(eSnmpV2c, ePduGet, "other"));
+    EXPECT_EQ(failures.told, 1);
+    EXPECT_EQ(counters.inBadCommunityNames, 1u);
+    SRequest foreign = Request(eSnmpV1, ePduGet, "near");
+    foreign.remote.Parse("udp:10.0.0.1:4000");
+    EXPECT_FALSE(dispatcher.Handle(foreign, response));
+    EXPECT_EQ(failures.told, 2);
+    EXPECT_EQ(counters.inBadCommunityNames, 2u);
+    Handle(Request(eSnmpV2c, ePduSet, "public"));
+    Handle(Request(eSnmpV2c, ePduGet, "private"));
+    EXPECT_EQ(failures.told, 2) << "who may not write is known all the same";
+}
+
+TEST_F(Dispatcher, WhoHasNoViewForAnOperationMisusesTheCommunity)
+{
+    Fail(eSnmpAuthorizationError, 1);
+    Handle(Request(eSnmpV2c, ePduSet, "private"));
+    EXPECT_EQ(counters.inBadCommunityUses, 0u) << "an object outside a write view";
+    Handle(Request(eSnmpV2c, ePduSet, "public"));
+    EXPECT_EQ(counters.inBadCommunityUses, 1u);
+    Handle(Request(eSnmpV1, ePduGet, "blind"));
+    EXPECT_EQ(counters.inBadCommunityUses, 2u);
+    handler.answer = [](BVarBindList& list, int&) {
+        list[1].Value().SetV2Exception(eEndOfMibView);
+        return 0;
+    };
+    Handle(Request(eSnmpV2c, ePduGetNext, "public"));
+    EXPECT_EQ(counters.inBadCommunityUses, 2u) << "a walk that has come to its end";
+    Handle(Request(eSnmpV2c, ePduGetNext, "blind"));
+    EXPECT_EQ(counters.inBadCommunityUses, 3u);
+    handler.answer = nullptr;
+    Handle(Request(eSnmpV2c, ePduSet, "public"));
+    EXPECT_EQ(counters.inBadCommunityUses, 3u) << "what was granted is no misuse";
+}
+
+TEST_F(Dispatcher, ACommunityStandsForItsSecurityNameAndContext)
+{
+    for (int type : {ePduGet, ePduGetNext, ePduGetBulk, ePduSet}) {
+        SRequest request = Request(eSnmpV2c, type, "bridge");
+        request.maxRepetitions = 1;
+        ASSERT_TRUE(dispatcher.Handle(request, response));
+        EXPECT_STREQ(handler.securityName.c_str(), "private") << type;
+        EXPECT_STREQ(handler.context.c_str(), "ports") << type;
+        EXPECT_STREQ(handler.parameters.securityName.c_str(), "private") << type;
+        EXPECT_STREQ(handler.parameters.contextName.c_str(), "ports") << type;
+        request.community = "private";
+        ASSERT_TRUE(dispatcher.Handle(request, response));
+        EXPECT_STREQ(handler.context.c_str(), "") << type;
+        EXPECT_STREQ(handler.parameters.contextName.c_str(), "") << type;
+    }
+}
+
 TEST_F(Dispatcher, WhatIsNoRequestGetsNoAnswer)
 {
     for (int type : {0xa2, 0xa4, 0xa6, 0xa7, 0xa8, 0})
@@ -135,6 +201,20 @@ TEST_F(Dispatcher, TheTransactionTellsTheRequest)
     EXPECT_EQ(handler.parameters.securityModel, 2);
     EXPECT_FALSE(handler.hasRemote) << "an IPv6 address is no IpAddress";
     EXPECT_EQ(handler.remotePort, 4001u);
+}
+
+TEST_F(Dispatcher, TheThreadKnowsItsRequestWhileItServesIt)
+{
+    std::string remote;
+    handler.answer = [&](BVarBindList&, int&) {
+        const SRequest* request = BRequestTransaction::OfThisThread();
+        remote = request ? request->remote.ToString() : "none";
+        return 0;
+    };
+    EXPECT_EQ(BRequestTransaction::OfThisThread(), nullptr);
+    ASSERT_TRUE(Handle(Request(eSnmpV2c, ePduGet)));
+    EXPECT_EQ(remote, "udp:127.0.0.1:4000");
+    EXPECT_EQ(BRequestTransaction::OfThisThread(), nullptr);
 }
 
 TEST_F(Dispatcher, TheTransactionEndsWithTheRequest)
@@ -201,35 +281,6 @@ TEST_F(Dispatcher, ASuccessfulSetEchoesTheRequest)
     ASSERT_TRUE(Handle(Request(eSnmpV2c, ePduSet)));
     EXPECT_EQ(response.status, 0);
     EXPECT_TRUE(response.echo);
-}
-
-TEST_F(Dispatcher, ASetThatWasNotKeptIsNotAcknowledged)
-{
-    saves.works = false;
-    ASSERT_TRUE(Handle(Request(eSnmpV2c, ePduSet)));
-    EXPECT_EQ(response.status, eSnmpUndoFailed);
-    EXPECT_EQ(response.index, 0);
-    ASSERT_TRUE(Handle(Request(eSnmpV1, ePduSet)));
-    EXPECT_EQ(response.status, eSnmpGenErr);
-    Fail(eSnmpWrongType, 2);
-    ASSERT_TRUE(Handle(Request(eSnmpV2c, ePduSet)));
-    EXPECT_EQ(response.status, eSnmpWrongType) << "the first reason counts";
-    handler.answer = nullptr;
-    saves.works = true;
-    ASSERT_TRUE(Handle(Request(eSnmpV2c, ePduSet)));
-    EXPECT_EQ(response.status, 0) << "a later one went well";
-}
-
-TEST_F(Dispatcher, ASetIsSavedOnceAfterAllItsBindings)
-{
-    handler.answer = [this](BVarBindList&, int&) {
-        EXPECT_TRUE(saves.held);
-        EXPECT_EQ(saves.saves, 0);
-        return 0;
-    };
-    ASSERT_TRUE(Handle(Request(eSnmpV2c, ePduSet)));
-    EXPECT_EQ(saves.saves, 1);
-    EXPECT_FALSE(saves.held);
 }
 
 TEST_F(Dispatcher, AnUnfitValueIsReportedToThoseWhoMayWrite)

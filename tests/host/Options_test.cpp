@@ -35,14 +35,23 @@ Parsed Parse(std::vector<const char*> arguments)
 
 } // namespace
 
-TEST(Options, DefaultsAreLoopbackAndNoCommunities)
+TEST(Options, NothingIsChosenWithoutThem)
 {
     Parsed parsed = Parse({});
     EXPECT_FALSE(parsed.status.has_value());
-    ASSERT_EQ(parsed.options.listen.size(), 1u);
-    EXPECT_EQ(parsed.options.listen[0].ToString(), "udp:127.0.0.1:1161");
+    EXPECT_TRUE(parsed.options.listen.empty());
     EXPECT_TRUE(parsed.options.communities.empty());
     EXPECT_EQ(parsed.options.store, "");
+    EXPECT_EQ(parsed.options.config, "");
+    EXPECT_FALSE(parsed.options.checkConfig);
+    EXPECT_FALSE(parsed.options.resetStore);
+    EXPECT_FALSE(parsed.options.console.has_value()) << "decided by standard input";
+}
+
+TEST(Options, TheConsoleIsSwitchedOnAndOff)
+{
+    EXPECT_EQ(Parse({"--console"}).options.console, true);
+    EXPECT_EQ(Parse({"--no-console"}).options.console, false);
 }
 
 TEST(Options, ListenAndCommunityRepeatInOrder)
@@ -61,6 +70,15 @@ TEST(Options, ListenAndCommunityRepeatInOrder)
     EXPECT_EQ(parsed.options.store, "x.db");
 }
 
+TEST(Options, TheConfigurationFileIsNamedAndMayJustBeChecked)
+{
+    Parsed parsed = Parse({"--config", "a.toml", "--check-config"});
+    EXPECT_EQ(parsed.error, "");
+    EXPECT_EQ(parsed.options.config, "a.toml");
+    EXPECT_TRUE(parsed.options.checkConfig);
+    EXPECT_TRUE(Parse({"--reset-store"}).options.resetStore);
+}
+
 TEST(Options, BadLinesAreOneLineAndStatusTwo)
 {
     const std::vector<std::vector<const char*>> lines = {
@@ -77,6 +95,12 @@ TEST(Options, BadLinesAreOneLineAndStatusTwo)
         {"--community", "p:ro", "--community", "p:rw"},
         {"--store", ""},
         {"--store"},
+        {"--console", "--no-console"},
+        {"--config", ""},
+        {"--config"},
+        {"--check-config"},
+        {"--check-config", "--config", "a.toml", "--reset-store"},
+        {"--console", "maybe"},
     };
     for (const auto& line : lines) {
         Parsed parsed = Parse(line);
@@ -91,7 +115,8 @@ TEST(Options, HelpAndVersionAnswerAndEndWithStatusZero)
     Parsed help = Parse({"--help"});
     ASSERT_TRUE(help.status.has_value());
     EXPECT_EQ(*help.status, 0);
-    for (const char* option : {"--listen", "--community", "--store", "--help", "--version"})
+    for (const char* option : {"--config", "--check-config", "--listen", "--community", "--store",
+                               "--reset-store", "--console", "--no-console", "--help", "--version"})
         EXPECT_NE(help.out.find(option), std::string::npos) << option;
     Parsed version = Parse({"--version"});
     ASSERT_TRUE(version.status.has_value());

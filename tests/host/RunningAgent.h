@@ -1,47 +1,56 @@
 // vkagentd on a port the system chose.
 #pragma once
 
-#include "SnmpTools.h"
+#include "tests/support/RunningServer.h"
 
 #include <gtest/gtest.h>
+#include <sstream>
 
-class RunningAgent {
+class RunningAgent : public RunningServer {
 public:
     // Readable by `public`, writable by `private`.
     explicit RunningAgent(const std::string& store, const std::string& listen = "udp:127.0.0.1:0")
-        : m_process({VKAGENTD, "--store", store, "--listen", listen, "--community", "public:ro",
-                     "--community", "private:rw"})
+        : RunningServer({VKAGENTD, "--store", store, "--listen", listen, "--community", "public:ro",
+                         "--community", "private:rw"})
     {
-        const std::string prefix = "vkagentd: ready on ";
-        m_firstLine = m_process.Line();
-        if (m_firstLine.compare(0, prefix.size(), prefix) == 0)
-            m_address = m_firstLine.substr(prefix.size());
     }
+};
 
-    bool IsReady() const { return !m_address.empty(); }
-    const std::string& FirstLine() const { return m_firstLine; }
-    const std::string& Address() const { return m_address; }
-    unsigned Port() const
-    {
-        return static_cast<unsigned>(std::stoul(m_address.substr(m_address.rfind(':') + 1)));
-    }
-    pid_t Pid() const { return m_process.Pid(); }
-    int Kill(int signalNumber) { return m_process.Kill(signalNumber); }
-    int Wait() { return m_process.Wait(); }
-    std::string Rest() { return m_process.Rest(); }
+// A file with a text, for as long as it lives.
+class ConfigFile {
+public:
+    explicit ConfigFile(const std::string& text) { WriteFile(Name(), text); }
+    std::string Name() const { return m_directory.File("agent.toml"); }
 
-    Outcome Ask(const std::string& tool, const std::string& version, const std::string& community,
-                const Arguments& rest, const Arguments& options = {}) const
+private:
+    TempDir m_directory;
+};
+
+// As its file says.
+class ConfiguredAgent : public RunningServer {
+public:
+    ConfiguredAgent(const std::string& store, const ConfigFile& file, const Arguments& more = {})
+        : RunningServer(Line(store, file, more))
     {
-        return m_tools.Ask(m_address, tool, version, community, rest, options);
     }
 
 private:
-    SnmpTools m_tools;
-    Process m_process;
-    std::string m_firstLine;
-    std::string m_address;
+    static Arguments Line(const std::string& store, const ConfigFile& file, const Arguments& more)
+    {
+        Arguments line{VKAGENTD, "--store", store, "--config", file.Name()};
+        line.insert(line.end(), more.begin(), more.end());
+        return line;
+    }
 };
+
+inline Arguments Lines(const std::string& text)
+{
+    Arguments lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
 
 namespace oid {
 inline const std::string kSystem = ".1.3.6.1.2.1.1";

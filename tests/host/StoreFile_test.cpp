@@ -2,7 +2,7 @@
 #include "host/Store.h"
 #include "host/StorePath.h"
 
-#include "TempDir.h"
+#include "tests/support/TempDir.h"
 
 #include <sqlite3.h>
 #include <sys/stat.h>

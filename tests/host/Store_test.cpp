@@ -1,6 +1,6 @@
 #include "host/Store.h"
 
-#include "TempDir.h"
+#include "tests/support/TempDir.h"
 
 #include <csignal>
 #include <functional>
@@ -16,15 +16,19 @@ namespace {
 
 class Callback : public INVCallback {
 public:
-    explicit Callback(std::function<void()> update) : m_update(std::move(update)) {}
+    explicit Callback(std::function<void()> update, int status = 0)
+        : m_update(std::move(update)), m_status(status)
+    {
+    }
     int Update() override
     {
         m_update();
-        return 0;
+        return m_status;
     }
 
 private:
     std::function<void()> m_update;
+    const int m_status;
 };
 
 std::string String(BStore& store, const char* section, const char* key, int field = 0)
@@ -291,6 +295,20 @@ TEST_F(Store, AnUpdateThatThrowsIsTakenBackAndTheNextOneIsKept)
     EXPECT_EQ(2, value);
 }
 
+TEST_F(Store, AnUpdateThatFailsIsTakenBack)
+{
+    {
+        BStore store(file);
+        Callback failing([&] { store.SetInt("s", "half", 1, nullptr, 0, 0); }, 1);
+        store.Hold();
+        store.RequestUpdate(&failing);
+        EXPECT_FALSE(store.SaveHeld());
+    }
+    BStore again(file);
+    int value = 0;
+    EXPECT_NE(0, again.GetInt("s", "half", value, 0));
+}
+
 TEST_F(Store, NullAndNestedUpdatesAreTolerated)
 {
     BStore store(file);
@@ -320,4 +338,51 @@ TEST_F(Store, TheSystemGroupComesBack)
     system.InitFromNV();
     EXPECT_STREQ(system.Contact().c_str(), "somebody");
     EXPECT_EQ(store.GetRecordCount("mib-2.system"), 6);
+}
+
+TEST_F(Store, ASectionThatWasSavedIsKnownAlsoWhenItIsEmpty)
+{
+    {
+        BStore store(file);
+        EXPECT_FALSE(store.WasSaved("s"));
+        store.SetString("s", "key", BString("x"), 0, 0);
+        EXPECT_FALSE(store.WasSaved("s")) << "a value alone is no save of the section";
+        Callback save([&] { store.OpenSection("s"); });
+        store.RequestUpdate(&save);
+        EXPECT_TRUE(store.WasSaved("s"));
+        EXPECT_EQ(store.GetRecordCount("s"), 0);
+    }
+    BStore again(file);
+    EXPECT_TRUE(again.WasSaved("s"));
+    EXPECT_FALSE(again.WasSaved("t"));
+}
+
+TEST_F(Store, ASaveThatIsTakenBackWasNone)
+{
+    BStore store(file);
+    Callback throwing([&] {
+        store.OpenSection("s");
+        throw std::runtime_error("cut short");
+    });
+    store.RequestUpdate(&throwing);
+    EXPECT_FALSE(store.WasSaved("s"));
+}
+
+TEST_F(Store, AResetStoreHoldsNothingAndGoesOn)
+{
+    {
+        BStore store(file);
+        Callback save([&] {
+            store.OpenSection("s");
+            store.SetString("s", "key", BString("x"), 0, 0);
+        });
+        store.RequestUpdate(&save);
+        store.Reset();
+        EXPECT_FALSE(store.WasSaved("s"));
+        EXPECT_EQ(String(store, "s", "key"), "none");
+        store.SetString("t", "key", BString("y"), 0, 0);
+    }
+    BStore again(file);
+    EXPECT_EQ(again.GetRecordCount("s"), 0);
+    EXPECT_EQ(String(again, "t", "key"), "y");
 }

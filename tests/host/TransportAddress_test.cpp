@@ -12,12 +12,6 @@ std::string Canonical(const std::string& text)
     return address.Parse(text) ? address.ToString() : "refused";
 }
 
-bool IsLoopback(const std::string& text)
-{
-    BTransportAddress address;
-    return address.Parse(text) && address.IsLoopback();
-}
-
 } // namespace
 
 TEST(TransportAddress, ReadsAndWritesBothForms)
@@ -42,17 +36,4 @@ TEST(TransportAddress, RefusesWhatIsNoAddressAndStaysUnchanged)
     }
     BTransportAddress address;
     EXPECT_FALSE(address.Parse(std::string("udp:127.0.0.1\0:161", 18)));
-}
-
-TEST(TransportAddress, LoopbackIsTheWholeNetworkAndItsMappedForm)
-{
-    EXPECT_TRUE(IsLoopback("udp:127.0.0.1:1"));
-    EXPECT_TRUE(IsLoopback("udp:127.255.3.4:1"));
-    EXPECT_TRUE(IsLoopback("udp6:[::1]:1"));
-    EXPECT_TRUE(IsLoopback("udp6:[::ffff:127.0.0.1]:1"));
-    EXPECT_FALSE(IsLoopback("udp:128.0.0.1:1"));
-    EXPECT_FALSE(IsLoopback("udp:0.0.0.0:1"));
-    EXPECT_FALSE(IsLoopback("udp6:[::2]:1"));
-    EXPECT_FALSE(IsLoopback("udp6:[::]:1"));
-    EXPECT_FALSE(IsLoopback("udp6:[::ffff:10.0.0.1]:1"));
 }

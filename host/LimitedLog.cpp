@@ -1,0 +1,22 @@
+#include "host/LimitedLog.h"
+
+#include <utility>
+
+namespace VLK::host {
+
+BLimitedLog::BLimitedLog(std::function<void(const std::string&)> write,
+                         std::function<CClock::time_point()> now)
+    : m_write(std::move(write)), m_limit(std::move(now))
+{
+}
+
+std::optional<std::string> BLimitedLog::Take()
+{
+    std::lock_guard<std::mutex> lock(m_lock);
+    if (!m_limit.Take())
+        return std::nullopt;
+    unsigned long omitted = m_limit.TakeRefused();
+    return omitted ? " (" + std::to_string(omitted) + " before it were not logged)" : "";
+}
+
+} // namespace VLK::host

@@ -1,0 +1,43 @@
+// Log lines that anybody who sends requests can cause.
+#pragma once
+
+#include "host/Log.h"
+#include "host/RateLimit.h"
+
+#include <functional>
+#include <mutex>
+#include <optional>
+
+namespace VLK::host {
+
+// Writes lines at the rate of a BRateLimit; what was left out is counted, and told
+// with the next line.
+//
+// Threads: any.
+class BLimitedLog {
+public:
+    using CClock = BRateLimit::CClock;
+    static constexpr unsigned kBurst = BRateLimit::kBurst;
+    static constexpr std::chrono::seconds kInterval = BRateLimit::kInterval;
+
+    explicit BLimitedLog(std::function<void(const std::string&)> write = LogLine,
+                         std::function<CClock::time_point()> now = CClock::now);
+
+    // `line` makes the text, and is called only when it is written.
+    template <class TLine>
+    void Write(TLine line)
+    {
+        if (std::optional<std::string> note = Take())
+            m_write(line() + *note);
+    }
+
+private:
+    // What to add to the next line; nothing when it is to be left out.
+    std::optional<std::string> Take();
+
+    std::mutex m_lock;
+    std::function<void(const std::string&)> m_write;
+    BRateLimit m_limit;
+};
+
+} // namespace VLK::host

@@ -1,0 +1,33 @@
+// The MIB handler whose SETs are kept.
+#pragma once
+
+#include "host/SetSaves.h"
+
+#include <mutex>
+#include <vkmibh/handler.h>
+
+namespace VLK::host {
+
+// Saves what a SET changed before the SET is answered, whoever asked: the wire
+// and the console meet in Query().
+//
+// A SET whose values could not be saved is not acknowledged: it is answered
+// undoFailed with index 0, since the values are in force but not kept.
+//
+// Threads: as BMibHandler. A SET waits until the one before it is saved,
+//          whatever g_bSerializeSet says, so that a save holds no half of
+//          another; this lock is taken before all others.
+// Errors:  what the saves throw is a general error of the request.
+class BSavingHandler : public BMibHandler {
+public:
+    BSavingHandler(IAccessControl* accessControl, ISetSaves& saves);
+
+    int Query(int pduType, int transactionId, const BSecurityParams& security,
+              const BString& context, BVarBindList& list, int& errorIndex) override;
+
+private:
+    ISetSaves& m_saves;
+    std::mutex m_setAndSave;
+};
+
+} // namespace VLK::host

@@ -1,0 +1,54 @@
+#include "host/access/Communities.h"
+
+#include "host/access/Vacm.h"
+
+#include <algorithm>
+
+namespace VLK::host {
+
+namespace {
+
+BString TextOf(const std::string& text)
+{
+    return BString(text.data(), static_cast<unsigned>(text.size()));
+}
+
+} // namespace
+
+BSecurityParams SecurityOf(const SCommunity& community, EProtocol protocol)
+{
+    BSecurityParams security;
+    security.securityModel = protocol == eSnmpV1 ? eModelV1 : eModelV2c;
+    security.securityName = TextOf(community.securityName);
+    security.securityLevel = eNoAuthNoPriv;
+    return security;
+}
+
+BCommunities::BCommunities(const std::vector<SCommunity>& communities)
+{
+    for (const SCommunity& community : communities) {
+        m_known.push_back({community.name,
+                           community.sources,
+                           {SecurityOf(community, eSnmpV1), SecurityOf(community, eSnmpV2c),
+                            TextOf(community.context)}});
+    }
+    std::stable_sort(m_known.begin(), m_known.end(),
+                     [](const SKnown& a, const SKnown& b) { return a.name < b.name; });
+}
+
+const SRequester* BCommunities::Admit(const std::string& community, const BTransportAddress& source,
+                                      EAdmission& admission) const
+{
+    auto isBefore = [](const SKnown& known, const std::string& name) { return known.name < name; };
+    auto found = std::lower_bound(m_known.begin(), m_known.end(), community, isBefore);
+    if (found == m_known.end() || found->name != community) {
+        admission = eUnknownCommunity;
+        return nullptr;
+    }
+    bool isNear = std::any_of(found->sources.begin(), found->sources.end(),
+                              [&](const BNetwork& network) { return network.Holds(source); });
+    admission = isNear ? eAdmitted : eForeignSource;
+    return isNear ? &found->requester : nullptr;
+}
+
+} // namespace VLK::host

@@ -1,0 +1,100 @@
+#include "host/access/Views.h"
+
+#include "host/HostError.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+namespace VLK::host {
+
+namespace {
+
+BString NameOf(const SView& view)
+{
+    return BString(view.name.data(), static_cast<unsigned>(view.name.size()));
+}
+
+void AddAll(BFilterTable& table, const std::vector<SView>& views, EStorageType storage)
+{
+    for (const SView& view : views) {
+        for (const SFamily& family : view.families) {
+            if (!table.Insert(NameOf(view), family.subtree, family.mask, family.type, storage,
+                              eRowActive, false))
+                throw std::bad_alloc();
+        }
+    }
+}
+
+BObjectIdentifier IndexOf(const BString& view, const BObjectIdentifier& subtree)
+{
+    BObjectIdentifier index;
+    if (!BFilterTable::MakeIndex(view, subtree, false, index))
+        throw std::bad_alloc();
+    return index;
+}
+
+// Rows under the indexes of the built-in ones.
+void RemoveBuiltIn(BFilterTable& table)
+{
+    for (const SView& view : BuiltInViews()) {
+        for (const SFamily& family : view.families)
+            delete table.Remove(IndexOf(NameOf(view), family.subtree));
+    }
+}
+
+// A table calls the store with its lock held, and the store calls the table with
+// its own: the one that is saved to never reads.
+void ReadStored(BFilterTable& table, BStore& store)
+{
+    BFilterTable stored(&store, kViewSection);
+    int records = store.GetRecordCount(kViewSection);
+    if (!stored.InitFromNV(false) || stored.Count() != static_cast<unsigned>(records))
+        throw BHostError(eExitStore, "the store holds views that cannot be read: --reset-store "
+                                     "takes those of the configuration");
+    RemoveBuiltIn(stored);
+    while (BFilterTable::Entry* next = stored.RowAt(0)) {
+        BObjectIdentifier index = IndexOf(next->viewName, next->subtree);
+        std::unique_ptr<BFilterTable::Entry> row(stored.Remove(index));
+        if (!table.Insert(index, row.get()))
+            throw std::bad_alloc();
+        row.release();
+    }
+}
+
+bool IsThere(BFilterTable& table, const SView& view, const SFamily& family)
+{
+    const BFilterTable::Entry* row = table.GetRow(NameOf(view), family.subtree, false);
+    return row && row->mask == family.mask && row->type == family.type;
+}
+
+// The same rows, no more and no fewer.
+bool AreThere(BFilterTable& table, const std::vector<SView>& views)
+{
+    size_t count = 0;
+    for (const SView& view : views) {
+        for (const SFamily& family : view.families) {
+            if (!IsThere(table, view, family))
+                return false;
+            ++count;
+        }
+    }
+    return table.Count() == count;
+}
+
+} // namespace
+
+bool LoadViews(BFilterTable& table, BStore* store, const std::vector<SView>& configured)
+{
+    bool isAsConfigured = true;
+    if (store && store->WasSaved(kViewSection)) {
+        ReadStored(table, *store);
+        isAsConfigured = AreThere(table, configured);
+    } else {
+        AddAll(table, configured, eStorageNonVolatile);
+    }
+    AddAll(table, BuiltInViews(), eStorageReadOnly);
+    return isAsConfigured;
+}
+
+} // namespace VLK::host

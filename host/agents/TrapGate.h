@@ -1,0 +1,38 @@
+// The way of traps to the agents, open while there are any.
+#pragma once
+
+#include <mutex>
+#include <shared_mutex>
+#include <vkmibh/agents.h>
+
+namespace VLK::host {
+
+// Passes traps on to the agents, and before Open() and after Close() to nobody.
+//
+// Ownership: the agents outlive the time that it is open for them.
+// Threads:   any. Close() waits for traps that are being passed on.
+// Errors:    none.
+class BTrapGate : public ITrapSender {
+public:
+    void Open(BAgents& agents) { Set(&agents); }
+    void Close() { Set(nullptr); }
+
+    void SendTrap(const BTrap& trap, const char* agentName) override
+    {
+        std::shared_lock<std::shared_mutex> lock(m_lock);
+        if (m_agents)
+            m_agents->SendTrap(trap, agentName);
+    }
+
+private:
+    void Set(BAgents* agents)
+    {
+        std::lock_guard<std::shared_mutex> lock(m_lock);
+        m_agents = agents;
+    }
+
+    std::shared_mutex m_lock; // shared by those that raise traps
+    BAgents* m_agents = nullptr;
+};
+
+} // namespace VLK::host

@@ -1,0 +1,391 @@
+#include "host/config/ConfigReader.h"
+
+#include "host/config/ConfigValues.h"
+
+#include <algorithm>
+
+namespace VLK::host {
+
+namespace {
+
+constexpr double kLeastTimeout = 0.01;
+constexpr double kMostTimeout = 3600;
+constexpr int64_t kMostRetries = 255;
+
+struct SWord {
+    const char* text;
+    int value;
+};
+
+// The words are those that the console's clivacm knows.
+constexpr SWord kModels[] = {{"SNMPv1", eModelV1}, {"SNMPv2c", eModelV2c}, {"USM", eModelUsm}};
+constexpr SWord kModelsOrAny[] = {
+    {"any", eModelAny}, {"SNMPv1", eModelV1}, {"SNMPv2c", eModelV2c}, {"USM", eModelUsm}};
+constexpr SWord kLevels[] = {
+    {"noAuthNoPriv", eNoAuthNoPriv}, {"authNoPriv", eAuthNoPriv}, {"authPriv", eAuthPriv}};
+constexpr SWord kMatches[] = {{"exact", 0}, {"prefix", 1}};
+constexpr SWord kVersions[] = {{"1", eSnmpV1}, {"2c", eSnmpV2c}};
+
+// The value of a word; `standard` when the key is absent or another word.
+template <size_t count>
+int Word(BConfigTable& table, const char* key, const SWord (&words)[count], int standard)
+{
+    std::optional<SText> text = table.Text(key);
+    if (!text)
+        return standard;
+    std::string known;
+    for (const SWord& word : words) {
+        if (text->text == word.text)
+            return word.value;
+        known += (known.empty() ? "" : ", ") + std::string(word.text);
+    }
+    table.Complain(text->place, std::string(key) + ": '" + text->text + "' is none of " + known);
+    return standard;
+}
+
+std::string Quoted(const std::string& text) { return "'" + text + "'"; }
+
+} // namespace
+
+SConfiguration BConfigReader::Read(const toml::table& root)
+{
+    for (const SView& view : BuiltInViews())
+        m_views[view.name] = {};
+    m_groups[kGroupConsole] = {};
+    BConfigTable table(root, "the file", m_problems);
+    ReadListen(table);
+    ReadStore(table);
+    ReadContexts(table);
+    // Each kind may name things of those before it.
+    table.Tables("view", [this](BConfigTable& view) { ReadView(view); });
+    table.Tables("group", [this](BConfigTable& group) { ReadGroup(group); });
+    table.Tables("community", [this](BConfigTable& community) { ReadCommunity(community); });
+    table.Tables("access", [this](BConfigTable& access) { ReadAccess(access); });
+    table.Tables("trapSink", [this](BConfigTable& sink) { ReadTrapSink(sink); });
+    table.Finish();
+    return std::move(m_made);
+}
+
+void BConfigReader::Refuse(const SText& value, const std::string& why)
+{
+    m_problems.Add(value.place, Quoted(value.text) + " " + why);
+}
+
+std::optional<SText> BConfigReader::Name(BConfigTable& table, const char* key, bool isNeeded)
+{
+    std::optional<SText> name = isNeeded ? table.NeedText(key) : table.Text(key);
+    if (!name)
+        return name;
+    std::string why = CheckName(name->text);
+    if (why.empty())
+        return name;
+    m_problems.Add(name->place, std::string(key) + " " + Quoted(name->text) + " " + why);
+    return std::nullopt;
+}
+
+bool BConfigReader::Define(CPlaces& places, const char* what, const SText& name)
+{
+    auto [known, isNew] = places.insert({name.text, name.place});
+    if (isNew)
+        return true;
+    std::string where =
+        known->second.line ? "is defined in line " + std::to_string(known->second.line) + " already"
+                           : "is built in";
+    m_problems.Add(name.place, std::string(what) + " " + Quoted(name.text) + " " + where);
+    return false;
+}
+
+bool BConfigReader::ReadAddress(const SText& text, BTransportAddress& address)
+{
+    if (address.Parse(text.text))
+        return true;
+    Refuse(text, "is neither udp:IP:PORT nor udp6:[IP]:PORT");
+    return false;
+}
+
+void BConfigReader::ReadListen(BConfigTable& root)
+{
+    std::map<std::string, unsigned> lines;
+    for (const SText& text : root.Texts("agentAddress")) {
+        BTransportAddress address;
+        if (!ReadAddress(text, address))
+            continue;
+        auto [known, isNew] = lines.insert({address.ToString(), text.place.line});
+        if (!isNew && address.Port() != 0)
+            Refuse(text, "is in line " + std::to_string(known->second) + " already");
+        m_made.listen.push_back(address);
+    }
+}
+
+void BConfigReader::ReadStore(BConfigTable& root)
+{
+    std::optional<SText> store = root.Text("store");
+    if (!store)
+        return;
+    if (store->text.empty() || store->text[0] != '/')
+        Refuse(*store, "does not begin with '/'");
+    m_made.store = store->text;
+}
+
+void BConfigReader::ReadContexts(BConfigTable& root)
+{
+    CPlaces places{{"", {}}};
+    for (const SText& context : root.Texts("contexts")) {
+        std::string why = CheckName(context.text);
+        if (!why.empty())
+            m_problems.Add(context.place, "context " + Quoted(context.text) + " " + why);
+        else if (Define(places, "context", context))
+            m_made.contexts.push_back(context.text);
+    }
+}
+
+void BConfigReader::ReadView(BConfigTable& table)
+{
+    SView view;
+    std::optional<SText> name = Name(table, "name", true);
+    ReadFamilies(table, "include", eFilterIncluded, view);
+    ReadFamilies(table, "exclude", eFilterExcluded, view);
+    if (!table.Has("include"))
+        m_problems.Add(table.Place(), "this view has no include: it shows nothing");
+    if (name && Define(m_views, "view", *name)) {
+        view.name = name->text;
+        m_made.views.push_back(std::move(view));
+    }
+}
+
+void BConfigReader::ReadFamilies(BConfigTable& table, const char* key, EFilterType type,
+                                 SView& view)
+{
+    table.TextsAndTables(
+        key, key, [&](const SText& subtree) { ReadSubtree(subtree, std::nullopt, type, view); },
+        [&](BConfigTable& family) {
+            std::optional<SText> subtree = family.NeedText("subtree");
+            std::optional<SText> mask = family.Text("mask");
+            if (subtree)
+                ReadSubtree(*subtree, mask, type, view);
+        });
+}
+
+void BConfigReader::ReadSubtree(const SText& subtree, const std::optional<SText>& mask,
+                                EFilterType type, SView& view)
+{
+    SFamily family;
+    family.type = type;
+    std::string why = ReadOid(subtree.text, family.subtree);
+    if (!why.empty())
+        Refuse(subtree, why);
+    std::string whyMask = mask ? ReadMask(mask->text, family.mask) : "";
+    if (!whyMask.empty())
+        Refuse(*mask, whyMask);
+    if (!why.empty())
+        return;
+    bool isTwice =
+        std::any_of(view.families.begin(), view.families.end(), [&](const SFamily& known) {
+            return known.subtree.Compare(family.subtree) == 0;
+        });
+    if (isTwice)
+        Refuse(subtree, "is twice in this view");
+    view.families.push_back(std::move(family));
+}
+
+std::string BConfigReader::View(BConfigTable& table, const char* key)
+{
+    std::optional<SText> name = table.Text(key);
+    if (!name || name->text.empty())
+        return "";
+    if (m_views.count(name->text))
+        return name->text;
+    Refuse(*name, "is no view");
+    return "";
+}
+
+// A security name is, with each model, in one group.
+void BConfigReader::Claim(ESecurityModel model, const SText& securityName, const std::string& group)
+{
+    auto [known, isNew] = m_members.insert({{model, securityName.text}, group});
+    if (!isNew)
+        Refuse(securityName, std::string("is with ") + NameOfModel(model) + " in the group " +
+                                 Quoted(known->second) + " already");
+}
+
+void BConfigReader::AddMember(SGroup& group, ESecurityModel model, const SText& securityName)
+{
+    Claim(model, securityName, group.name);
+    group.members.push_back({model, securityName.text});
+}
+
+bool BConfigReader::IsMember(const std::string& securityName) const
+{
+    return m_members.count({eModelV1, securityName}) || m_members.count({eModelV2c, securityName});
+}
+
+void BConfigReader::ReadGroup(BConfigTable& table)
+{
+    std::optional<SText> name = Name(table, "name", true);
+    SGroup added;
+    bool isConsole = name && name->text == kGroupConsole && !m_groups[kGroupConsole].line;
+    if (isConsole)
+        m_groups[kGroupConsole] = name->place;
+    else if (name && Define(m_groups, "group", *name))
+        added.name = name->text;
+    SGroup& group = isConsole ? m_made.groups.front() : added;
+    table.TextsAndTables(
+        "members", "member",
+        [&](const SText& securityName) {
+            std::string why = CheckName(securityName.text);
+            if (!why.empty())
+                return Refuse(securityName, why);
+            AddMember(group, eModelV1, securityName);
+            AddMember(group, eModelV2c, securityName);
+        },
+        [&](BConfigTable& member) { ReadMember(member, group); });
+    if (!isConsole)
+        m_made.groups.push_back(std::move(added));
+}
+
+void BConfigReader::ReadMember(BConfigTable& table, SGroup& group)
+{
+    std::optional<SText> securityName = Name(table, "securityName", true);
+    bool hasModel = table.Has("securityModel");
+    if (!hasModel)
+        m_problems.Add(table.Place(), "this member has no securityModel");
+    int model = Word(table, "securityModel", kModels, 0);
+    if (securityName && model)
+        AddMember(group, static_cast<ESecurityModel>(model), *securityName);
+}
+
+std::vector<BNetwork> BConfigReader::ReadSources(BConfigTable& table)
+{
+    if (!table.Has("sources"))
+        return BNetwork::ThisMachine();
+    std::vector<BNetwork> networks;
+    for (const SText& text : table.Texts("sources")) {
+        BNetwork network;
+        std::string why = network.Parse(text.text);
+        if (why.empty())
+            networks.push_back(network);
+        else
+            Refuse(text, why);
+    }
+    return networks;
+}
+
+void BConfigReader::ReadCommunity(BConfigTable& table)
+{
+    SCommunity community;
+    std::optional<SText> name = table.NeedText("name");
+    std::optional<SText> securityName = Name(table, "securityName", false);
+    community.context = Context(table, false);
+    community.sources = ReadSources(table);
+    if (name && name->text.empty())
+        Refuse(*name, "is no community: it is empty");
+    else if (name && Define(m_communities, "community", *name))
+        community.name = name->text;
+    community.securityName = securityName ? securityName->text : community.name;
+    ReadRights(table, community);
+}
+
+// Rights of its own, or those of the group its security name is in.
+void BConfigReader::ReadRights(BConfigTable& table, SCommunity& community)
+{
+    std::string views[3] = {View(table, "read"), View(table, "write"), View(table, "notify")};
+    if (!table.Has("notify"))
+        views[eViewNotify] = views[eViewRead];
+    bool hasOwn = table.Has("read") || table.Has("write") || table.Has("notify");
+    if (hasOwn && table.Has("securityName"))
+        return m_problems.Add(table.Place(), "this community has views and a securityName: its "
+                                             "rights are its own, or those of a group");
+    const std::string& securityName = community.securityName;
+    if (!hasOwn && !securityName.empty() && !IsMember(securityName))
+        return m_problems.Add(table.Place(), "this community has no rights: give it read or write, "
+                                             "or make " +
+                                                 Quoted(securityName) + " a member of a group");
+    if (community.name.empty())
+        return;
+    if (!hasOwn) {
+        m_made.communities.push_back(community);
+        return;
+    }
+    Claim(eModelV1, {securityName, table.Place()}, community.name);
+    Claim(eModelV2c, {securityName, table.Place()}, community.name);
+    AddCommunity(m_made, community, views);
+}
+
+std::string BConfigReader::Context(BConfigTable& table, bool isPrefix)
+{
+    std::optional<SText> context = table.Text("context");
+    if (!context || context->text.empty())
+        return "";
+    const std::vector<std::string>& all = m_made.contexts;
+    bool isKnown = std::any_of(all.begin(), all.end(), [&](const std::string& known) {
+        return known.compare(0, isPrefix ? context->text.size() : known.npos, context->text) == 0;
+    });
+    if (!isKnown)
+        Refuse(*context, isPrefix ? "begins no context" : "is no context");
+    return context->text;
+}
+
+void BConfigReader::ReadAccess(BConfigTable& table)
+{
+    SAccess access;
+    std::optional<SText> name = table.NeedText("group");
+    access.isPrefix = Word(table, "contextMatch", kMatches, 0) != 0;
+    access.context = Context(table, access.isPrefix);
+    access.model =
+        static_cast<ESecurityModel>(Word(table, "securityModel", kModelsOrAny, eModelAny));
+    access.level =
+        static_cast<ESecurityLevel>(Word(table, "securityLevel", kLevels, eNoAuthNoPriv));
+    access.views[eViewRead] = View(table, "read");
+    access.views[eViewWrite] = View(table, "write");
+    access.views[eViewNotify] = View(table, "notify");
+    if (!name)
+        return;
+    if (!m_groups.count(name->text))
+        return Refuse(*name, "is no group");
+    auto group = std::find_if(m_made.groups.begin(), m_made.groups.end(),
+                              [&](const SGroup& known) { return known.name == name->text; });
+    bool isTwice =
+        std::any_of(group->access.begin(), group->access.end(), [&](const SAccess& known) {
+            return known.context == access.context && known.model == access.model &&
+                   known.level == access.level;
+        });
+    if (isTwice)
+        m_problems.Add(table.Place(), "the group " + Quoted(name->text) +
+                                          " has an access of this context, securityModel and "
+                                          "securityLevel already");
+    group->access.push_back(std::move(access));
+}
+
+void BConfigReader::ReadTrapSink(BConfigTable& table)
+{
+    STrapSink sink;
+    std::optional<SText> address = table.NeedText("address");
+    std::optional<SText> community = table.NeedText("community");
+    sink.protocol = static_cast<EProtocol>(Word(table, "version", kVersions, eSnmpV2c));
+    sink.isInform = table.Flag("inform").value_or(sink.isInform);
+    std::optional<double> timeout = table.Number("timeout", kLeastTimeout, kMostTimeout);
+    if (timeout)
+        sink.timeout = std::chrono::milliseconds(static_cast<int64_t>(*timeout * 1000 + 0.5));
+    sink.retries =
+        static_cast<unsigned>(table.Integer("retries", 0, kMostRetries).value_or(sink.retries));
+    if (sink.isInform && sink.protocol == eSnmpV1)
+        m_problems.Add(table.Place(), "this trapSink asks for informs, which version 1 has not");
+    if (address && ReadAddress(*address, sink.address) && sink.address.Port() == 0)
+        Refuse(*address, "has no port");
+    if (!community)
+        return;
+    sink.community = community->text;
+    auto known = std::find_if(
+        m_made.communities.begin(), m_made.communities.end(),
+        [&](const SCommunity& candidate) { return candidate.name == community->text; });
+    if (known == m_made.communities.end()) {
+        if (!m_communities.count(community->text))
+            Refuse(*community, "is no community");
+        return;
+    }
+    sink.security = SecurityOf(*known, sink.protocol);
+    sink.context = BString(known->context.data(), static_cast<unsigned>(known->context.size()));
+    m_made.trapSinks.push_back(std::move(sink));
+}
+
+} // namespace VLK::host

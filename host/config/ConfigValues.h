@@ -1,0 +1,18 @@
+// The values of a configuration: from their text. Each reader returns why the
+// text is refused, in words that follow the quoted text; empty when it is not.
+#pragma once
+
+#include <string>
+#include <vkmibh/objectid.h>
+#include <vkmibh/octets.h>
+
+namespace VLK::host {
+
+// 1 to 32 printable characters of ASCII: an index of the access control's tables.
+std::string CheckName(const std::string& text);
+// Dotted decimal, with or without a leading dot.
+std::string ReadOid(const std::string& text, BObjectIdentifier& oid);
+// 1 to 16 octets in hexadecimal, with or without colons between them.
+std::string ReadMask(const std::string& text, BOctetString& mask);
+
+} // namespace VLK::host

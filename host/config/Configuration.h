@@ -1,0 +1,61 @@
+// What an agent is told at its start: by a file, by the command line, or by
+// neither.
+#pragma once
+
+#include "host/Notification.h"
+#include "host/access/Communities.h"
+#include "host/access/Vacm.h"
+
+#include <string>
+#include <vector>
+
+namespace VLK::host {
+
+// A row of the vacmViewTreeFamilyTable.
+struct SFamily {
+    BObjectIdentifier subtree;
+    BOctetString mask;
+    EFilterType type = eFilterIncluded;
+};
+
+struct SView {
+    std::string name;
+    std::vector<SFamily> families;
+};
+
+// Where notifications go. What they may hold is decided by the notify view of
+// `security` in `context`, which are those of the sink's community.
+struct STrapSink : SReceiver {
+    BSecurityParams security;
+    BString context;
+};
+
+// The group of the operator at the console, who has an empty security name with
+// model USM; requests from the wire have model SNMPv1 or SNMPv2c.
+constexpr const char* kGroupConsole = "console";
+
+struct SConfiguration {
+    std::string file; // empty: there is none
+    std::vector<BTransportAddress> listen;
+    std::string store; // empty: the file under the user's state directory
+    std::vector<std::string> contexts;
+    std::vector<SView> views; // without those that are built in
+    std::vector<SCommunity> communities;
+    // The first is the console's.
+    std::vector<SGroup> groups{{kGroupConsole, {{eModelUsm, ""}}, {}}};
+    std::vector<STrapSink> trapSinks;
+};
+
+// Views that are always there.
+constexpr const char* kViewEverything = "everything";
+constexpr const char* kViewSystemOnly = "systemonly"; // 1.3.6.1.2.1.1
+const std::vector<SView>& BuiltInViews();
+
+// Adds a community with rights of its own, in a group of its own: the views by
+// EViewType, in any context.
+void AddCommunity(SConfiguration& configuration, const SCommunity& community,
+                  const std::string (&views)[3]);
+// Where nothing else is said, the operator sees and changes everything.
+void OpenConsole(SConfiguration& configuration);
+
+} // namespace VLK::host

@@ -1,0 +1,46 @@
+// An engine that opens nothing and keeps what it is given to send.
+#pragma once
+
+#include "host/Engine.h"
+
+#include <vector>
+
+namespace VLK {
+namespace Test {
+
+class FakeEngine : public host::IEngine {
+public:
+    struct SSent {
+        unsigned receiver;
+        host::SNotification notification;
+    };
+
+    host::BTransportAddress Open(const host::BTransportAddress& address,
+                                 host::STraffic& traffic) override
+    {
+        host::BTransportAddress opened = address;
+        if (opened.Port() == 0)
+            opened.SetPort(4711);
+        traffics.push_back(&traffic);
+        return opened;
+    }
+    unsigned AddReceiver(const host::SReceiver& receiver, host::SDelivery& delivery) override
+    {
+        receivers.push_back(receiver);
+        deliveries.push_back(&delivery);
+        return static_cast<unsigned>(receivers.size() - 1);
+    }
+    void Notify(unsigned receiver, host::SNotification notification) override
+    {
+        sent.push_back({receiver, std::move(notification)});
+    }
+    void Serve(int) override {}
+
+    std::vector<host::STraffic*> traffics;
+    std::vector<host::SReceiver> receivers;
+    std::vector<host::SDelivery*> deliveries;
+    std::vector<SSent> sent;
+};
+
+} // namespace Test
+} // namespace VLK

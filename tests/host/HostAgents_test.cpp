@@ -1,0 +1,337 @@
+#include "host/agents/HostAgents.h"
+
+#include "host/Options.h"
+#include "host/agents/AuthenticationTraps.h"
+
+#include "FakeEngine.h"
+
+#include "tests/support/FakeStore.h"
+#include "tests/support/Oids.h"
+
+#include <gtest/gtest.h>
+
+using namespace VLK;
+using namespace VLK::host;
+using namespace VLK::Test;
+
+namespace {
+
+constexpr const char* kColdStart = "1.3.6.1.6.3.1.1.5.1";
+constexpr const char* kAuthenticationFailure = "1.3.6.1.6.3.1.1.5.5";
+constexpr const char* kEnterprise = "1.3.6.1.4.1.32473.5";
+
+BTransportAddress AddressOf(const char* text)
+{
+    BTransportAddress address;
+    EXPECT_TRUE(address.Parse(text)) << text;
+    return address;
+}
+
+// Sinks 0 and 1 are sent everything, in versions 2c and 1; sink 2, for informs, what
+// concerns the system group and coldStart; sink 3 has a community without rights.
+SConfiguration Configured()
+{
+    SOptions options;
+    options.listen = {AddressOf("udp:127.0.0.2:0"), AddressOf("udp:127.0.0.1:1161")};
+    options.communities = {{"all", false}};
+    SConfiguration configuration = Configure(options);
+    SView few{"few", {}};
+    few.families.push_back({MakeOid("1.3.6.1.2.1.1"), BOctetString(), eFilterIncluded});
+    few.families.push_back({MakeOid(kColdStart), BOctetString(), eFilterIncluded});
+    configuration.views.push_back(few);
+    AddCommunity(configuration, {"few", "few", "", {}}, {"", "", "few"});
+    for (const char* community : {"all", "all", "few", "none"}) {
+        STrapSink sink;
+        sink.address = AddressOf("udp:192.0.2.1:162");
+        sink.community = community;
+        sink.protocol = configuration.trapSinks.size() == 1 ? eSnmpV1 : eSnmpV2c;
+        sink.isInform = community == std::string("few");
+        sink.security = SecurityOf({community, community, "", {}}, sink.protocol);
+        configuration.trapSinks.push_back(sink);
+    }
+    configuration.trapSinks[2].address = AddressOf("udp:192.0.2.2:1162");
+    return configuration;
+}
+
+BVarBindList OneBinding(const char* name, const BObjectSyntax& value = BObjectSyntax())
+{
+    BVarBindList list;
+    list.Append(MakeOid(name), value);
+    return list;
+}
+
+class HostAgents : public testing::Test {
+protected:
+    HostAgents() { agents.Open(engine, configuration); }
+
+    // Receivers of what was sent since it was last asked for.
+    std::vector<unsigned> Receivers()
+    {
+        std::vector<unsigned> receivers;
+        for (const FakeEngine::SSent& sent : engine.sent)
+            receivers.push_back(sent.receiver);
+        engine.sent.clear();
+        return receivers;
+    }
+    std::string Parameters(const char* name)
+    {
+        return agents.Registry().GetAgent(BString(name))->GetParams().c_str();
+    }
+
+    using Numbers = std::vector<unsigned>;
+    SConfiguration configuration = Configured();
+    BTime time;
+    BAccess access{configuration, nullptr};
+    BTrapGate gate;
+    BHostAgents agents{time, access, gate};
+    FakeEngine engine;
+};
+
+} // namespace
+
+TEST_F(HostAgents, AreNamedAfterTheirAddresses)
+{
+    for (const char* name :
+         {"udp:127.0.0.1:1161", "udp:127.0.0.2:4711", "trap:udp:192.0.2.1:162",
+          "trap:udp:192.0.2.1:162#2", "trap:udp:192.0.2.1:162#3", "trap:udp:192.0.2.2:1162"})
+        EXPECT_NE(agents.Registry().GetAgent(BString(name)), nullptr) << name;
+    EXPECT_EQ(agents.Registry().GetNumAgents(), 6);
+    ASSERT_EQ(agents.Addresses().size(), 2u);
+    EXPECT_EQ(agents.Addresses()[0].ToString(), "udp:127.0.0.2:4711") << "in the order configured";
+}
+
+TEST_F(HostAgents, TheirStartIsAColdStartForEverySinkWhoseViewShowsIt)
+{
+    agents.Start();
+    ASSERT_EQ(engine.sent.size(), 3u);
+    const SNotification& coldStart = engine.sent[0].notification;
+    EXPECT_EQ(coldStart.trapOid, MakeOid(kColdStart));
+    EXPECT_EQ(coldStart.bindings.Count(), 0u);
+    const SNotification& v1 = engine.sent[1].notification;
+    EXPECT_EQ(engine.sent[1].receiver, 1u);
+    EXPECT_EQ(v1.enterprise, MakeOid("1.3.6.1.6.3.1.1.5"));
+    EXPECT_EQ(v1.generic, eTrapColdStart);
+    EXPECT_EQ(v1.specific, 0);
+    EXPECT_EQ(Receivers(), (Numbers{0, 1, 2}));
+}
+
+TEST_F(HostAgents, TrapsTellTheUpTimeOfTheSystemGroup)
+{
+    agents.Start();
+    BMib2System record;
+    CSystem system(record);
+    unsigned now = 0;
+    system.OnGet_SysUpTime(0, now);
+    ASSERT_GT(now, 0u);
+    EXPECT_LE(now - engine.sent[0].notification.upTime, 1000u);
+}
+
+TEST_F(HostAgents, TrapsBeforeTheStartAndAfterTheStopGoNowhere)
+{
+    BTrapV2 trap(MakeOid(kColdStart));
+    gate.SendTrap(trap, nullptr);
+    EXPECT_EQ(Receivers(), Numbers());
+    agents.Start();
+    Receivers();
+    agents.Stop();
+    gate.SendTrap(trap, nullptr);
+    EXPECT_EQ(Receivers(), Numbers());
+}
+
+TEST_F(HostAgents, ATrapCanGoToOneSinkByItsName)
+{
+    agents.Start();
+    Receivers();
+    BTrapV2 trap(MakeOid(kColdStart));
+    gate.SendTrap(trap, "trap:udp:192.0.2.1:162#2");
+    EXPECT_EQ(Receivers(), Numbers{1});
+    gate.SendTrap(trap, "udp:127.0.0.1:1161");
+    gate.SendTrap(trap, "nobody");
+    EXPECT_EQ(Receivers(), Numbers());
+}
+
+TEST_F(HostAgents, ANotificationIsShownWholeOrNotSent)
+{
+    agents.Start();
+    Receivers();
+    gate.SendTrap(BTrapV2(MakeOid(kColdStart), OneBinding("1.3.6.1.2.1.1.5.0")), nullptr);
+    EXPECT_EQ(Receivers(), (Numbers{0, 1, 2}));
+    gate.SendTrap(BTrapV2(MakeOid(kColdStart), OneBinding("1.3.6.1.2.1.2.1.0")), nullptr);
+    EXPECT_EQ(Receivers(), (Numbers{0, 1})) << "an object outside the view";
+    gate.SendTrap(BTrapV2(MakeOid(kAuthenticationFailure)), nullptr);
+    EXPECT_EQ(Receivers(), (Numbers{0, 1})) << "a notification outside the view";
+    EXPECT_NE(Parameters("trap:udp:192.0.2.2:1162").find("outside the notify view: 2\n"),
+              std::string::npos);
+}
+
+TEST_F(HostAgents, AViewThatManagersChangeCountsAtOnce)
+{
+    agents.Start();
+    Receivers();
+    access.Views().Insert(BString("few"), MakeOid(kAuthenticationFailure), BOctetString(),
+                          eFilterIncluded, eStorageVolatile, eRowActive, false);
+    gate.SendTrap(BTrapV2(MakeOid(kAuthenticationFailure)), nullptr);
+    EXPECT_EQ(Receivers(), (Numbers{0, 1, 2}));
+}
+
+TEST_F(HostAgents, BothFormsReachBothVersions)
+{
+    agents.Start();
+    engine.sent.clear();
+    gate.SendTrap(BTrapV1(MakeOid(kEnterprise), eTrapEnterpriseSpecific, 17), nullptr);
+    gate.SendTrap(BTrapV2(MakeOid("1.3.6.1.4.1.32473.5.0.18")), nullptr);
+    ASSERT_EQ(engine.sent.size(), 4u);
+    EXPECT_EQ(engine.sent[0].notification.trapOid, MakeOid("1.3.6.1.4.1.32473.5.0.17"));
+    EXPECT_EQ(engine.sent[1].notification.specific, 17);
+    EXPECT_EQ(engine.sent[2].notification.trapOid, MakeOid("1.3.6.1.4.1.32473.5.0.18"));
+    EXPECT_EQ(engine.sent[3].notification.specific, 18);
+    for (int i : {1, 3}) {
+        EXPECT_EQ(engine.sent[i].notification.enterprise, MakeOid(kEnterprise));
+        EXPECT_EQ(engine.sent[i].notification.generic, eTrapEnterpriseSpecific);
+    }
+}
+
+TEST_F(HostAgents, TheFirstVersionHasNoCounter64)
+{
+    agents.Start();
+    Receivers();
+    BObjectSyntax value;
+    value.SetCtr64(SCTR64{1, 2});
+    gate.SendTrap(BTrapV2(MakeOid(kColdStart), OneBinding("1.3.6.1.2.1.31.1.1.1.6.1", value)),
+                  nullptr);
+    EXPECT_EQ(Receivers(), Numbers{0});
+    EXPECT_EQ(engine.deliveries[1]->failed, 1u);
+    EXPECT_EQ(engine.deliveries[0]->failed, 0u);
+}
+
+TEST_F(HostAgents, WhatHasNoFormOfANotificationHasFailed)
+{
+    agents.Start();
+    Receivers();
+    gate.SendTrap(BTrapV1(MakeOid("1"), eTrapEnterpriseSpecific, 1), nullptr);
+    EXPECT_EQ(Receivers(), Numbers());
+    for (SDelivery* delivery : engine.deliveries)
+        EXPECT_EQ(delivery->failed, 1u);
+}
+
+TEST_F(HostAgents, ASuspendedSinkIsGivenNothing)
+{
+    agents.Start();
+    Receivers();
+    const BString name("trap:udp:192.0.2.1:162");
+    EXPECT_EQ(agents.Registry().Suspend(name), 0);
+    gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr);
+    EXPECT_EQ(Receivers(), (Numbers{1, 2}));
+    EXPECT_TRUE(engine.deliveries[0]->isSuspended);
+    EXPECT_EQ(agents.Registry().Resume(name), 0);
+    gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr);
+    EXPECT_EQ(Receivers(), (Numbers{0, 1, 2}));
+}
+
+TEST_F(HostAgents, AListeningAddressIsSuspendedInItsTraffic)
+{
+    agents.Start();
+    const BString name("udp:127.0.0.1:1161");
+    EXPECT_EQ(agents.Registry().Suspend(name), 0);
+    EXPECT_TRUE(engine.traffics[1]->isSuspended);
+    EXPECT_FALSE(engine.traffics[0]->isSuspended);
+    EXPECT_EQ(agents.Registry().Resume(name), 0);
+    EXPECT_FALSE(engine.traffics[1]->isSuspended);
+}
+
+TEST_F(HostAgents, ParametersOfAListeningAddress)
+{
+    engine.traffics[1]->received = 3;
+    engine.traffics[1]->answered = 2;
+    engine.traffics[1]->dropped = 4294967295u;
+    EXPECT_EQ(Parameters("udp:127.0.0.1:1161"), "address: udp:127.0.0.1:1161\n"
+                                                "state: running\n"
+                                                "received: 3\n"
+                                                "answered: 2\n"
+                                                "dropped while suspended: 4294967295");
+}
+
+TEST_F(HostAgents, ParametersOfASinkDoNotShowItsCommunity)
+{
+    SDelivery& delivery = *engine.deliveries[2];
+    delivery.sent = 1;
+    delivery.failed = 2;
+    delivery.acknowledged = 3;
+    delivery.retried = 4;
+    delivery.givenUp = 5;
+    delivery.overflowed = 6;
+    delivery.isSuspended = true;
+    EXPECT_EQ(Parameters("trap:udp:192.0.2.2:1162"), "address: udp:192.0.2.2:1162\n"
+                                                     "version: 2c, informs\n"
+                                                     "community: (not shown)\n"
+                                                     "state: suspended\n"
+                                                     "sent: 1\n"
+                                                     "failed: 2\n"
+                                                     "outside the notify view: 0\n"
+                                                     "dropped for want of room: 6\n"
+                                                     "acknowledged: 3\n"
+                                                     "retried: 4\n"
+                                                     "given up: 5");
+    EXPECT_EQ(Parameters("trap:udp:192.0.2.1:162#2"), "address: udp:192.0.2.1:162\n"
+                                                      "version: 1\n"
+                                                      "community: (not shown)\n"
+                                                      "state: running\n"
+                                                      "sent: 0\n"
+                                                      "failed: 0\n"
+                                                      "outside the notify view: 0\n"
+                                                      "dropped for want of room: 0");
+}
+
+namespace {
+
+class TrapRecorder : public ITrapSender {
+public:
+    std::vector<int> generics;
+    void SendTrap(const BTrap& trap, const char* agentName) override
+    {
+        EXPECT_EQ(agentName, nullptr);
+        BObjectIdentifier enterprise;
+        ESNMPv1TrapType generic;
+        int specific;
+        EXPECT_TRUE(trap.GetV1TrapParams(enterprise, generic, specific));
+        generics.push_back(generic);
+    }
+};
+
+class AuthenticationTraps : public testing::Test {
+protected:
+    AuthenticationTraps() { store.numbers["mib-2.snmp/snmpEnableAuthenTraps"] = 1; }
+
+    FakeStore store;
+    modules::SSnmpCounters counters;
+    TrapRecorder sender;
+    BRateLimit::CClock::time_point now{std::chrono::hours(1)};
+    BRateLimit limit{[this] { return now; }};
+};
+
+} // namespace
+
+TEST_F(AuthenticationTraps, AreSentWhileTheyAreEnabled)
+{
+    modules::CSnmpModule disabled(counters, nullptr);
+    BAuthenticationTraps none(disabled.Group(), sender, limit);
+    none.OnAuthenticationFailure();
+    EXPECT_TRUE(sender.generics.empty());
+    modules::CSnmpModule enabled(counters, &store);
+    BAuthenticationTraps all(enabled.Group(), sender, limit);
+    all.OnAuthenticationFailure();
+    EXPECT_EQ(sender.generics, std::vector<int>{eTrapAuthenticationFailure});
+}
+
+TEST_F(AuthenticationTraps, DoNotFloodTheirReceivers)
+{
+    modules::CSnmpModule enabled(counters, &store);
+    BAuthenticationTraps traps(enabled.Group(), sender, limit);
+    for (int i = 0; i < 1000; ++i)
+        traps.OnAuthenticationFailure();
+    EXPECT_EQ(sender.generics.size(), BRateLimit::kBurst);
+    now += BRateLimit::kInterval;
+    for (int i = 0; i < 1000; ++i)
+        traps.OnAuthenticationFailure();
+    EXPECT_EQ(sender.generics.size(), BRateLimit::kBurst + 1);
+}

@@ -1,0 +1,161 @@
+#include "host/SavingHandler.h"
+
+#include "tests/support/FakeStore.h"
+#include "tests/support/Threads.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+
+using namespace VLK;
+using namespace VLK::host;
+
+namespace {
+
+// What is asked in the middle of a request.
+class Inside : public IAccessControl {
+public:
+    std::function<int()> asked;
+
+    int CheckAccess(const BSecurityParams&, unsigned char, const BString&, const BVarBind&) override
+    {
+        return asked ? asked() : 0;
+    }
+};
+
+class FakeSaves : public ISetSaves {
+public:
+    bool works = true;
+    bool throws = false;
+    bool held = false;
+    int saves = 0;
+    std::function<void()> saving;
+
+    void Hold() override
+    {
+        EXPECT_FALSE(held) << "another SET is not saved yet";
+        if (throws)
+            throw std::runtime_error("no hold");
+        held = true;
+    }
+    bool SaveHeld() override
+    {
+        if (saving)
+            saving();
+        held = false;
+        ++saves;
+        return works;
+    }
+};
+
+class SavingHandler : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        time.RecordStartTime();
+        handler.Init(&time, &store);
+    }
+
+    int Ask(int pduType, const char* name = "1.3.6.1.2.1.1.4.0")
+    {
+        BTransaction transaction(1);
+        BTransactions* transactions = BTransactions::GetInstance();
+        unsigned id = transactions->StartTransaction(&transaction);
+        BVarBindList list;
+        list.Append(BObjectIdentifier(BString(name)));
+        list[0].Value().SetOctets(BOctetString(BString("me")));
+        index = -1;
+        int status =
+            handler.Query(pduType, static_cast<int>(id), BSecurityParams(), BString(), list, index);
+        transactions->EndTransaction(id);
+        return status;
+    }
+
+    BTime time;
+    VLK::Test::FakeStore store;
+    Inside inside;
+    FakeSaves saves;
+    BSavingHandler handler{&inside, saves};
+    int index = -1;
+};
+
+} // namespace
+
+TEST_F(SavingHandler, ASetIsHeldWhileItRunsAndSavedOnceAfterwards)
+{
+    inside.asked = [this] {
+        EXPECT_TRUE(saves.held);
+        EXPECT_EQ(saves.saves, 0);
+        return 0;
+    };
+    EXPECT_EQ(Ask(ePduSet), eSnmpNoError);
+    EXPECT_EQ(saves.saves, 1);
+    EXPECT_FALSE(saves.held);
+    EXPECT_EQ(store.updatesRequested, 1);
+}
+
+TEST_F(SavingHandler, ReadingIsNotHeld)
+{
+    inside.asked = [this] {
+        EXPECT_FALSE(saves.held);
+        return 0;
+    };
+    for (int type : {ePduGet, ePduGetNext, ePduGetBulk})
+        EXPECT_EQ(Ask(type), eSnmpNoError) << type;
+    EXPECT_EQ(saves.saves, 0);
+}
+
+TEST_F(SavingHandler, ASetThatWasNotKeptIsUndoFailedWithIndexZero)
+{
+    saves.works = false;
+    EXPECT_EQ(Ask(ePduSet), eSnmpUndoFailed);
+    EXPECT_EQ(index, 0);
+    saves.works = true;
+    EXPECT_EQ(Ask(ePduSet), eSnmpNoError) << "a later one went well";
+}
+
+TEST_F(SavingHandler, AFailedSetIsSavedTooAndItsOwnReasonCounts)
+{
+    for (bool works : {true, false}) {
+        saves.works = works;
+        saves.saves = 0;
+        EXPECT_EQ(Ask(ePduSet, "1.3.6.1.2.1.1.1.0"), eSnmpNotWritable);
+        EXPECT_EQ(index, 1);
+        EXPECT_EQ(saves.saves, 1);
+    }
+}
+
+TEST_F(SavingHandler, WhatASaveThrowsIsAGeneralErrorAndTheNextSetIsServed)
+{
+    saves.throws = true;
+    EXPECT_EQ(Ask(ePduSet), eSnmpGenErr);
+    EXPECT_EQ(index, 0);
+    saves.throws = false;
+    EXPECT_EQ(Ask(ePduSet), eSnmpNoError);
+}
+
+// A save writes all values, so those of a SET that is half done would be in it.
+TEST_F(SavingHandler, ASetWaitsUntilTheOneBeforeItIsSaved)
+{
+    std::atomic<int> running{0};
+    saves.saving = [&] {
+        GiveOthersTime();
+        EXPECT_EQ(running, 1);
+        running = 0;
+    };
+    inside.asked = [&] {
+        ++running;
+        return 0;
+    };
+    auto set = [this] {
+        BVarBindList list;
+        list.Append(BObjectIdentifier(BString("1.3.6.1.2.1.1.4.0")));
+        list[0].Value().SetOctets(BOctetString(BString("me")));
+        int errorIndex = 0;
+        EXPECT_EQ(handler.Query(ePduSet, 0, BSecurityParams(), BString(), list, errorIndex), 0);
+    };
+    std::thread first(set);
+    std::thread second(set);
+    first.join();
+    second.join();
+    EXPECT_EQ(saves.saves, 2);
+}

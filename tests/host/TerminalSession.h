@@ -1,0 +1,158 @@
+// A program on a pseudo-terminal of its own, and someone who types.
+#pragma once
+
+#include "tests/support/Process.h"
+#include "tests/support/Threads.h"
+
+#include <cstring>
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <termios.h>
+#include <utmp.h>
+
+// Like the first program of a login on that terminal.
+class TerminalSession {
+public:
+    explicit TerminalSession(const Arguments& arguments)
+    {
+        winsize size = {};
+        size.ws_row = 24;
+        size.ws_col = 80;
+        if (openpty(&m_master, &m_slave, nullptr, nullptr, &size) != 0)
+            return;
+        fcntl(m_master, F_SETFD, FD_CLOEXEC);
+        fcntl(m_slave, F_SETFD, FD_CLOEXEC);
+        m_settings = Settings();
+        m_pid = fork();
+        if (m_pid != 0)
+            return;
+        login_tty(m_slave);
+        rlimit none{0, 0};
+        setrlimit(RLIMIT_CORE, &none);
+        std::vector<char*> argv;
+        for (const std::string& argument : arguments)
+            argv.push_back(const_cast<char*>(argument.c_str()));
+        argv.push_back(nullptr);
+        execvp(argv[0], argv.data());
+        _exit(127);
+    }
+    ~TerminalSession()
+    {
+        if (m_pid > 0) {
+            kill(m_pid, SIGKILL);
+            waitpid(m_pid, nullptr, 0);
+        }
+        close(m_master);
+        close(m_slave);
+    }
+    TerminalSession(const TerminalSession&) = delete;
+    TerminalSession& operator=(const TerminalSession&) = delete;
+
+    void Type(const std::string& keys)
+    {
+        if (write(m_master, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size()))
+            ADD_FAILURE() << "the terminal takes no more keys";
+    }
+
+    // What comes up to the text and with it; without the text, all that comes
+    // in ten seconds.
+    std::string Until(const std::string& text)
+    {
+        for (;;) {
+            size_t at = m_shown.find(text);
+            if (at != m_shown.npos) {
+                std::string upTo = m_shown.substr(0, at + text.size());
+                m_shown.erase(0, upTo.size());
+                return upTo;
+            }
+            if (!ReadMore(10000))
+                return std::exchange(m_shown, "");
+        }
+    }
+    bool Shows(const std::string& text)
+    {
+        std::string shown = Until(text);
+        bool found = shown.size() >= text.size() &&
+                     shown.compare(shown.size() - text.size(), text.size(), text) == 0;
+        if (!found)
+            ADD_FAILURE() << "'" << text << "' is not in '" << shown << "'";
+        return found;
+    }
+    // All that comes while nothing is typed.
+    std::string Pause()
+    {
+        while (ReadMore(100)) {
+        }
+        return std::exchange(m_shown, "");
+    }
+
+    // Exit status, or 128 and the signal's number.
+    int Wait()
+    {
+        int status = 0;
+        bool ended = VLK::Eventually([&] {
+            while (ReadMore(0)) {
+            }
+            return waitpid(m_pid, &status, WNOHANG) == m_pid;
+        });
+        if (!ended)
+            return -1;
+        m_pid = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+    int Kill(int signalNumber)
+    {
+        kill(m_pid, signalNumber);
+        return Wait();
+    }
+    pid_t Pid() const { return m_pid; }
+
+    bool IsAsAtFirst() const
+    {
+        termios now = Settings();
+        return std::memcmp(&now, &m_settings, sizeof now) == 0;
+    }
+    // Lines that were typed and that no program read.
+    int Unread() const
+    {
+        int bytes = -1;
+        ioctl(m_slave, FIONREAD, &bytes);
+        return bytes;
+    }
+    void Resize(unsigned short columns)
+    {
+        winsize size = {};
+        size.ws_row = 24;
+        size.ws_col = columns;
+        ioctl(m_master, TIOCSWINSZ, &size);
+    }
+
+private:
+    termios Settings() const
+    {
+        termios settings;
+        std::memset(&settings, 0, sizeof settings);
+        tcgetattr(m_slave, &settings);
+        return settings;
+    }
+
+    bool ReadMore(int milliseconds)
+    {
+        pollfd wait{m_master, POLLIN, 0};
+        char buffer[4096];
+        if (poll(&wait, 1, milliseconds) != 1)
+            return false;
+        ssize_t count = read(m_master, buffer, sizeof buffer);
+        if (count <= 0)
+            return false;
+        m_shown.append(buffer, static_cast<size_t>(count));
+        return true;
+    }
+
+    int m_master = -1;
+    int m_slave = -1; // kept, to look at the terminal after the program's end
+    termios m_settings = {};
+    pid_t m_pid = -1;
+    std::string m_shown;
+};
