@@ -2,9 +2,9 @@
 //
 // Each benchmark reports, beside its time, the calls of operator new per
 // operation. The floor of a request is the copy of its bindings alone.
+#include "bench/Agent.h"
 #include "bench/AllocScope.h"
 
-#include <vkmibh/handler.h>
 #include <vkmibh/system.h>
 
 #include <benchmark/benchmark.h>
@@ -16,8 +16,6 @@
 
 namespace VLK {
 namespace {
-
-BObjectIdentifier MakeOid(const char* dotted) { return BObjectIdentifier(BString(dotted)); }
 
 // Ten integer scalars, of which the first can be written.
 class Scalars : public BMibScalarGroupImpl {
@@ -93,42 +91,6 @@ private:
 
 SRqHndlrMapEntry Table::s_map[] = {
     ColumnRow<eKindInteger, &Table::OnGet>(1, "value", eAsnInteger, eRqReadOnly), kRqEnd};
-
-// An agent with an open transaction.
-class Agent {
-public:
-    Agent() : m_handler(nullptr), m_transaction(1)
-    {
-        m_id = BTransactions::GetInstance()->StartTransaction(&m_transaction);
-    }
-    ~Agent()
-    {
-        BTransactions::GetInstance()->EndTransaction(m_id);
-        for (auto& impl : m_impls)
-            m_handler.UnregisterSubtreeHandler(impl.get());
-    }
-    void Add(BMibImpl* impl)
-    {
-        m_impls.emplace_back(impl);
-        impl->Initialize();
-        m_handler.RegisterSubtreeHandler(impl);
-    }
-    int Query(int pduType, BVarBindList& list)
-    {
-        int errorIndex = 0;
-        return m_handler.Query(pduType, static_cast<int>(m_id), m_security, m_context, list,
-                               errorIndex);
-    }
-    BMibHandler& Handler() { return m_handler; }
-
-private:
-    BMibHandler m_handler;
-    BTransaction m_transaction;
-    unsigned m_id = 0;
-    BSecurityParams m_security;
-    BString m_context;
-    std::vector<std::unique_ptr<BMibImpl>> m_impls;
-};
 
 BVarBindList ScalarNames(int count)
 {

@@ -1,0 +1,109 @@
+// What a decision of the access control costs, and a request with it, from the
+// decoded request to the answer. Built where the agent is built too:
+//
+//   cmake --preset release -DVKMIBH_BUILD_BENCH=ON
+#include "bench/AllocScope.h"
+#include "host/Dispatcher.h"
+#include "host/Options.h"
+#include "host/RequestTransaction.h"
+#include "host/access/ReportingHandler.h"
+
+namespace VLK::host {
+namespace {
+
+class NoSaves : public ISetSaves {
+public:
+    void Hold() override {}
+    bool SaveHeld() override { return true; }
+};
+
+constexpr const char* kSysServices = "1.3.6.1.2.1.1.7.0";
+
+// `public` reads everything; `rows` more subtrees of a view that nobody asks for.
+SConfiguration WithPublic(int rows)
+{
+    SOptions options;
+    options.communities = {{"public", false}};
+    SConfiguration configuration = Configure(options);
+    SView other;
+    other.name = "other";
+    for (int i = 0; i < rows; ++i) {
+        BObjectIdentifier subtree(BString("1.3.6.1.4.1.32473"));
+        subtree.Append(static_cast<unsigned>(i));
+        other.families.push_back({subtree, BOctetString(), eFilterIncluded});
+    }
+    configuration.views.push_back(other);
+    return configuration;
+}
+
+SRequest GetOf(const char* name)
+{
+    SRequest request;
+    request.pduType = ePduGet;
+    request.community = "public";
+    request.remote.Parse("udp:127.0.0.1:4000");
+    request.maxMessage = 65507;
+    request.bindings.Append(BObjectIdentifier(BString(name)));
+    return request;
+}
+
+void Decide(benchmark::State& state)
+{
+    BAccess access(WithPublic(static_cast<int>(state.range(0))), nullptr);
+    SRequest request = GetOf(kSysServices);
+    BCommunities::EAdmission admission;
+    const AllocScope allocs(state);
+    for (auto _ : state) {
+        const SRequester* requester =
+            access.Communities().Admit(request.community, request.remote, admission);
+        SVacmDecision decision = access.Vacm().Decide(requester->v2c, eViewRead, requester->context,
+                                                      request.bindings[0].Name());
+        if (decision.answer != eVacmAllowed)
+            state.SkipWithError("refused");
+    }
+}
+BENCHMARK(Decide)->Arg(0)->Arg(100)->Arg(10000);
+
+// The floor: the request without an access control and a dispatcher.
+void QueryGet(benchmark::State& state)
+{
+    BMibHandler handler(nullptr);
+    handler.Init(nullptr, nullptr);
+    SRequest request = GetOf(kSysServices);
+    BSecurityParams security;
+    BString context;
+    const AllocScope allocs(state);
+    for (auto _ : state) {
+        BRequestTransaction transaction(request, security, context);
+        int errorIndex = 0;
+        request.bindings[0].Value().SetNull();
+        if (handler.Query(ePduGet, static_cast<int>(transaction.Id()), security, context,
+                          request.bindings, errorIndex) != eSnmpNoError)
+            state.SkipWithError("GET failed");
+    }
+}
+BENCHMARK(QueryGet);
+
+void DispatchGet(benchmark::State& state)
+{
+    NoSaves saves;
+    BAccess access(WithPublic(0), nullptr);
+    BReportingHandler handler(access, saves);
+    handler.Init(nullptr, nullptr);
+    modules::SSnmpCounters counters;
+    BDispatcher dispatcher(handler, access, counters);
+    SRequest request = GetOf(kSysServices);
+    SResponse response;
+    const AllocScope allocs(state);
+    for (auto _ : state) {
+        if (!dispatcher.Handle(request, response) || response.bindings.size() != 1)
+            state.SkipWithError("GET failed");
+        // The answer took the place of the request's binding: it is put back.
+        request.bindings[0] = std::move(response.bindings[0]);
+        request.bindings[0].Value().SetNull();
+    }
+}
+BENCHMARK(DispatchGet);
+
+} // namespace
+} // namespace VLK::host
