@@ -254,6 +254,7 @@ public:
     bool Insert(const BObjectIdentifier& key, void* data);
     void* Remove(const BObjectIdentifier& key);
     void RemoveAt(int index);
+    void SetDataAt(int index, void* data) { m_items[index].data = data; }
     void Clear();
 
     int Find(const BObjectIdentifier& key) const;

@@ -1,7 +1,7 @@
 // The request entry and the registration of what serves the MIB.
 #pragma once
 
-#include <vkmibh/console.h>
+#include <vkmibh/cmdhandler.h>
 #include <vkmibh/impl.h>
 #include <vkmibh/transactions.h>
 #include <vkmibh/tree.h>
@@ -119,6 +119,40 @@ public:
         TMutex m_lock;
     };
 
+    // What a console command tells of its request: protocol id 6, to which no
+    // rule of SNMPv1 applies, the console's security parameters and context, and
+    // as local address that of the switch -a.
+    //
+    // Ownership: copies what it is given.
+    // Threads:   complete before it is registered, and not changed after that.
+    // Errors:    false = without memory for the texts, or no address given.
+    // Contract:  field order is ABI, after the protocol id.
+    class BCLITransaction : public BTransaction {
+    public:
+        // 0.0.0.0 stands for no address.
+        BCLITransaction(const BSecurityParams& security, const BString& contextName,
+                        const BIpAddress& localAddress);
+        // -1 until then.
+        void SetPduType(int pduType) { m_pduType = pduType; }
+        // False when its copies of the texts found no memory.
+        bool Describes(const BSecurityParams& security, const BString& contextName) const;
+
+        // Virtual operations, in slot order.
+        ~BCLITransaction() override;
+        bool GetParams(BTransactionParameters& params) override;
+        bool GetLocalIpAddress(BIpAddress& address) override;
+
+    private:
+        friend struct SLayoutCheck;
+        int m_pduType;
+        int m_securityModel;
+        BString m_securityName;
+        int m_securityLevel;
+        BString m_contextName;
+        int m_request;
+        BIpAddress m_localAddress;
+    };
+
     // Null: everything is allowed.
     explicit BMibHandler(IAccessControl* accessControl);
     // Works on the caller's tree; null: makes its own.
@@ -140,6 +174,14 @@ public:
     int QuerySet(unsigned int transactionId, const BSecurityParams& security,
                  const BString& context, const BVarBindList& list, int& errorIndex);
 
+    // What a command prints of its request: for status 0 one line per binding,
+    // else the status and the index in one text without a line end.
+    void CmdFormatResult(ICmdStream& out, int status, int errorIndex, const BVarBindList& list);
+    // What is wrong with a command's arguments, in one text without a line end.
+    // The index counts the arguments that are no switches.
+    void CmdFormatErr(ICmdStream& out, int code, const BString& cmd, const BStringArray& args,
+                      int index);
+
     BMib2System* SystemGroup() { return m_system; }
 
     // Virtual operations, in slot order.
@@ -157,6 +199,8 @@ public:
     int Query(int pduType, int transactionId, const BSecurityParams& security,
               const BString& context, BVarBindList& list, int& errorIndex) override;
     ITransactions* GetITransactions() override;
+    // get, getnext and set; always 0. The command's own answers and complaints are
+    // texts on the stream; what the stream throws, or has no memory, is lost.
     int CmdExecute(ICmdStream& out, const BString& cmd, const BStringArray& args,
                    const BSecurityParams& secParams, const BString& contextName) override;
     const char* CmdGetHndlrName() const override;

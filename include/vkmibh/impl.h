@@ -3,5 +3,6 @@
 
 #include <vkmibh/implbase.h>
 #include <vkmibh/maprows.h>
+#include <vkmibh/rowstatus.h>
 #include <vkmibh/scalars.h>
 #include <vkmibh/tables.h>

@@ -158,10 +158,6 @@ struct TRqSetForm<int(const BObjectIdentifier&, ESnmpSetOpCode, unsigned, V, voi
     using Value = typename TRqSetValue<V>::Type;
 };
 
-constexpr bool RqIsStatusKind(unsigned kind)
-{
-    return kind == eKindRowStatus || kind == eKindEntryStatus;
-}
 // Whether any int can become an E and back, so that a handler is given the very
 // value that was sent. Only an enumeration whose underlying type is written down
 // can be made from an int in braces.

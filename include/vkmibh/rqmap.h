@@ -36,6 +36,10 @@ enum ERqHandlerKind {
     eKindEnumerated = 10    // int, or an enumeration of ints
 };
 constexpr unsigned kRqLastKind = eKindEnumerated;
+constexpr bool RqIsStatusKind(unsigned kind)
+{
+    return kind == eKindRowStatus || kind == eKindEntryStatus;
+}
 
 // The access an object's row declares.
 enum ERqAccess {

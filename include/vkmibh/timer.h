@@ -92,7 +92,9 @@ public:
 //            child has no ticking thread: fork before the first use.
 // Errors:    Subscribe: the id, or 0 = refused. Unsubscribe: true = there was one.
 // Contract:  fields and virtuals keep this order; ids rise from 1 through the
-//            whole process and are never 0.
+//            whole process and are never 0. Subscribe() and Unsubscribe() of an id
+//            take the same time however many there are, that of a subscriber and
+//            a tick look at all of them.
 class VKMIBH_API BTimer : public BSingleton {
 public:
     struct Subscription : BTimeInterval {
@@ -126,19 +128,24 @@ public:
 private:
     friend struct SLayoutCheck;
     struct STick;
-    bool EnsureTicking() VKMIBH_TSA(requires_capability(m_lock));
-    bool IsCalled(const Subscription* record) const VKMIBH_TSA(requires_capability(m_lock));
-    void Advance(Subscription* record, unsigned elapsed, STick& tick)
+    struct SRecord;
+    class Index;
+    VKMIBH_LOCAL static SRecord* RecordOf(BLLItem* item);
+    VKMIBH_LOCAL bool EnsureTicking() VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL bool Enter(SRecord* record) VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL bool IsCalled(const SRecord* record) const VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL void Advance(SRecord* record, unsigned elapsed, STick& tick)
         VKMIBH_TSA(requires_capability(m_lock));
-    void MarkDead(Subscription* record) VKMIBH_TSA(requires_capability(m_lock));
-    void End(BLLItem* item) VKMIBH_TSA(requires_capability(m_lock));
-    void Sweep() VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL void MarkDead(SRecord* record) VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL void End(SRecord* record) VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL void Sweep() VKMIBH_TSA(requires_capability(m_lock));
 
     TMutex m_lock;
     BLinkList m_subscriptions VKMIBH_TSA(guarded_by(m_lock));
     TimerThread* m_thread; // null until it could be started
     bool m_hasDead VKMIBH_TSA(guarded_by(m_lock));
-    STick* m_tick VKMIBH_TSA(guarded_by(m_lock)); // the innermost tick under way
+    STick* m_tick VKMIBH_TSA(guarded_by(m_lock));  // the innermost tick under way
+    Index* m_index VKMIBH_TSA(guarded_by(m_lock)); // of the list by id, null until there is one
 };
 
 } // namespace VLK

@@ -62,6 +62,24 @@ public:
     }
 };
 
+class CAgent : public BAgent {
+public:
+    int SendTrap(const BTrap& trap, int) override
+    {
+        return trap.GetV1TrapParams(m_enterprise, m_generic, m_specific) ? 0 : 1;
+    }
+    int Init(int) override { return 0; }
+    int Suspend(int) override { return 5; }
+    int Resume(int) override { return 0; }
+    int Start(int) override { return 0; }
+    int Stop(int) override { return 0; }
+    BString GetParams() override { return BString(); }
+
+    BObjectIdentifier m_enterprise;
+    ESNMPv1TrapType m_generic = eTrapEnterpriseSpecific;
+    int m_specific = 0;
+};
+
 BVarBindList ListOf(const BObjectIdentifier& name)
 {
     BVarBindList list;
@@ -170,6 +188,32 @@ TEST(Library, CommandHandlers)
     CConsole console;
     EXPECT_EQ(console.CmdCount(), 0);
     EXPECT_STREQ(console.CmdHndlrName(), "\"BCmdHandler\"");
+}
+
+TEST(Library, Views)
+{
+    BFilterTable views(nullptr);
+    EXPECT_TRUE(views.Insert("all", BObjectIdentifier(BString("1.3")), BOctetString(),
+                             eFilterIncluded, eStorageVolatile, eRowActive, false));
+    EXPECT_TRUE(views.Filter("all", BObjectIdentifier(BString("1.3.6"))));
+    EXPECT_FALSE(views.Filter("none", BObjectIdentifier(BString("1.3.6"))));
+    EXPECT_FALSE(views.SaveToNV());
+}
+
+TEST(Library, AgentsAndTraps)
+{
+    BTime time;
+    BAgents agents(time);
+    CAgent agent;
+    EXPECT_EQ(agents.Register("udp", &agent), 0);
+    EXPECT_EQ(agents.Register("udp", &agent), kAgentNameTaken);
+    EXPECT_EQ(agents.Start(), 0);
+    EXPECT_EQ(agents.Suspend("udp"), 5);
+    ITrapSender& sender = agents;
+    sender.SendTrap(BTrapV2(BObjectIdentifier(BString("1.3.6.1.6.3.1.1.5.4"))), "udp");
+    EXPECT_EQ(agent.m_generic, eTrapLinkUp);
+    EXPECT_EQ(agent.m_enterprise, BTrapOIDs::GetInstance()->SnmpTraps());
+    BTrapOIDs::DestroyInstance();
 }
 
 TEST(Library, ConventionsOfTheFramework)

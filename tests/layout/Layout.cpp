@@ -38,8 +38,12 @@ struct SLayoutCheck {
     static void Tree();
     static void Implementations();
     static void Transactions();
+    static void Console();
     static void Handler();
     static void System();
+    static void Filter();
+    static void Traps();
+    static void Agents();
 };
 
 #define FIELD(type, name) offsetof(type, name)
@@ -205,6 +209,17 @@ void SLayoutCheck::Implementations()
     static_assert(sizeof(BMibScalarImpl) == sizeof(BMibImpl));
     static_assert(sizeof(BMibScalarGroupImpl) == sizeof(BMibImpl));
     static_assert(sizeof(BMibTableImpl) == sizeof(BMibImpl));
+    static_assert(
+        Ascending({sizeof(BMibTableImpl) - 1, FIELD(BMibTableImplEx, m_activationTimeout),
+                   FIELD(BMibTableImplEx, m_rowStates), FIELD(BMibTableImplEx, m_timeoutList),
+                   FIELD(BMibTableImplEx, m_lastRowStatus),
+                   FIELD(BMibTableImplEx, m_lastEntryStatus), FIELD(BMibTableImplEx, m_many)}));
+    static_assert(sizeof(BMibTableImplEx2) == sizeof(BMibTableImplEx));
+    using RowState = BMibTableImplEx::RowState;
+    static_assert(
+        Ascending({FIELD(RowState, kind), FIELD(RowState, opCode), FIELD(RowState, undoValue),
+                   FIELD(RowState, newValue), FIELD(RowState, requestedValue)}));
+    static_assert(sizeof(RowState) == 20 && std::is_trivial_v<RowState>);
     static_assert(Ascending({FIELD(BMibRowImpl, m_rangePrefix), FIELD(BMibRowImpl, m_low),
                              FIELD(BMibRowImpl, m_high), FIELD(BMibRowImpl, m_indexSuffix)}));
     static_assert(std::is_default_constructible_v<BMibDefVal> && std::is_empty_v<BMibDefVal>);
@@ -232,7 +247,7 @@ void SLayoutCheck::Transactions()
     static_assert(sizeof(BTransactions::m_capacity) == 4);
 }
 
-void SLayoutCheck::Handler()
+void SLayoutCheck::Console()
 {
     static_assert(
         Ascending({FIELD(SCmdMapEntry, id), FIELD(SCmdMapEntry, name),
@@ -240,6 +255,25 @@ void SLayoutCheck::Handler()
     static_assert(!k32 || sizeof(SCmdMapEntry) == 16);
     static_assert(sizeof(BCmdHandler) == sizeof(void*));
 
+    static_assert(Ascending({FIELD(BCmdLineParser, command), FIELD(BCmdLineParser, args)}));
+    static_assert(offsetof(BCmdLineParser, command) == 0);
+    static_assert(!std::is_polymorphic_v<BCmdLineParser>);
+    static_assert(!k32 || sizeof(BCmdLineParser) == 28);
+
+    static_assert(sizeof(BCmdStream) == sizeof(void*));
+    static_assert(sizeof(BCLI::Commands) == sizeof(BMapStr2Ptr));
+    static_assert(
+        Ascending({FIELD(BCLI, m_commands), FIELD(BCLI, m_handler), FIELD(BCLI, m_security),
+                   FIELD(BCLI, m_contextName), FIELD(BCLI, m_reserved), FIELD(BCLI, m_quitName),
+                   FIELD(BCLI, m_listName), FIELD(BCLI, m_helpName), FIELD(BCLI, m_vacmName),
+                   FIELD(BCLI, m_defaultStream), FIELD(BCLI, m_stream)}));
+    static_assert(offsetof(BCLI, m_commands) == 0);
+    static_assert(!std::is_polymorphic_v<BCLI>);
+    static_assert(!k32 || sizeof(BCLI) == 116);
+}
+
+void SLayoutCheck::Handler()
+{
     static_assert(Ascending({FIELD(BMibHandler, m_ownsTree), FIELD(BMibHandler, m_accessControl),
                              FIELD(BMibHandler, m_tree), FIELD(BMibHandler, m_registrationLock),
                              FIELD(BMibHandler, m_setLock), FIELD(BMibHandler, m_system),
@@ -247,6 +281,15 @@ void SLayoutCheck::Handler()
                              FIELD(BMibHandler, m_transactions)}));
     // The vtable pointers of both bases come first.
     static_assert(offsetof(BMibHandler, m_ownsTree) == 2 * sizeof(void*));
+
+    using SConsole = BMibHandler::BCLITransaction;
+    static_assert(Ascending({FIELD(BTransaction, m_protocolId), FIELD(SConsole, m_pduType),
+                             FIELD(SConsole, m_securityModel), FIELD(SConsole, m_securityName),
+                             FIELD(SConsole, m_securityLevel), FIELD(SConsole, m_contextName),
+                             FIELD(SConsole, m_request), FIELD(SConsole, m_localAddress)}));
+    static_assert(offsetof(SConsole, m_pduType) == sizeof(void*) + sizeof(int));
+    static_assert(sizeof(SConsole::m_localAddress) == 4);
+    static_assert(!k32 || sizeof(SConsole) == 52);
 }
 
 void SLayoutCheck::System()
@@ -263,6 +306,50 @@ void SLayoutCheck::System()
     static_assert(!k32 || sizeof(BMib2System::SysOREntry) == 32);
 }
 
+void SLayoutCheck::Filter()
+{
+    using Entry = BFilterTable::Entry;
+    static_assert(
+        Ascending({FIELD(Entry, viewName), FIELD(Entry, subtree), FIELD(Entry, mask),
+                   FIELD(Entry, type), FIELD(Entry, storageType), FIELD(Entry, rowStatus)}));
+    static_assert(offsetof(Entry, viewName) == 0);
+    static_assert(!std::is_polymorphic_v<Entry>);
+    static_assert(!k32 || sizeof(Entry) == 48);
+
+    static_assert(Ascending({sizeof(BMapOid2Ptr) - 1, FIELD(BFilterTable, m_store),
+                             FIELD(BFilterTable, m_section), FIELD(BFilterTable, m_lock)}));
+    static_assert(offsetof(BFilterTable, m_store) == sizeof(BMapOid2Ptr));
+    static_assert(!std::is_polymorphic_v<BFilterTable>);
+}
+
+void SLayoutCheck::Traps()
+{
+    static_assert(sizeof(ESNMPv1TrapType) == 4);
+    static_assert(
+        Ascending({FIELD(BTrapOIDs, m_sysUpTime), FIELD(BTrapOIDs, m_snmpGroup),
+                   FIELD(BTrapOIDs, m_snmpTrapOid), FIELD(BTrapOIDs, m_snmpTrapEnterprise),
+                   FIELD(BTrapOIDs, m_snmpTraps), FIELD(BTrapOIDs, m_standard)}));
+    static_assert(offsetof(BTrapOIDs, m_sysUpTime) == sizeof(BSingleton));
+    static_assert(sizeof(BTrapOIDs::m_standard) == 6 * sizeof(BObjectIdentifier));
+    static_assert(sizeof(BTrapOIDs) == sizeof(BSingleton) + 11 * sizeof(BObjectIdentifier));
+
+    static_assert(Ascending({FIELD(BTrap, m_bindings), FIELD(BTrap, m_isWhole)}));
+    static_assert(offsetof(BTrap, m_bindings) == sizeof(void*));
+    static_assert(Ascending(
+        {FIELD(BTrapV1, m_enterprise), FIELD(BTrapV1, m_generic), FIELD(BTrapV1, m_specific)}));
+    static_assert(offsetof(BTrapV1, m_enterprise) == sizeof(BTrap));
+    static_assert(offsetof(BTrapV2, m_trapOid) == sizeof(BTrap));
+}
+
+void SLayoutCheck::Agents()
+{
+    static_assert(sizeof(ITrapSender) == sizeof(void*) && sizeof(BAgent) == sizeof(void*));
+    static_assert(Ascending({FIELD(BAgents, m_agents), FIELD(BAgents, m_time)}));
+    // The vtable pointers of both bases come first.
+    static_assert(offsetof(BAgents, m_agents) == 2 * sizeof(void*));
+    static_assert(!k32 || sizeof(BAgents) == 24);
+}
+
 // What hangs in lists and maps by its address is not copied.
 template <class... T>
 constexpr bool kStaysInPlace = ((!std::is_copy_constructible_v<T> &&
@@ -274,6 +361,8 @@ static_assert(
 static_assert(
     kStaysInPlace<BMibHandler, BMib2System, BTransactions, BTransactionIdGenerator, BTimer>);
 static_assert(kStaysInPlace<BMapInt2Ptr, BMapStr2Ptr, BMapOid2Ptr, BPtrArray, BLinkList>);
+static_assert(kStaysInPlace<BCLI, BCLI::Commands>);
+static_assert(kStaysInPlace<BFilterTable, BTrapOIDs, BTrapV1, BTrapV2, BAgents>);
 static_assert(kStaysInPlace<TMutex, TEvent, TSWMRSynch, TThread>);
 
 } // namespace VLK

@@ -59,6 +59,8 @@ TEST(Vtable, Singleton)
     EXPECT_EQ(SLOTS_IN(BTransactions), 3u);
     EXPECT_EQ(SLOT(BTransactionIdGenerator, Destroy), 2u);
     EXPECT_EQ(SLOTS_IN(BTransactionIdGenerator), 3u);
+    EXPECT_EQ(SLOT(BTrapOIDs, Destroy), 2u);
+    EXPECT_EQ(SLOTS_IN(BTrapOIDs), 3u);
 }
 
 TEST(Vtable, Thread)
@@ -154,6 +156,11 @@ TEST(Vtable, Implementation)
     EXPECT_EQ(SLOT(BMibTableImpl, NextIndex), 17u);
     EXPECT_EQ(SLOTS_IN(BMibTableImpl), 18u);
     EXPECT_EQ(SLOTS_IN(CSysORTableV2), 18u);
+    EXPECT_EQ(SLOT(BMibTableImplEx, OnTimeout), 2u);
+    EXPECT_EQ(SLOT(BMibTableImplEx, RowActivationTimeout), 18u);
+    EXPECT_EQ(SLOTS_IN(BMibTableImplEx), 19u);
+    EXPECT_EQ(SLOT(BMibTableImplEx2, PreIxAllocOrDealloc), 19u);
+    EXPECT_EQ(SLOTS_IN(BMibTableImplEx2), 20u);
 }
 
 TEST(Vtable, ImplementationGroup)
@@ -176,6 +183,10 @@ TEST(Vtable, Transactions)
     EXPECT_EQ(SLOT(BTransaction, GetLocalUdpPort), 5u);
     EXPECT_EQ(SLOT(BTransaction, GetRemoteUdpPort), 6u);
     EXPECT_EQ(SLOTS_IN(BTransaction), 7u);
+    using TConsole = BMibHandler::BCLITransaction;
+    EXPECT_EQ(SLOT(TConsole, GetParams), 2u);
+    EXPECT_EQ(SLOT(TConsole, GetLocalIpAddress), 3u);
+    EXPECT_EQ(SLOTS_IN(TConsole), 7u);
     EXPECT_EQ(SLOT(ITransactions, GetParameters), 2u);
     EXPECT_EQ(SLOTS_IN(ITransactions), 3u);
 }
@@ -185,6 +196,9 @@ TEST(Vtable, Console)
     EXPECT_EQ(SLOT(ICmdStream, GetLine), 2u);
     EXPECT_EQ(SLOT(ICmdStream, Write), 3u);
     EXPECT_EQ(SLOTS_IN(ICmdStream), 4u);
+    EXPECT_EQ(SLOT(BCmdStream, GetLine), 2u);
+    EXPECT_EQ(SLOT(BCmdStream, Write), 3u);
+    EXPECT_EQ(SLOTS_IN(BCmdStream), 4u);
 
     using T = ICmdHandler;
     EXPECT_EQ(SLOT(T, CmdHndlrName), 2u);
@@ -239,4 +253,38 @@ TEST(Vtable, Store)
     EXPECT_EQ(SLOT(T, GetRecordCount), 13u);
     EXPECT_EQ(SLOT(T, RequestUpdate), 14u);
     EXPECT_EQ(SLOTS_IN(T), 15u);
+}
+
+TEST(Vtable, Traps)
+{
+    EXPECT_EQ(SLOT(BTrap, GetV2TrapOid), 2u);
+    EXPECT_EQ(SLOT(BTrap, GetV1TrapParams), 3u);
+    EXPECT_EQ(SLOT(BTrapV1, GetV2TrapOid), 2u);
+    EXPECT_EQ(SLOT(BTrapV1, GetV1TrapParams), 3u);
+    EXPECT_EQ(SLOTS_IN(BTrapV1), 4u);
+    EXPECT_EQ(SLOT(BTrapV2, GetV2TrapOid), 2u);
+    EXPECT_EQ(SLOT(BTrapV2, GetV1TrapParams), 3u);
+    EXPECT_EQ(SLOTS_IN(BTrapV2), 4u);
+}
+
+TEST(Vtable, Agents)
+{
+    using T = BAgent;
+    EXPECT_EQ(SLOT(T, SendTrap), 2u);
+    EXPECT_EQ(SLOT(T, Init), 3u);
+    EXPECT_EQ(SLOT(T, Suspend), 4u);
+    EXPECT_EQ(SLOT(T, Resume), 5u);
+    EXPECT_EQ(SLOT(T, Start), 6u);
+    EXPECT_EQ(SLOT(T, Stop), 7u);
+    EXPECT_EQ(SLOT(T, GetParams), 8u);
+    EXPECT_EQ(SLOTS_IN(T), 9u);
+
+    EXPECT_EQ(SLOT(ITrapSender, SendTrap), 2u);
+    EXPECT_EQ(SLOTS_IN(ITrapSender), 3u);
+    // The primary table goes on with the command handler's operations.
+    EXPECT_EQ(SLOT(BAgents, SendTrap), 2u);
+    EXPECT_EQ(SLOT(BAgents, CmdExecute), 3u);
+    EXPECT_EQ(SLOT(BAgents, CmdGetHndlrName), 4u);
+    EXPECT_EQ(SLOT(BAgents, CmdGetMap), 5u);
+    EXPECT_EQ(SLOTS_IN(BAgents), 6u);
 }

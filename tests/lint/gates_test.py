@@ -62,6 +62,16 @@ class Layers(unittest.TestCase):
         self.refuses({**KNOT, "include/vkmibh/tree.h": '#include "registry/Node.h"\n'},
                      "includes the private")
 
+    def test_keeps_examples_on_public_headers(self):
+        self.refuses({**KNOT, "examples/row/Fan.cpp": '#include "impl/InstanceView.h"\n'},
+                     "an example includes the private")
+        self.refuses({**KNOT, "examples/row/Fan.cpp": '#include "host/Agent.h"\n'},
+                     "an example includes the private")
+        code, output = run("check_layers.py", {
+            **KNOT, "examples/ExampleHost.cpp": '#include "host/Agent.h"\n',
+            "examples/row/Fan.h": '#include "examples/WholeSetTable.h"\n#include <vkmibh/impl.h>\n'})
+        self.assertEqual(code, 0, output)
+
     def test_refuses_an_exception_no_longer_needed(self):
         self.refuses({"include/vkmibh/rqmap.h": "#include <vkmibh/subtree.h>\n"},
                      "exception no longer needed")

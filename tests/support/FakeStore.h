@@ -1,8 +1,10 @@
-// A non-volatile store in memory that keeps an account of its calls.
+// A non-volatile store in memory that keeps an account of its calls. What has
+// field 0 stands in `strings` and `numbers`, what has another in `records`.
 #pragma once
 
 #include <vkmibh/system.h>
 
+#include <cstdlib>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -13,7 +15,26 @@ namespace Test {
 
 class FakeStore : public INonVolatile {
 public:
-    int GetStringAt(const char*, int, BString&, int) override { return 1; }
+    // The fields of one record by their numbers, each as it was written: "text:all",
+    // "octets:...", "oid:1.3", "number:1 active" with its label.
+    struct Record {
+        std::string key;
+        std::map<int, std::string> fields;
+        bool operator==(const Record& other) const
+        {
+            return key == other.key && fields == other.fields;
+        }
+    };
+    using Records = std::vector<Record>;
+
+    int GetStringAt(const char* section, int position, BString& value, int field) override
+    {
+        std::string text;
+        if (!ReadField("GetStringAt", section, position, field, "text:", text))
+            return 1;
+        value = BString(text.data(), static_cast<unsigned>(text.size()));
+        return value.length() == text.size() ? 0 : 1;
+    }
     int GetString(const char* section, const char* key, BString& value, int field) override
     {
         Note("GetString", section, key, field);
@@ -28,14 +49,58 @@ public:
     {
         Note("SetString", section, key, field);
         flagsUsed |= flag;
-        strings[Path(section, key)] = std::string(value.c_str(), value.length());
+        const std::string text(value.c_str(), value.length());
+        if (field == 0)
+            strings[Path(section, key)] = text;
+        else
+            FieldOf(section, key, field) = "text:" + text;
         return writeResult;
     }
-    int GetOctetsAt(const char*, int, BOctetString&, int) override { return 1; }
-    int SetOctets(const char*, const char*, const BOctetString&, int, int) override { return 1; }
-    int GetOidAt(const char*, int, BObjectIdentifier&, int) override { return 1; }
-    int SetOid(const char*, const char*, const BObjectIdentifier&, int, int) override { return 1; }
-    int GetIntAt(const char*, int, int&, int) override { return 1; }
+    int GetOctetsAt(const char* section, int position, BOctetString& value, int field) override
+    {
+        std::string bytes;
+        if (!ReadField("GetOctetsAt", section, position, field, "octets:", bytes))
+            return 1;
+        value.Clear();
+        return bytes.empty() || value.Assign(static_cast<unsigned>(bytes.size()),
+                                             reinterpret_cast<const unsigned char*>(bytes.data()))
+                   ? 0
+                   : 1;
+    }
+    int SetOctets(const char* section, const char* key, const BOctetString& value, int field,
+                  int flag) override
+    {
+        Note("SetOctets", section, key, field);
+        flagsUsed |= flag;
+        std::string& written = FieldOf(section, key, field) = "octets:";
+        for (unsigned i = 0; i < value.Length(); ++i)
+            written += static_cast<char>(value[i]);
+        return writeResult;
+    }
+    int GetOidAt(const char* section, int position, BObjectIdentifier& value, int field) override
+    {
+        std::string dotted;
+        if (!ReadField("GetOidAt", section, position, field, "oid:", dotted))
+            return 1;
+        value = BObjectIdentifier(BString(dotted.c_str()));
+        return value.Length() != 0 || dotted.empty() ? 0 : 1;
+    }
+    int SetOid(const char* section, const char* key, const BObjectIdentifier& value, int field,
+               int flag) override
+    {
+        Note("SetOid", section, key, field);
+        flagsUsed |= flag;
+        FieldOf(section, key, field) = std::string("oid:") + value.ToString().c_str();
+        return writeResult;
+    }
+    int GetIntAt(const char* section, int position, int& value, int field) override
+    {
+        std::string number;
+        if (!ReadField("GetIntAt", section, position, field, "number:", number))
+            return 1;
+        value = std::atoi(number.c_str());
+        return 0;
+    }
     int GetInt(const char* section, const char* key, int& value, int field) override
     {
         Note("GetInt", section, key, field);
@@ -50,14 +115,23 @@ public:
     {
         Note(label ? "SetInt with a label" : "SetInt", section, key, field);
         flagsUsed |= flag;
-        numbers[Path(section, key)] = value;
+        if (field == 0)
+            numbers[Path(section, key)] = value;
+        else
+            FieldOf(section, key, field) =
+                "number:" + std::to_string(value) + (label ? std::string(" ") + label : "");
         return writeResult;
     }
     void OpenSection(const char* section) override
     {
-        calls.push_back(std::string("OpenSection ") + section);
+        Note(std::string("OpenSection ") + section);
+        records[section].clear();
     }
-    int GetRecordCount(const char*) override { return 0; }
+    int GetRecordCount(const char* section) override
+    {
+        Note(std::string("GetRecordCount ") + section);
+        return static_cast<int>(records[section].size()) + recordsPromised;
+    }
     void RequestUpdate(INVCallback* callback) override
     {
         ++updatesRequested;
@@ -75,7 +149,10 @@ public:
 
     std::map<std::string, std::string> strings;
     std::map<std::string, int> numbers;
+    std::map<std::string, Records> records; // by section
+    int recordsPromised = 0;                // beside those that are there
     std::vector<std::string> calls;
+    std::string throwOn; // a call, as it stands in `calls`
     int flagsUsed = 0;
     int writeResult = 0;
     int updatesRequested = 0;
@@ -85,12 +162,42 @@ public:
     bool saveAtOnce = false;
 
 private:
-    void Note(const char* operation, const char* section, const char* key, int field)
+    void Note(const std::string& call)
     {
-        calls.push_back(std::string(operation) + " " + section + " " + key + " " +
-                        std::to_string(field));
-        if (throwOnRead)
+        calls.push_back(call);
+        if (throwOnRead || call == throwOn)
             throw std::runtime_error("store");
+    }
+    void Note(const char* operation, const char* section, const std::string& key, int field)
+    {
+        Note(std::string(operation) + " " + section + " " + key + " " + std::to_string(field));
+    }
+
+    std::string& FieldOf(const char* section, const char* key, int field)
+    {
+        Records& all = records[section];
+        for (Record& record : all) {
+            if (record.key == key)
+                return record.fields[field];
+        }
+        all.push_back(Record{key, {}});
+        return all.back().fields[field];
+    }
+
+    // Gives what a field holds after its kind.
+    bool ReadField(const char* operation, const char* section, int position, int field,
+                   const std::string& kind, std::string& rest)
+    {
+        Note(operation, section, std::to_string(position), field);
+        const Records& all = records[section];
+        if (position < 0 || static_cast<std::size_t>(position) >= all.size())
+            return false;
+        const auto& fields = all[static_cast<std::size_t>(position)].fields;
+        const auto found = fields.find(field);
+        if (found == fields.end() || found->second.compare(0, kind.size(), kind) != 0)
+            return false;
+        rest = found->second.substr(kind.size());
+        return true;
     }
 };
 
