@@ -68,6 +68,19 @@ std::unique_ptr<BStore> OpenStore(const SOptions& options, const SConfiguration&
     return store;
 }
 
+modules::EAuthenTraps AuthenTrapsOf(const SConfiguration& configuration)
+{
+    return configuration.authenTraps.value_or(false) ? modules::eAuthenTrapsEnabled
+                                                     : modules::eAuthenTrapsDisabled;
+}
+
+void TellOfAuthenTraps(const SConfiguration& configuration, const modules::CSnmpGroup& snmp)
+{
+    if (configuration.authenTraps.value_or(snmp.AreTrapsEnabled()) != snmp.AreTrapsEnabled())
+        LogLine("snmpEnableAuthenTraps is as managers have set it, not as in " +
+                configuration.file + "; --reset-store returns to the file");
+}
+
 void AddGroup(IMIBHandler& handler, BMibImplGroup& group)
 {
     if (!handler.RegisterGroup(&group) || group.Init() != group.GetNumImpls())
@@ -104,7 +117,8 @@ void Serve(const SOptions& options, const FAddModules& addModules)
     time.RecordStartTime();
     BAccess access(configuration, store.get());
     modules::SSnmpCounters counters;
-    modules::CSnmpModule snmp(counters, store.get());
+    modules::CSnmpModule snmp(counters, store.get(), AuthenTrapsOf(configuration));
+    TellOfAuthenTraps(configuration, snmp.Group());
     modules::CViewModule views(access.Views(), store.get());
     BReportingHandler handler(access, store ? *store : static_cast<ISetSaves&>(noSaves));
     handler.Init(&time, store.get());

@@ -2,6 +2,7 @@
 
 #include "host/HostError.h"
 #include "host/config/ConfigFile.h"
+#include "host/config/ConfigValues.h"
 
 #include <CLI/CLI.hpp>
 
@@ -26,7 +27,11 @@ SCommunityOption ReadCommunity(const std::string& text)
     std::string mode = colon == text.npos ? "" : text.substr(colon + 1);
     if (colon == 0 || (mode != "ro" && mode != "rw"))
         throw BHostError(eExitUsage, "--community: '" + text + "' is neither NAME:ro nor NAME:rw");
-    return {text.substr(0, colon), mode == "rw"};
+    std::string name = text.substr(0, colon);
+    std::string why = CheckCommunity(name);
+    if (!why.empty())
+        throw BHostError(eExitUsage, "--community: '" + name + "' " + why);
+    return {name, mode == "rw"};
 }
 
 void Remember(std::vector<SCommunityOption>& communities, const SCommunityOption& added)
@@ -152,7 +157,8 @@ SConfiguration Configure(const SOptions& options)
     SConfiguration configuration;
     if (!options.config.empty())
         configuration = ReadConfigFile(options.config);
-    else if (options.communities.empty())
+    if (!configuration.hasCommunities && options.communities.empty() &&
+        !IsMember(configuration, "public"))
         AddCommunity(configuration, {"public", "public", "", BNetwork::ThisMachine()},
                      {kViewSystemOnly, "", kViewSystemOnly});
     for (const SCommunityOption& community : options.communities)

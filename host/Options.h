@@ -41,7 +41,7 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, SOptions& opt
 
 // What the options and their file make together. Addresses and the store of the
 // options go before those of the file; communities are added to those of the
-// file. Without a file and a community, `public` sees the view `systemonly`, from
+// file. Where neither names a community, `public` sees the view `systemonly`, from
 // this machine. Throws BHostError, and BConfigError for the file.
 SConfiguration Configure(const SOptions& options);
 

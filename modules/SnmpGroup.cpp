@@ -12,12 +12,14 @@ constexpr const char* LabelOf(EAuthenTraps value)
     return value == eAuthenTrapsEnabled ? "enabled" : "disabled";
 }
 
-// What the store keeps; disabled, where it keeps nothing that is known.
-EAuthenTraps ReadStored(INonVolatile* store)
+// What the store keeps; `first`, where it keeps nothing that is known.
+EAuthenTraps ReadStored(INonVolatile* store, EAuthenTraps first)
 {
     int stored = 0;
-    bool isKept = store && store->GetInt(kSection, kEnableAuthenTraps, stored, 0) == 0;
-    return isKept && stored == eAuthenTrapsEnabled ? eAuthenTrapsEnabled : eAuthenTrapsDisabled;
+    if (!store || store->GetInt(kSection, kEnableAuthenTraps, stored, 0) != 0)
+        return first;
+    bool isKnown = stored == eAuthenTrapsEnabled || stored == eAuthenTrapsDisabled;
+    return isKnown ? static_cast<EAuthenTraps>(stored) : first;
 }
 
 } // namespace
@@ -50,9 +52,9 @@ const SConstraintMapEntry CSnmpGroup::s_constraints[] = {
     {eConstraintItem, 30, "disabled", eAuthenTrapsDisabled, 0},
     kConstraintEnd};
 
-CSnmpGroup::CSnmpGroup(const SSnmpCounters& counters, INonVolatile* store)
+CSnmpGroup::CSnmpGroup(const SSnmpCounters& counters, INonVolatile* store, EAuthenTraps first)
     : BMibScalarGroupImpl(BString("SNMPv2-MIB.snmp"), BObjectIdentifier(BString("1.3.6.1.2.1.11"))),
-      m_counters(counters), m_store(store), m_authenTraps(ReadStored(store))
+      m_counters(counters), m_store(store), m_authenTraps(ReadStored(store, first))
 {
 }
 

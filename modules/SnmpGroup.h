@@ -11,7 +11,8 @@ namespace VLK::modules {
 enum EAuthenTraps : int { eAuthenTrapsEnabled = 1, eAuthenTrapsDisabled = 2 };
 
 // The counters of a protocol engine, and whether it tells of requests that fail
-// their authentication: it does not, until a manager or the store says so.
+// their authentication: as it is told at first, until a manager or the store says
+// something else.
 //
 // Ownership: of neither counters nor store, which outlive it; the store may be
 //            null, and nothing is kept then.
@@ -20,7 +21,8 @@ enum EAuthenTraps : int { eAuthenTrapsEnabled = 1, eAuthenTrapsDisabled = 2 };
 // Contract:  the objects that RFC 3418 made obsolete are not there.
 class CSnmpGroup : public BMibScalarGroupImpl, private INVCallback {
 public:
-    CSnmpGroup(const SSnmpCounters& counters, INonVolatile* store);
+    CSnmpGroup(const SSnmpCounters& counters, INonVolatile* store,
+               EAuthenTraps first = eAuthenTrapsDisabled);
 
     bool AreTrapsEnabled() const { return m_authenTraps == eAuthenTrapsEnabled; }
 
@@ -44,13 +46,14 @@ private:
 
     const SSnmpCounters& m_counters;
     INonVolatile* m_store;
-    std::atomic<EAuthenTraps> m_authenTraps{eAuthenTrapsDisabled};
+    std::atomic<EAuthenTraps> m_authenTraps;
 };
 
 class CSnmpModule : public BMibImplGroup {
 public:
-    CSnmpModule(const SSnmpCounters& counters, INonVolatile* store)
-        : BMibImplGroup(BString("SNMPv2-MIB.snmp")), m_group(counters, store)
+    CSnmpModule(const SSnmpCounters& counters, INonVolatile* store,
+                EAuthenTraps first = eAuthenTrapsDisabled)
+        : BMibImplGroup(BString("SNMPv2-MIB.snmp")), m_group(counters, store, first)
     {
     }
     const CSnmpGroup& Group() const { return m_group; }

@@ -10,6 +10,13 @@
 
 namespace VLK::host {
 
+namespace {
+
+// More is no file that anybody wrote: a device, say.
+constexpr size_t kMostBytes = 1 << 20;
+
+} // namespace
+
 SConfiguration ReadConfigText(const std::string& text, const std::string& file)
 {
     BProblems problems(file);
@@ -20,7 +27,9 @@ SConfiguration ReadConfigText(const std::string& text, const std::string& file)
         configuration = reader.Read(root);
         configuration.file = file;
     } catch (const toml::parse_error& error) {
-        problems.Add(PlaceOf(error.source()), std::string(error.description()));
+        SPlace place = PlaceOf(error.source());
+        problems.Add(place, std::string(error.description()) + " (column " +
+                                std::to_string(place.column) + ")");
     }
     if (!problems.AreNone())
         throw BConfigError(problems.Lines());
@@ -32,8 +41,11 @@ SConfiguration ReadConfigFile(const std::string& path)
     std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rbe"), std::fclose);
     std::string text;
     char piece[4096];
-    while (size_t count = file ? std::fread(piece, 1, sizeof piece, file.get()) : 0)
+    while (size_t count = file ? std::fread(piece, 1, sizeof piece, file.get()) : 0) {
         text.append(piece, count);
+        if (text.size() > kMostBytes)
+            throw BConfigError({path + ": has more than " + std::to_string(kMostBytes) + " bytes"});
+    }
     if (!file || std::ferror(file.get()))
         throw BConfigError({path + ": " + std::strerror(errno)});
     return ReadConfigText(text, path);

@@ -19,8 +19,8 @@ private:
     std::vector<std::string> m_lines;
 };
 
-// Throws BConfigError: with the file's name, line and column in each of its
-// lines, or with one line for a file that cannot be read.
+// Throws BConfigError: with lines "FILE:LINE: reason", or with one line
+// "FILE: reason" for a file that cannot be read.
 SConfiguration ReadConfigFile(const std::string& path);
 // The same for a text; `file` is its name in messages.
 SConfiguration ReadConfigText(const std::string& text, const std::string& file);

@@ -39,11 +39,18 @@ int Word(BConfigTable& table, const char* key, const SWord (&words)[count], int 
             return word.value;
         known += (known.empty() ? "" : ", ") + std::string(word.text);
     }
-    table.Complain(text->place, std::string(key) + ": '" + text->text + "' is none of " + known);
+    table.Refuse(*text, "is none of " + known);
     return standard;
 }
 
-std::string Quoted(const std::string& text) { return "'" + text + "'"; }
+bool IsThere(const std::vector<STrapSink>& sinks, const STrapSink& sink)
+{
+    return std::any_of(sinks.begin(), sinks.end(), [&](const STrapSink& known) {
+        return known.address.ToString() == sink.address.ToString() &&
+               known.community == sink.community && known.protocol == sink.protocol &&
+               known.isInform == sink.isInform;
+    });
+}
 
 } // namespace
 
@@ -56,19 +63,21 @@ SConfiguration BConfigReader::Read(const toml::table& root)
     ReadListen(table);
     ReadStore(table);
     ReadContexts(table);
+    m_made.authenTraps = table.Flag("snmpEnableAuthenTraps");
     // Each kind may name things of those before it.
     table.Tables("view", [this](BConfigTable& view) { ReadView(view); });
     table.Tables("group", [this](BConfigTable& group) { ReadGroup(group); });
     table.Tables("community", [this](BConfigTable& community) { ReadCommunity(community); });
     table.Tables("access", [this](BConfigTable& access) { ReadAccess(access); });
     table.Tables("trapSink", [this](BConfigTable& sink) { ReadTrapSink(sink); });
+    m_made.hasCommunities = table.Has("community");
     table.Finish();
     return std::move(m_made);
 }
 
 void BConfigReader::Refuse(const SText& value, const std::string& why)
 {
-    m_problems.Add(value.place, Quoted(value.text) + " " + why);
+    m_problems.Add(value.place, std::string(value.key) + " " + Quoted(value.text) + " " + why);
 }
 
 std::optional<SText> BConfigReader::Name(BConfigTable& table, const char* key, bool isNeeded)
@@ -79,7 +88,7 @@ std::optional<SText> BConfigReader::Name(BConfigTable& table, const char* key, b
     std::string why = CheckName(name->text);
     if (why.empty())
         return name;
-    m_problems.Add(name->place, std::string(key) + " " + Quoted(name->text) + " " + why);
+    Refuse(*name, why);
     return std::nullopt;
 }
 
@@ -88,10 +97,10 @@ bool BConfigReader::Define(CPlaces& places, const char* what, const SText& name)
     auto [known, isNew] = places.insert({name.text, name.place});
     if (isNew)
         return true;
-    std::string where =
-        known->second.line ? "is defined in line " + std::to_string(known->second.line) + " already"
-                           : "is built in";
-    m_problems.Add(name.place, std::string(what) + " " + Quoted(name.text) + " " + where);
+    unsigned line = known->second.line;
+    Refuse(name,
+           std::string("is a ") + what +
+               (line ? " of line " + std::to_string(line) + " already" : " that is built in"));
     return false;
 }
 
@@ -105,6 +114,8 @@ bool BConfigReader::ReadAddress(const SText& text, BTransportAddress& address)
 
 void BConfigReader::ReadListen(BConfigTable& root)
 {
+    if (root.IsEmptyList("agentAddress"))
+        root.Refuse("agentAddress", "holds no address");
     std::map<std::string, unsigned> lines;
     for (const SText& text : root.Texts("agentAddress")) {
         BTransportAddress address;
@@ -124,6 +135,8 @@ void BConfigReader::ReadStore(BConfigTable& root)
         return;
     if (store->text.empty() || store->text[0] != '/')
         Refuse(*store, "does not begin with '/'");
+    else if (store->text.find('\0') != store->text.npos)
+        Refuse(*store, "is no file name");
     m_made.store = store->text;
 }
 
@@ -133,7 +146,7 @@ void BConfigReader::ReadContexts(BConfigTable& root)
     for (const SText& context : root.Texts("contexts")) {
         std::string why = CheckName(context.text);
         if (!why.empty())
-            m_problems.Add(context.place, "context " + Quoted(context.text) + " " + why);
+            Refuse(context, why);
         else if (Define(places, "context", context))
             m_made.contexts.push_back(context.text);
     }
@@ -146,9 +159,12 @@ void BConfigReader::ReadView(BConfigTable& table)
     ReadFamilies(table, "include", eFilterIncluded, view);
     ReadFamilies(table, "exclude", eFilterExcluded, view);
     if (!table.Has("include"))
-        m_problems.Add(table.Place(), "this view has no include: it shows nothing");
+        table.Miss("include", ": it shows nothing");
+    else if (table.IsEmptyList("include"))
+        table.Refuse("include", "shows nothing");
     if (name && Define(m_views, "view", *name)) {
         view.name = name->text;
+        RefuseLongRows(table, view);
         m_made.views.push_back(std::move(view));
     }
 }
@@ -186,6 +202,19 @@ void BConfigReader::ReadSubtree(const SText& subtree, const std::optional<SText>
     if (isTwice)
         Refuse(subtree, "is twice in this view");
     view.families.push_back(std::move(family));
+}
+
+// A row that no message can name would end every walk of its table.
+void BConfigReader::RefuseLongRows(BConfigTable& table, const SView& view)
+{
+    constexpr size_t kColumn = 12; // 1.3.6.1.6.3.16.1.5.2.1.COLUMN
+    constexpr size_t kLengths = 2; // of the name and of the subtree
+    for (const SFamily& family : view.families) {
+        if (kColumn + kLengths + view.name.size() + family.subtree.Length() > kMostArcs)
+            table.Refuse("name", "is too long for a subtree of " +
+                                     std::to_string(family.subtree.Length()) +
+                                     " numbers: both are in the index of its row");
+    }
 }
 
 std::string BConfigReader::View(BConfigTable& table, const char* key)
@@ -246,9 +275,8 @@ void BConfigReader::ReadGroup(BConfigTable& table)
 void BConfigReader::ReadMember(BConfigTable& table, SGroup& group)
 {
     std::optional<SText> securityName = Name(table, "securityName", true);
-    bool hasModel = table.Has("securityModel");
-    if (!hasModel)
-        m_problems.Add(table.Place(), "this member has no securityModel");
+    if (!table.Has("securityModel"))
+        table.Miss("securityModel");
     int model = Word(table, "securityModel", kModels, 0);
     if (securityName && model)
         AddMember(group, static_cast<ESecurityModel>(model), *securityName);
@@ -277,37 +305,38 @@ void BConfigReader::ReadCommunity(BConfigTable& table)
     std::optional<SText> securityName = Name(table, "securityName", false);
     community.context = Context(table, false);
     community.sources = ReadSources(table);
-    if (name && name->text.empty())
-        Refuse(*name, "is no community: it is empty");
+    std::string why = name ? CheckCommunity(name->text) : "";
+    if (!why.empty())
+        Refuse(*name, why);
     else if (name && Define(m_communities, "community", *name))
         community.name = name->text;
     community.securityName = securityName ? securityName->text : community.name;
-    ReadRights(table, community);
+    ReadRights(table, securityName ? *securityName : name.value_or(SText()), community);
 }
 
-// Rights of its own, or those of the group its security name is in.
-void BConfigReader::ReadRights(BConfigTable& table, SCommunity& community)
+// Rights of its own, or those of the group its security name is in, which is said
+// where `who` is.
+void BConfigReader::ReadRights(BConfigTable& table, const SText& who, SCommunity& community)
 {
     std::string views[3] = {View(table, "read"), View(table, "write"), View(table, "notify")};
     if (!table.Has("notify"))
         views[eViewNotify] = views[eViewRead];
     bool hasOwn = table.Has("read") || table.Has("write") || table.Has("notify");
     if (hasOwn && table.Has("securityName"))
-        return m_problems.Add(table.Place(), "this community has views and a securityName: its "
-                                             "rights are its own, or those of a group");
+        return table.Refuse("securityName", "stands beside read, write or notify: the rights of "
+                                            "the community are its own, or those of a group");
     const std::string& securityName = community.securityName;
     if (!hasOwn && !securityName.empty() && !IsMember(securityName))
-        return m_problems.Add(table.Place(), "this community has no rights: give it read or write, "
-                                             "or make " +
-                                                 Quoted(securityName) + " a member of a group");
+        return Refuse(who, "has no rights: make it a member of a group with SNMPv1 or SNMPv2c, or "
+                           "give the community read, write or notify");
     if (community.name.empty())
         return;
     if (!hasOwn) {
         m_made.communities.push_back(community);
         return;
     }
-    Claim(eModelV1, {securityName, table.Place()}, community.name);
-    Claim(eModelV2c, {securityName, table.Place()}, community.name);
+    Claim(eModelV1, who, community.name);
+    Claim(eModelV2c, who, community.name);
     AddCommunity(m_made, community, views);
 }
 
@@ -350,9 +379,8 @@ void BConfigReader::ReadAccess(BConfigTable& table)
                    known.level == access.level;
         });
     if (isTwice)
-        m_problems.Add(table.Place(), "the group " + Quoted(name->text) +
-                                          " has an access of this context, securityModel and "
-                                          "securityLevel already");
+        Refuse(*name, "has an access entry of this context, securityModel and securityLevel "
+                      "already");
     group->access.push_back(std::move(access));
 }
 
@@ -369,8 +397,9 @@ void BConfigReader::ReadTrapSink(BConfigTable& table)
     sink.retries =
         static_cast<unsigned>(table.Integer("retries", 0, kMostRetries).value_or(sink.retries));
     if (sink.isInform && sink.protocol == eSnmpV1)
-        m_problems.Add(table.Place(), "this trapSink asks for informs, which version 1 has not");
-    if (address && ReadAddress(*address, sink.address) && sink.address.Port() == 0)
+        table.Refuse("inform", "is not for version '1', which has no informs");
+    bool hasAddress = address && ReadAddress(*address, sink.address);
+    if (hasAddress && sink.address.Port() == 0)
         Refuse(*address, "has no port");
     if (!community)
         return;
@@ -385,6 +414,8 @@ void BConfigReader::ReadTrapSink(BConfigTable& table)
     }
     sink.security = SecurityOf(*known, sink.protocol);
     sink.context = BString(known->context.data(), static_cast<unsigned>(known->context.size()));
+    if (hasAddress && IsThere(m_made.trapSinks, sink))
+        Refuse(*address, "is a trapSink of this community, version and inform already");
     m_made.trapSinks.push_back(std::move(sink));
 }
 

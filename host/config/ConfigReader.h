@@ -27,10 +27,11 @@ private:
     void ReadFamilies(BConfigTable& table, const char* key, EFilterType type, SView& view);
     void ReadSubtree(const SText& subtree, const std::optional<SText>& mask, EFilterType type,
                      SView& view);
+    void RefuseLongRows(BConfigTable& table, const SView& view);
     void ReadGroup(BConfigTable& table);
     void ReadMember(BConfigTable& table, SGroup& group);
     void ReadCommunity(BConfigTable& table);
-    void ReadRights(BConfigTable& table, SCommunity& community);
+    void ReadRights(BConfigTable& table, const SText& who, SCommunity& community);
     std::vector<BNetwork> ReadSources(BConfigTable& table);
     void ReadAccess(BConfigTable& table);
     void ReadTrapSink(BConfigTable& table);

@@ -1,17 +1,79 @@
 #include "host/config/ConfigTable.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <sstream>
 #include <tuple>
 
 namespace VLK::host {
+
+namespace {
+
+constexpr size_t kMostQuoted = 80;
+
+bool IsContinued(char byte) { return (static_cast<unsigned char>(byte) & 0xc0) == 0x80; }
+
+// The character at a place of a text in UTF-8, as it can be shown.
+std::string Shown(const std::string& text, size_t at, size_t length)
+{
+    const auto first = static_cast<unsigned char>(text[at]);
+    const auto last = static_cast<unsigned char>(text[at + length - 1]);
+    bool isControl = length == 1 ? first < ' ' || first == 0x7f : first == 0xc2 && last < 0xa0;
+    if (!isControl)
+        return text.substr(at, length);
+    char escaped[8];
+    std::snprintf(escaped, sizeof escaped, "\\u%04X", last);
+    return escaped;
+}
+
+// Up to `most` bytes and a character of a text, with nothing that moves the cursor.
+std::string OnOneLine(const std::string& text, size_t most)
+{
+    std::string line;
+    for (size_t at = 0; at < text.size();) {
+        if (line.size() >= most)
+            return line + "...";
+        size_t length = 1;
+        while (at + length < text.size() && IsContinued(text[at + length]))
+            ++length;
+        line += Shown(text, at, length);
+        at += length;
+    }
+    return line;
+}
+
+std::string ValueOf(const toml::node& node)
+{
+    if (const toml::value<std::string>* text = node.as_string())
+        return text->get();
+    if (const toml::array* list = node.as_array())
+        return list->empty() ? "[]" : "[...]";
+    if (node.is_table())
+        return "{...}";
+    std::ostringstream value;
+    if (const toml::value<double>* real = node.as_floating_point())
+        value << real->get();
+    else
+        node.visit([&](const auto& known) { value << known; });
+    return value.str();
+}
+
+constexpr const char* kText = "is no text";
+constexpr const char* kTextOrList = "is neither a text nor a list of texts";
+
+} // namespace
 
 SPlace PlaceOf(const toml::source_region& region)
 {
     return {region.begin.line, region.begin.column};
 }
 
-void BProblems::Add(SPlace place, const std::string& what) { m_problems.push_back({place, what}); }
+std::string Quoted(const std::string& text) { return "'" + OnOneLine(text, kMostQuoted) + "'"; }
+
+void BProblems::Add(SPlace place, const std::string& what)
+{
+    m_problems.push_back({place, OnOneLine(what, what.npos)});
+}
 
 std::vector<std::string> BProblems::Lines()
 {
@@ -21,8 +83,7 @@ std::vector<std::string> BProblems::Lines()
         });
     std::vector<std::string> lines;
     for (const SProblem& problem : m_problems)
-        lines.push_back(m_file + ":" + std::to_string(problem.place.line) + ":" +
-                        std::to_string(problem.place.column) + ": " + problem.what);
+        lines.push_back(m_file + ":" + std::to_string(problem.place.line) + ": " + problem.what);
     return lines;
 }
 
@@ -39,48 +100,68 @@ const toml::node* BConfigTable::Find(const char* key)
     return m_table.get(key);
 }
 
-void BConfigTable::WrongKind(const toml::node& node, const char* key, const std::string& kind)
+void BConfigTable::Refuse(const char* key, const toml::node& value, const std::string& why)
 {
-    m_problems.Add(PlaceOf(node.source()), std::string(key) + " must be " + kind);
+    Refuse({key, ValueOf(value), PlaceOf(value.source())}, why);
+}
+
+void BConfigTable::Refuse(const SText& value, const std::string& why)
+{
+    m_problems.Add(value.place, std::string(value.key) + " " + Quoted(value.text) + " " + why);
+}
+
+void BConfigTable::Refuse(const char* key, const std::string& why)
+{
+    Refuse(key, *m_table.get(key), why);
+}
+
+void BConfigTable::Miss(const char* key, const std::string& why)
+{
+    m_problems.Add(m_place, m_what + " has no " + Quoted(key) + why);
+}
+
+bool BConfigTable::IsEmptyList(const char* key)
+{
+    const toml::node* node = Find(key);
+    return node && node->is_array() && node->as_array()->empty();
+}
+
+std::optional<SText> BConfigTable::TextOf(const char* key, const toml::node& node, const char* kind)
+{
+    if (const toml::value<std::string>* text = node.as_string())
+        return SText{key, text->get(), PlaceOf(node.source())};
+    Refuse(key, node, kind);
+    return std::nullopt;
 }
 
 std::optional<SText> BConfigTable::Text(const char* key)
 {
     const toml::node* node = Find(key);
-    if (!node)
-        return std::nullopt;
-    if (const toml::value<std::string>* text = node->as_string())
-        return SText{text->get(), PlaceOf(node->source())};
-    WrongKind(*node, key, "a text");
-    return std::nullopt;
+    return node ? TextOf(key, *node, kText) : std::nullopt;
 }
 
 std::optional<SText> BConfigTable::NeedText(const char* key)
 {
     if (!Has(key))
-        m_problems.Add(m_place, "this " + m_what + " has no " + key);
+        Miss(key);
     return Text(key);
 }
 
 std::vector<SText> BConfigTable::Texts(const char* key)
 {
     std::vector<SText> texts;
+    auto take = [&](const toml::node& item, const char* kind) {
+        if (std::optional<SText> text = TextOf(key, item, kind))
+            texts.push_back(std::move(*text));
+    };
     const toml::node* node = Find(key);
     if (!node)
         return texts;
-    const toml::array* list = node->as_array();
-    if (!list) {
-        if (const toml::value<std::string>* text = node->as_string())
-            texts.push_back({text->get(), PlaceOf(node->source())});
-        else
-            WrongKind(*node, key, "a text or a list of texts");
-        return texts;
-    }
-    for (const toml::node& item : *list) {
-        if (const toml::value<std::string>* text = item.as_string())
-            texts.push_back({text->get(), PlaceOf(item.source())});
-        else
-            WrongKind(item, key, "a text or a list of texts");
+    if (const toml::array* list = node->as_array()) {
+        for (const toml::node& item : *list)
+            take(item, kText);
+    } else {
+        take(*node, kTextOrList);
     }
     return texts;
 }
@@ -94,16 +175,14 @@ void BConfigTable::TextsAndTables(const char* key, const char* what,
         return;
     const toml::array* list = node->as_array();
     if (!list)
-        return WrongKind(*node, key, "a list");
+        return Refuse(key, *node, "is no list");
     for (const toml::node& item : *list) {
-        if (const toml::value<std::string>* text = item.as_string()) {
-            onText({text->get(), PlaceOf(item.source())});
-        } else if (const toml::table* table = item.as_table()) {
+        if (const toml::table* table = item.as_table()) {
             BConfigTable inner(*table, what, m_problems);
             onTable(inner);
             inner.Finish();
-        } else {
-            WrongKind(item, key, "a list of texts and tables");
+        } else if (std::optional<SText> text = TextOf(key, item, "is neither a text nor a table")) {
+            onText(*text);
         }
     }
 }
@@ -116,10 +195,9 @@ void BConfigTable::Tables(const char* key, const FTable& onTable)
     const toml::array* list = node->as_array();
     if (!list || !std::all_of(list->begin(), list->end(),
                               [](const toml::node& item) { return item.is_table(); }))
-        return m_problems.Add(PlaceOf(node->source()),
-                              std::string(key) + " is written as [[" + key + "]]");
+        return Refuse(key, *node, "is no table [[" + std::string(key) + "]]");
     for (const toml::node& item : *list) {
-        BConfigTable table(*item.as_table(), key, m_problems);
+        BConfigTable table(*item.as_table(), "[[" + std::string(key) + "]]", m_problems);
         onTable(table);
         table.Finish();
     }
@@ -132,7 +210,7 @@ std::optional<bool> BConfigTable::Flag(const char* key)
         return std::nullopt;
     if (const toml::value<bool>* flag = node->as_boolean())
         return flag->get();
-    WrongKind(*node, key, "true or false");
+    Refuse(key, *node, "is neither true nor false");
     return std::nullopt;
 }
 
@@ -144,8 +222,8 @@ std::optional<int64_t> BConfigTable::Integer(const char* key, int64_t least, int
     const toml::value<int64_t>* integer = node->as_integer();
     if (integer && integer->get() >= least && integer->get() <= most)
         return integer->get();
-    WrongKind(*node, key,
-              "an integer from " + std::to_string(least) + " to " + std::to_string(most));
+    Refuse(key, *node,
+           "is no integer from " + std::to_string(least) + " to " + std::to_string(most));
     return std::nullopt;
 }
 
@@ -162,8 +240,8 @@ std::optional<double> BConfigTable::Number(const char* key, double least, double
     if (number && *number >= least && *number <= most)
         return number;
     std::ostringstream kind;
-    kind << "a number from " << least << " to " << most;
-    WrongKind(*node, key, kind.str());
+    kind << "is no number from " << least << " to " << most;
+    Refuse(key, *node, kind.str());
     return std::nullopt;
 }
 
@@ -173,10 +251,10 @@ void BConfigTable::Finish()
     for (const std::string& key : m_known)
         known += (known.empty() ? "" : ", ") + key;
     for (auto&& [key, node] : m_table) {
-        if (std::find(m_known.begin(), m_known.end(), key.str()) == m_known.end())
-            m_problems.Add(PlaceOf(key.source()), m_what + " has no key '" +
-                                                      std::string(key.str()) + "'; it has " +
-                                                      known);
+        std::string name(key.str());
+        if (std::find(m_known.begin(), m_known.end(), name) == m_known.end())
+            m_problems.Add(PlaceOf(key.source()),
+                           Quoted(name) + " is no key of " + m_what + ", which has " + known);
     }
 }
 

@@ -20,7 +20,7 @@ public:
     explicit BProblems(std::string file) : m_file(std::move(file)) {}
     void Add(SPlace place, const std::string& what);
     bool AreNone() const { return m_problems.empty(); }
-    // "FILE:LINE:COLUMN: what", in the order of the file.
+    // "FILE:LINE: what", in the order of the file.
     std::vector<std::string> Lines();
 
 private:
@@ -32,26 +32,32 @@ private:
     std::vector<SProblem> m_problems;
 };
 
+// In quotes, on one line and not longer than a line should be.
+std::string Quoted(const std::string& text);
+
+// The text of a key, or one of its list.
 struct SText {
+    const char* key = "";
     std::string text;
     SPlace place;
 };
 
 // Reads a table key by key. A value of another kind is a problem, and then as if
-// it were not there.
+// it were not there. Problems with a value begin with its key and the value.
 //
 // Ownership: neither of the table nor of the problems.
 class BConfigTable {
 public:
     using FTable = std::function<void(BConfigTable&)>;
 
-    // `what` names the table in messages.
+    // `what` names the table in messages. Keys are literals.
     BConfigTable(const toml::table& table, std::string what, BProblems& problems);
     BConfigTable(const BConfigTable&) = delete;
     BConfigTable& operator=(const BConfigTable&) = delete;
 
     SPlace Place() const { return m_place; }
     bool Has(const char* key) { return Find(key) != nullptr; }
+    bool IsEmptyList(const char* key);
     std::optional<SText> Text(const char* key);
     // Its absence is a problem.
     std::optional<SText> NeedText(const char* key);
@@ -68,11 +74,15 @@ public:
     // Every key that was not asked for is a problem.
     void Finish();
 
-    void Complain(SPlace place, const std::string& what) { m_problems.Add(place, what); }
+    void Refuse(const SText& value, const std::string& why);
+    // Of a value that is there.
+    void Refuse(const char* key, const std::string& why);
+    void Miss(const char* key, const std::string& why = "");
 
 private:
     const toml::node* Find(const char* key);
-    void WrongKind(const toml::node& node, const char* key, const std::string& kind);
+    void Refuse(const char* key, const toml::node& value, const std::string& why);
+    std::optional<SText> TextOf(const char* key, const toml::node& node, const char* kind);
 
     const toml::table& m_table;
     const std::string m_what;

@@ -10,9 +10,10 @@ namespace VLK::host {
 namespace {
 
 constexpr size_t kMostName = 32;
-constexpr size_t kMostArcs = 128;
+constexpr size_t kMostCommunity = 255;
 constexpr size_t kMostMask = 16;
-constexpr unsigned kMostFirstArc = 2; // itu-t, iso, joint
+constexpr unsigned kMostFirstArc = 2;   // itu-t, iso, joint
+constexpr unsigned kMostSecondArc = 39; // but of joint
 
 bool IsPrintable(char c) { return c >= ' ' && c <= '~'; }
 
@@ -56,6 +57,13 @@ std::string CheckName(const std::string& text)
     return "";
 }
 
+std::string CheckCommunity(const std::string& text)
+{
+    if (text.empty())
+        return "is empty";
+    return text.size() > kMostCommunity ? "has more than 255 octets" : "";
+}
+
 std::string ReadOid(const std::string& text, BObjectIdentifier& oid)
 {
     std::vector<unsigned> arcs;
@@ -63,6 +71,8 @@ std::string ReadOid(const std::string& text, BObjectIdentifier& oid)
         return "is no object identifier: write it in numbers, like 1.3.6.1.2.1.1";
     if (arcs[0] > kMostFirstArc)
         return "is no object identifier: the first number is 0, 1 or 2";
+    if (arcs.size() > 1 && arcs[0] < kMostFirstArc && arcs[1] > kMostSecondArc)
+        return "is no object identifier: after 0 or 1 the second number is 39 at most";
     oid = BObjectIdentifier(static_cast<unsigned>(arcs.size()), arcs.data());
     return "";
 }

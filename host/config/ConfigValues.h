@@ -8,8 +8,13 @@
 
 namespace VLK::host {
 
+// Of an object identifier (RFC 2578 section 3.5).
+constexpr size_t kMostArcs = 128;
+
 // 1 to 32 printable characters of ASCII: an index of the access control's tables.
 std::string CheckName(const std::string& text);
+// 1 to 255 octets: the wire library cuts longer ones.
+std::string CheckCommunity(const std::string& text);
 // Dotted decimal, with or without a leading dot.
 std::string ReadOid(const std::string& text, BObjectIdentifier& oid);
 // 1 to 16 octets in hexadecimal, with or without colons between them.

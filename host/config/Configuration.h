@@ -6,6 +6,7 @@
 #include "host/access/Communities.h"
 #include "host/access/Vacm.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,10 @@ struct SConfiguration {
     std::string file; // empty: there is none
     std::vector<BTransportAddress> listen;
     std::string store; // empty: the file under the user's state directory
+    // What snmpEnableAuthenTraps is until a manager sets it; nothing: disabled.
+    std::optional<bool> authenTraps;
+    // Whether the file says who may ask, be it nobody.
+    bool hasCommunities = false;
     std::vector<std::string> contexts;
     std::vector<SView> views; // without those that are built in
     std::vector<SCommunity> communities;

@@ -80,6 +80,8 @@ TEST(ConfigFile, AnEmptyFileConfiguresNothing)
     EXPECT_TRUE(configuration.views.empty());
     EXPECT_TRUE(configuration.communities.empty());
     EXPECT_TRUE(configuration.trapSinks.empty());
+    EXPECT_FALSE(configuration.authenTraps.has_value());
+    EXPECT_FALSE(configuration.hasCommunities);
     ASSERT_EQ(configuration.groups.size(), 1u);
     EXPECT_EQ(configuration.groups[0].name, "console");
     EXPECT_EQ(MembersOf(configuration.groups[0]), "/3 ");
@@ -95,6 +97,23 @@ TEST(ConfigFile, AgentAddressIsOneTextOrAList)
                                  "                \"udp:127.0.0.1:0\"]"});
     ASSERT_EQ(three.listen.size(), 3u) << "port 0 is a new one each time";
     EXPECT_EQ(three.listen[1].ToString(), "udp6:[::1]:161");
+}
+
+TEST(ConfigFile, MayBeginWithAMarkAndEndItsLinesInBothWays)
+{
+    SConfiguration configuration =
+        ReadConfigText("\xef\xbb\xbf"
+                       "store = \"/a\"\r\ncontexts = [\"x\",\r\n \"y\"]\r\n",
+                       "f");
+    EXPECT_EQ(configuration.store, "/a");
+    EXPECT_EQ(configuration.contexts, (CLines{"x", "y"}));
+}
+
+TEST(ConfigFile, AuthenticationTrapsAreOnOrOffOrNotMentioned)
+{
+    EXPECT_EQ(Read({"snmpEnableAuthenTraps = true"}).authenTraps, true);
+    EXPECT_EQ(Read({"snmpEnableAuthenTraps = false"}).authenTraps, false);
+    EXPECT_EQ(Read({"store = \"/a\""}).authenTraps, std::nullopt);
 }
 
 TEST(ConfigFile, StoreAndContextsAreTakenAsTheyStand)

@@ -160,12 +160,34 @@ TEST(Configure, ACommunityCalledLikeTheConsolesGroupIsNotInIt)
     EXPECT_EQ(rights.Of(eModelUsm, "", kSystem), "rwn");
 }
 
-TEST_F(ConfiguredByFile, AFileReplacesTheDefaultCommunity)
+TEST_F(ConfiguredByFile, WithoutACommunityPublicReadsTheSystemGroupOnThisMachineOnly)
 {
     Rights rights(File("agentAddress = \"udp:127.0.0.1:0\"\n"));
-    EXPECT_FALSE(rights.IsAnswered("public", kHere));
-    EXPECT_EQ(rights.Of(eModelV2c, "public", kSystem), "");
+    EXPECT_TRUE(rights.IsAnswered("public", kHere));
+    EXPECT_FALSE(rights.IsAnswered("public", kThere));
+    EXPECT_EQ(rights.Of(eModelV2c, "public", kSystem), "rn");
+    EXPECT_EQ(rights.Of(eModelV2c, "public", kOther), "");
     EXPECT_EQ(rights.Of(eModelUsm, "", kOther), "rwn");
+}
+
+TEST_F(ConfiguredByFile, ACommunityAlsoNoneReplacesTheDefaultOne)
+{
+    for (const char* communities :
+         {"community = []\n", "[[community]]\nname = \"look\"\nread = \"systemonly\"\n"}) {
+        Rights rights(File(communities));
+        EXPECT_FALSE(rights.IsAnswered("public", kHere)) << communities;
+        EXPECT_EQ(rights.Of(eModelV2c, "public", kSystem), "") << communities;
+    }
+    SOptions options = File("agentAddress = \"udp:127.0.0.1:0\"\n");
+    options.communities = {{"look", false}};
+    EXPECT_FALSE(Rights(options).IsAnswered("public", kHere));
+}
+
+TEST_F(ConfiguredByFile, TheDefaultCommunityHasNoRightsOfAGroup)
+{
+    Rights rights(File("[[group]]\nname = \"g\"\nmembers = [\"public\"]\n"
+                       "[[access]]\ngroup = \"g\"\nread = \"everything\"\n"));
+    EXPECT_FALSE(rights.IsAnswered("public", kHere));
 }
 
 TEST_F(ConfiguredByFile, AddressesAndStoreOfTheCommandLineGoBeforeThoseOfTheFile)
@@ -234,4 +256,6 @@ TEST_F(ConfiguredByFile, AMissingFileIsOneLine)
     EXPECT_EQ(ErrorOf(options), name + ": No such file or directory");
     options.config = directory.Path();
     EXPECT_EQ(ErrorOf(options), directory.Path() + ": Is a directory");
+    options.config = "/dev/zero";
+    EXPECT_EQ(ErrorOf(options), "/dev/zero: has more than 1048576 bytes");
 }

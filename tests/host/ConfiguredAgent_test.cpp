@@ -87,8 +87,9 @@ TEST_F(CheckConfig, EveryProblemIsALineAndTheStatusIsTwo)
     Outcome outcome = Check(file.Name());
     EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(outcome.output,
-              "vkagentd: " + file.Name() + ":4:8: 'few' is no view\n" + "vkagentd: " + file.Name() +
-                  ":5:1: community has no key 'reads'; it has name, securityName, context, "
+              "vkagentd: " + file.Name() + ":4: read 'few' is no view\n" +
+                  "vkagentd: " + file.Name() +
+                  ":5: 'reads' is no key of [[community]], which has name, securityName, context, "
                   "sources, read, write, notify\n");
     Outcome start =
         RunToEnd({VKAGENTD, "--config", file.Name(), "--store", directory.File("s.db")});
@@ -152,6 +153,43 @@ TEST_F(SeededViews, ResetStoreStartsOverWithTheConfiguration)
     EXPECT_EQ(seen.log, "");
     seen = See(kAddress + kViews + kCommunity);
     EXPECT_TRUE(seen.descr);
+}
+
+TEST(SeededAuthenTraps, CountUntilAManagerSetsThem)
+{
+    const std::string kEnable = ".1.3.6.1.2.1.11.30.0";
+    const std::string communities = "[[community]]\nname = \"boss\"\nread = \"everything\"\n"
+                                    "write = \"everything\"\n";
+    TempDir directory;
+    // What a manager reads after the start, and the log; then one may set it.
+    auto start = [&](const std::string& line, const std::string& value, const std::string& log,
+                     const char* set = nullptr, const Arguments& more = {}) {
+        ConfigFile file(kAddress + line + communities);
+        ConfiguredAgent agent(directory.File("store.db"), file, more);
+        ASSERT_TRUE(agent.IsReady()) << agent.FirstLine();
+        EXPECT_EQ(agent.Ask("snmpget", "2c", "boss", {kEnable}, {"-Oqv"}).output, value + "\n");
+        EXPECT_EQ(agent.Earlier(), log.empty() ? ""
+                                               : "vkagentd: " + log + file.Name() +
+                                                     "; --reset-store returns to the file\n");
+        if (set) {
+            EXPECT_EQ(agent.Ask("snmpset", "2c", "boss", {kEnable, "i", set}).status, 0);
+        }
+        EXPECT_EQ(agent.Kill(SIGKILL), 128 + SIGKILL);
+    };
+    const std::string on = "snmpEnableAuthenTraps = true\n";
+    const std::string off = "snmpEnableAuthenTraps = false\n";
+    const std::string other = "snmpEnableAuthenTraps is as managers have set it, not as in ";
+    start("", "2", "");
+    start(on, "1", "");
+    start(off, "2", "");
+    start(on, "1", "", "2");
+    start(on, "2", other);
+    start(off, "2", "");
+    start("", "2", "", "1");
+    start(off, "1", other);
+    start("", "1", "");
+    start(off, "2", "", nullptr, {"--reset-store"});
+    start(on, "1", "");
 }
 
 TEST_F(SeededViews, ResetStoreForgetsAllThatManagersSet)

@@ -110,6 +110,14 @@ TEST(Options, BadLinesAreOneLineAndStatusTwo)
     }
 }
 
+TEST(Options, ACommunityHasUpTo255Octets)
+{
+    EXPECT_EQ(Parse({"--community", (std::string(255, 'c') + ":ro").c_str()}).error, "");
+    const std::string longer(256, 'c');
+    EXPECT_EQ(Parse({"--community", (longer + ":ro").c_str()}).error,
+              "--community: '" + longer + "' has more than 255 octets");
+}
+
 TEST(Options, HelpAndVersionAnswerAndEndWithStatusZero)
 {
     Parsed help = Parse({"--help"});

@@ -134,6 +134,16 @@ TEST_F(Traps, AuthenticationFailuresAreToldOnceAManagerWantsIt)
     EXPECT_EQ(daemon.Rest(), Arguments());
 }
 
+TEST_F(Traps, AuthenticationFailuresAreToldAtOnceWhereTheConfigurationSaysSo)
+{
+    ConfigFile file("snmpEnableAuthenTraps = true\n" + Communities() + Sink(daemon.Address()));
+    ConfiguredAgent agent(store, file);
+    ASSERT_TRUE(agent.IsReady()) << agent.FirstLine();
+    EXPECT_EQ(Next(), V2("TRAP2", kSnmpTraps + ".1"));
+    agent.Ask("snmpget", "2c", "wrong", {oid::kSysDescr}, {"-r", "0", "-t", "0.1"});
+    EXPECT_EQ(Next(), V2("TRAP2", kSnmpTraps + ".5"));
+}
+
 TEST_F(Traps, AFloodOfFailuresIsNoFloodOfTraps)
 {
     ConfigFile file(Communities() + Sink(daemon.Address()));

@@ -109,6 +109,39 @@ TEST(SnmpGroupAtItsStart, TakesWhatTheStoreKeeps)
     EXPECT_FALSE(CSnmpModule(counters, nullptr).Group().AreTrapsEnabled());
 }
 
+TEST(SnmpGroupAtItsStart, IsAsItIsToldUntilTheStoreKeepsOneOfBoth)
+{
+    SSnmpCounters counters;
+    EXPECT_TRUE(CSnmpModule(counters, nullptr, eAuthenTrapsEnabled).Group().AreTrapsEnabled());
+    FakeStore nothing;
+    for (EAuthenTraps first : {eAuthenTrapsEnabled, eAuthenTrapsDisabled}) {
+        EXPECT_EQ(CSnmpModule(counters, &nothing, first).Group().AreTrapsEnabled(),
+                  first == eAuthenTrapsEnabled);
+        for (int stored : {-1, 0, 1, 2, 3}) {
+            FakeStore store;
+            store.numbers[kStored] = stored;
+            bool isKept = stored == eAuthenTrapsEnabled || stored == eAuthenTrapsDisabled;
+            CSnmpModule module(counters, &store, first);
+            EXPECT_EQ(module.Group().AreTrapsEnabled(), (isKept ? stored : first) == 1)
+                << stored << " before " << first;
+            EXPECT_EQ(ModuleClient(module, "1.3.6.1.2.1.11").Get(kEnable),
+                      std::to_string(isKept ? stored : first));
+        }
+    }
+    EXPECT_EQ(nothing.updatesRequested, 0) << "what it is told is not what a manager set";
+}
+
+TEST(SnmpGroupAtItsStart, WhatAManagerSetsIsKeptAlsoWhenItIsTheSame)
+{
+    SSnmpCounters counters;
+    FakeStore store;
+    store.saveAtOnce = true;
+    CSnmpModule module(counters, &store, eAuthenTrapsEnabled);
+    EXPECT_EQ(ModuleClient(module, "1.3.6.1.2.1.11").Set({{kEnable, Number(1)}}), 0);
+    CSnmpModule next(counters, &store, eAuthenTrapsDisabled);
+    EXPECT_TRUE(next.Group().AreTrapsEnabled());
+}
+
 TEST(SnmpGroupWithoutStore, IsSetAndNotKept)
 {
     SSnmpCounters counters;
