@@ -1,7 +1,9 @@
 #include "modules/ViewTreeFamily.h"
 
+#include <climits>
 #include <memory>
 #include <new>
+#include <random>
 
 namespace VLK::modules {
 
@@ -20,6 +22,23 @@ BFilterTable::Entry* KeptIn(void** slot)
 {
     return slot ? static_cast<BFilterTable::Entry*>(*slot) : nullptr;
 }
+
+// All bindings of the SET that a thread serves, those of other tables too.
+thread_local const BVarBindList* t_bindings = nullptr;
+
+class BBindingsInReach {
+public:
+    explicit BBindingsInReach(const BVarBindList& bindings) : m_before(t_bindings)
+    {
+        t_bindings = &bindings;
+    }
+    ~BBindingsInReach() { t_bindings = m_before; }
+    BBindingsInReach(const BBindingsInReach&) = delete;
+    BBindingsInReach& operator=(const BBindingsInReach&) = delete;
+
+private:
+    const BVarBindList* m_before;
+};
 
 } // namespace
 
@@ -61,6 +80,22 @@ int CViewTreeFamilyTable::NextIndex(unsigned, unsigned, const BObjectIdentifier&
     return m_views.NextIndex(index, nextIndex);
 }
 
+int CViewTreeFamilyTable::Set(unsigned id, const BVarBindList& list, ESnmpSetOpCode op,
+                              void** slots, int& index, int count)
+{
+    const BBindingsInReach inReach(list);
+    return BMibTableImplEx::Set(id, list, op, slots, index, count);
+}
+
+// The state machine calls what is no status a general error of rows that exist.
+int CViewTreeFamilyTable::Set(unsigned id, ESnmpSetOpCode op, void** slot, const BVarBind& binding)
+{
+    if (op == eSetTest && IsRowStatus(binding) &&
+        (binding.Value().Int() < eRowActive || binding.Value().Int() > eRowDestroy))
+        return eSnmpWrongValue;
+    return BMibTableImplEx::Set(id, op, slot, binding);
+}
+
 template <class V>
 int CViewTreeFamilyTable::GetColumn(const BObjectIdentifier& index, V Row::*field, V& value)
 {
@@ -83,9 +118,13 @@ int CViewTreeFamilyTable::SetColumn(const BObjectIdentifier& index, ESnmpSetOpCo
     if (op != eSetCommit)
         return Leave(index, op, slot);
     {
-        // A row that this SET destroys takes its columns with it.
         TMutexLock lock(m_views.Mutex());
-        if (Row* const row = m_views.GetRow(index))
+        Row* row = m_views.GetRow(index);
+        // The status may come later, and a row that is destroyed takes its columns
+        // with it.
+        if (!row && IsRowCreation(index) && !(row = MakeRow(index)))
+            return eSnmpCommitFailed;
+        if (row)
             row->*field = value;
     }
     m_saver.Request(); // without the table's lock: the store takes its own first
@@ -133,6 +172,22 @@ int CViewTreeFamilyTable::Restore(const BObjectIdentifier& index, void** slot)
     return eSnmpNoError;
 }
 
+// Also by a binding that is tested later.
+bool CViewTreeFamilyTable::WillBeMade(const BObjectIdentifier& index) const
+{
+    if (IsRowCreation(index))
+        return true;
+    BObjectIdentifier status(Oid());
+    if (!t_bindings || !status.Append(eStatus) || !status.Append(index, true))
+        return false;
+    for (int i = 0; i < static_cast<int>(t_bindings->Count()); ++i) {
+        const BVarBind& binding = (*t_bindings)[i];
+        if (IsRowCreation(binding) && binding.Name() == status)
+            return true;
+    }
+    return false;
+}
+
 // A row that exists, or that this SET makes.
 int CViewTreeFamilyTable::TestColumn(const BObjectIdentifier& index)
 {
@@ -140,7 +195,7 @@ int CViewTreeFamilyTable::TestColumn(const BObjectIdentifier& index)
     const Row* const row = m_views.GetRow(index);
     if (row)
         return row->storageType == eStorageReadOnly ? eSnmpNotWritable : eSnmpNoError;
-    return IsRowCreation(index) ? eSnmpNoError : eSnmpInconsistentName;
+    return WillBeMade(index) ? eSnmpNoError : eSnmpInconsistentName;
 }
 
 // RFC 2579, StorageType: what is permanent or readOnly stays so, and nothing else
@@ -168,9 +223,27 @@ int CViewTreeFamilyTable::TestStatus(const BObjectIdentifier& index, ERowStatus 
                                  : row->storageType == eStorageReadOnly && value != row->rowStatus;
         return refused ? eSnmpInconsistentValue : eSnmpNoError;
     }
-    const bool fits = BFilterTable::IsIndexValid(index, false) && index[0] > 0 &&
-                      index[0] <= kViewNameMost && Oid().Length() + 1 + index.Length() <= kArcsMost;
-    return fits || !IsRowCreation(index) ? eSnmpNoError : eSnmpNoCreation;
+    return !IsRowCreation(index) || MayExist(index) ? eSnmpNoError : eSnmpNoCreation;
+}
+
+bool CViewTreeFamilyTable::MayExist(const BObjectIdentifier& index)
+{
+    BString view;
+    BObjectIdentifier subtree;
+    return BFilterTable::SplitIndex(index, view, subtree, false) && index[0] > 0 &&
+           index[0] <= kViewNameMost && Oid().Length() + 1 + index.Length() <= kArcsMost &&
+           !IsReadOnly(view);
+}
+
+// One more family would change what the view shows.
+bool CViewTreeFamilyTable::IsReadOnly(const BString& view)
+{
+    for (int i = static_cast<int>(m_views.Count()); --i >= 0;) {
+        const Row& row = *m_views.RowAt(i);
+        if (row.storageType == eStorageReadOnly && row.viewName == view)
+            return true;
+    }
+    return false;
 }
 
 // Two statuses for one row: what the row becomes would hang on their order.
@@ -181,29 +254,28 @@ int CViewTreeFamilyTable::AskForRow(const BObjectIdentifier& index)
     return m_asked.Insert(index, this) ? eSnmpNoError : eSnmpResourceUnavailable;
 }
 
-int CViewTreeFamilyTable::MakeRow(const BObjectIdentifier& index, ERowStatus status)
+// Not in service yet; null without memory.
+BFilterTable::Entry* CViewTreeFamilyTable::MakeRow(const BObjectIdentifier& index)
 {
     std::unique_ptr<Row> row(new (std::nothrow) Row);
-    if (!row || !BFilterTable::SplitIndex(index, row->viewName, row->subtree, false))
-        return eSnmpCommitFailed;
-    row->rowStatus = status;
-    if (!m_views.Insert(index, row.get()))
-        return eSnmpCommitFailed;
-    row.release();
-    return eSnmpNoError;
+    if (!row || !BFilterTable::SplitIndex(index, row->viewName, row->subtree, false) ||
+        !m_views.Insert(index, row.get()))
+        return nullptr;
+    return row.release();
 }
 
 int CViewTreeFamilyTable::CommitStatus(const BObjectIdentifier& index)
 {
     const ERowStatus status = static_cast<ERowStatus>(GetRowState(index));
     TMutexLock lock(m_views.Mutex());
-    Row* const row = m_views.GetRow(index);
-    if (status == 0)
+    Row* row = m_views.GetRow(index);
+    if (status == 0) {
         delete m_views.Remove(index);
-    else if (row)
-        row->rowStatus = status;
-    else
-        return MakeRow(index, status);
+        return eSnmpNoError;
+    }
+    if (!row && !(row = MakeRow(index)))
+        return eSnmpCommitFailed;
+    row->rowStatus = status;
     return eSnmpNoError;
 }
 
@@ -274,11 +346,14 @@ VKMIBH_CONSTINIT SRqHndlrMapEntry CViewSpinLock::s_map[] = {
 const SConstraintMapEntry CViewSpinLock::s_constraints[] = {
     {eConstraintConvention, 0, cszTestAndIncr, 0, 0}, kConstraintEnd};
 
-CViewSpinLock::CViewSpinLock()
+CViewSpinLock::CViewSpinLock(int value)
     : BMibScalarImpl(BString("SNMP-VIEW-BASED-ACM-MIB.vacmViewSpinLock"),
-                     BObjectIdentifier(BString("1.3.6.1.6.3.16.1.5.1")))
+                     BObjectIdentifier(BString("1.3.6.1.6.3.16.1.5.1"))),
+      m_value(value)
 {
 }
+
+int CViewSpinLock::AnyValue() { return static_cast<int>(std::random_device()() & INT_MAX); }
 
 int CViewSpinLock::OnGet(unsigned, int& value)
 {
@@ -296,7 +371,7 @@ int CViewSpinLock::OnSet(ESnmpSetOpCode op, unsigned, int value, void** slot)
         if (value != m_value || !slot)
             return eSnmpCommitFailed;
         *slot = this; // it counted
-        m_value = value == 2147483647 ? 0 : value + 1;
+        m_value = value == INT_MAX ? 0 : value + 1;
     } else if (op == eSetUndo && slot && *slot) {
         m_value = value;
     }

@@ -28,7 +28,8 @@ private:
 // have defaults, so a row is made by its status alone: no mask, included,
 // nonVolatile. Rows may be changed while they are active. Rows that are permanent
 // cannot be destroyed, those that are readOnly not changed either; managers can
-// make neither. A SET asks for one status of a row at most.
+// make neither. A view with a readOnly row takes no others. A SET asks for one
+// status of a row at most; its bindings stand in any order, also among others.
 //
 // Ownership: not of the filter table, which outlives it.
 // Threads:   as BMibTableImplEx; the filter table may be asked meanwhile.
@@ -45,6 +46,10 @@ public:
     const SConstraintMapEntry* GetConstraintMap() const override { return s_constraints; }
     int NextIndex(unsigned id, unsigned column, const BObjectIdentifier& index,
                   BObjectIdentifier& nextIndex) override;
+    using BMibTableImplEx::Set;
+    int Set(unsigned id, const BVarBindList& list, ESnmpSetOpCode op, void** slots, int& index,
+            int count) override;
+    int Set(unsigned id, ESnmpSetOpCode op, void** slot, const BVarBind& binding) override;
 
 private:
     using Row = BFilterTable::Entry;
@@ -57,12 +62,15 @@ private:
     int Keep(const BObjectIdentifier& index, void** slot);
     int Leave(const BObjectIdentifier& index, ESnmpSetOpCode op, void** slot);
     int Restore(const BObjectIdentifier& index, void** slot);
+    bool WillBeMade(const BObjectIdentifier& index) const;
     int TestColumn(const BObjectIdentifier& index);
     int TestStorage(const BObjectIdentifier& index, EStorageType value);
     int TestStatus(const BObjectIdentifier& index, ERowStatus value);
+    bool MayExist(const BObjectIdentifier& index);
+    bool IsReadOnly(const BString& view);
     int AskForRow(const BObjectIdentifier& index);
     int CommitStatus(const BObjectIdentifier& index);
-    int MakeRow(const BObjectIdentifier& index, ERowStatus status);
+    Row* MakeRow(const BObjectIdentifier& index);
 
     int OnGet_Mask(const BObjectIdentifier& index, unsigned id, BOctetString& value);
     int OnSet_Mask(const BObjectIdentifier& index, ESnmpSetOpCode op, unsigned id,
@@ -87,10 +95,11 @@ private:
 };
 
 // An advisory lock for managers that edit views together (TestAndIncr, RFC 2579):
-// it takes only the value it has, and then counts on. It starts at 0.
+// it takes only the value it has, and then counts on. What it was before a restart
+// is not kept: it has to start anywhere, so that whoever read it then is refused.
 class CViewSpinLock : public BMibScalarImpl {
 public:
-    CViewSpinLock();
+    explicit CViewSpinLock(int value = AnyValue());
 
     SRqHndlrMapEntry* GetRqHndlrMap() const override { return s_map; }
     const SConstraintMapEntry* GetConstraintMap() const override { return s_constraints; }
@@ -98,11 +107,12 @@ public:
 private:
     int OnGet(unsigned id, int& value);
     int OnSet(ESnmpSetOpCode op, unsigned id, int value, void** slot);
+    static int AnyValue();
 
     static SRqHndlrMapEntry s_map[];
     static const SConstraintMapEntry s_constraints[];
 
-    int m_value = 0;
+    int m_value;
 };
 
 // Both, to be registered together.

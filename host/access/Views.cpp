@@ -26,21 +26,19 @@ void AddAll(BFilterTable& table, const std::vector<SView>& views, EStorageType s
     }
 }
 
-BObjectIdentifier IndexOf(const BString& view, const BObjectIdentifier& subtree)
+BObjectIdentifier IndexOf(const BFilterTable::Entry& row)
 {
     BObjectIdentifier index;
-    if (!BFilterTable::MakeIndex(view, subtree, false, index))
+    if (!BFilterTable::MakeIndex(row.viewName, row.subtree, false, index))
         throw std::bad_alloc();
     return index;
 }
 
-// Rows under the indexes of the built-in ones.
-void RemoveBuiltIn(BFilterTable& table)
+bool IsBuiltIn(const BString& name)
 {
-    for (const SView& view : BuiltInViews()) {
-        for (const SFamily& family : view.families)
-            delete table.Remove(IndexOf(NameOf(view), family.subtree));
-    }
+    const std::vector<SView>& views = BuiltInViews();
+    return std::any_of(views.begin(), views.end(),
+                       [&](const SView& view) { return NameOf(view) == name; });
 }
 
 // A table calls the store with its lock held, and the store calls the table with
@@ -52,10 +50,11 @@ void ReadStored(BFilterTable& table, BStore& store)
     if (!stored.InitFromNV(false) || stored.Count() != static_cast<unsigned>(records))
         throw BHostError(eExitStore, "the store holds views that cannot be read: --reset-store "
                                      "takes those of the configuration");
-    RemoveBuiltIn(stored);
-    while (BFilterTable::Entry* next = stored.RowAt(0)) {
-        BObjectIdentifier index = IndexOf(next->viewName, next->subtree);
+    while (const BFilterTable::Entry* next = stored.RowAt(0)) {
+        BObjectIdentifier index = IndexOf(*next);
         std::unique_ptr<BFilterTable::Entry> row(stored.Remove(index));
+        if (IsBuiltIn(row->viewName))
+            continue; // they are not for the store to change
         if (!table.Insert(index, row.get()))
             throw std::bad_alloc();
         row.release();

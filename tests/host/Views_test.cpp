@@ -192,13 +192,14 @@ TEST_F(Views, AResetStoreReturnsToTheConfiguration)
     EXPECT_TRUE(asConfigured);
 }
 
-TEST_F(Views, AStoredRowUnderTheIndexOfABuiltInOneIsReplaced)
+TEST_F(Views, StoredRowsOfABuiltInViewAreLeftOut)
 {
     {
         BStore store(file);
         BFilterTable table(&store, kViewSection);
-        EXPECT_TRUE(table.Insert(BString("systemonly"), MakeOid("1.3.6.1.2.1.1"), BOctetString(),
-                                 eFilterExcluded, eStorageNonVolatile, eRowActive, false));
+        for (const char* subtree : {"1.3.6.1.2.1.1", "1.3.6.1.2.1.1.1"})
+            EXPECT_TRUE(table.Insert(BString("systemonly"), MakeOid(subtree), BOctetString(),
+                                     eFilterExcluded, eStorageNonVolatile, eRowActive, false));
         EXPECT_TRUE(table.SaveToNV());
     }
     BStore store(file);

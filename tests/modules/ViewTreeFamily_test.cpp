@@ -16,18 +16,8 @@ namespace {
 enum EColumn { eMask = 3, eType = 4, eStorage = 5, eStatus = 6 };
 constexpr const char* kSection = "views";
 
-// A row's index: the name and the subtree, the length of each first.
-std::string Index(const std::string& view, const std::string& subtree)
-{
-    std::string index = std::to_string(view.size());
-    for (unsigned char c : view)
-        index += "." + std::to_string(c);
-    return index + "." + std::to_string(std::count(subtree.begin(), subtree.end(), '.') + 1) + "." +
-           subtree;
-}
-
-const std::string kNew = Index("few", "1.3.6.1.2.1.1");
-const std::string kOld = Index("old", "1.3.6");
+const std::string kNew = FamilyIndex("few", "1.3.6.1.2.1.1");
+const std::string kOld = FamilyIndex("old", "1.3.6");
 
 std::string Name(unsigned column, const std::string& index)
 {
@@ -99,7 +89,7 @@ TEST_F(ViewTreeFamily, AWalkListsTheColumnsThatAreAccessible)
 {
     AddOld();
     ASSERT_TRUE(Insert(views, {"all", "1"}));
-    const std::string all = Index("all", "1");
+    const std::string all = FamilyIndex("all", "1");
     EXPECT_EQ(client.Walk(),
               (Rows{"3." + all + "=", "3." + kOld + "=f0", "4." + all + "=1", "4." + kOld + "=1",
                     "5." + all + "=3", "5." + kOld + "=3", "6." + all + "=1", "6." + kOld + "=1"}));
@@ -148,6 +138,50 @@ TEST_F(ViewTreeFamily, ARowIsMadeWithItsColumnsInAnyOrder)
     } while (std::next_permutation(order.begin(), order.end()));
 }
 
+TEST_F(ViewTreeFamily, ItsColumnsMayStandAmongThoseOfOthers)
+{
+    AddOld();
+    const std::string waiting = FamilyIndex("wait", "1.2");
+    const Bindings all{Mask(kNew, "\xf0"),
+                       Status(kOld, eRowDestroy),
+                       Storage(kNew, 2),
+                       {".1.3.6.1.4.1.32473.99.1.0", Number(1)}, // another table's
+                       Status(kNew, eRowCreateAndGo),
+                       Status(waiting, eRowCreateAndWait)};
+    std::vector<size_t> order{0, 1, 2, 3, 4, 5};
+    const Rows before = client.Walk();
+    do {
+        Bindings bindings;
+        for (size_t i : order)
+            bindings.push_back(all[i]);
+        EXPECT_EQ(client.SetInVain(bindings), eSnmpCommitFailed);
+        ASSERT_EQ(client.Walk(), before) << testing::PrintToString(order);
+        client.neighbour.failAt.clear();
+        ASSERT_EQ(client.Set(bindings), 0) << testing::PrintToString(order);
+        ASSERT_EQ(Row(kNew), "f0 1 2 1") << testing::PrintToString(order);
+        ASSERT_EQ(Row(waiting), " 1 3 2") << testing::PrintToString(order);
+        ASSERT_FALSE(IsThere(kOld)) << testing::PrintToString(order);
+        ASSERT_EQ(client.Set({Status(kNew, eRowDestroy), Status(waiting, eRowDestroy)}), 0);
+        AddOld();
+    } while (std::next_permutation(order.begin(), order.end()));
+}
+
+TEST_F(ViewTreeFamily, AnotherRowsCreationMakesNoneForAColumn)
+{
+    const std::string longer = FamilyIndex("few", "1.3.6.1.2.1.1.5");
+    EXPECT_EQ(client.Set({Mask(kNew, "x"), Status(longer, eRowCreateAndGo)}),
+              eSnmpInconsistentName);
+    EXPECT_EQ(client.Set({Mask(kNew, "x"), Type(kNew, 1), Status(kNew, eRowDestroy)}),
+              eSnmpInconsistentName);
+    EXPECT_EQ(client.Set({Mask(kNew, "x"), Status(longer, eRowDestroy), Status(kNew, eRowActive)}),
+              eSnmpInconsistentName);
+    EXPECT_EQ(client.Set({Mask("0.1.1", "x"), Status(kNew, eRowDestroy),
+                          Status("0.1.1", eRowCreateAndGo)}),
+              eSnmpNoCreation);
+    EXPECT_EQ(client.Set({Mask(kNew, "x")}), eSnmpInconsistentName) << "nothing is left of those";
+    EXPECT_EQ(views.Count(), 0u);
+}
+
 TEST_F(ViewTreeFamily, CreateAndWaitCountsOnceItIsActive)
 {
     EXPECT_EQ(client.Set({Status(kNew, eRowCreateAndWait)}), 0);
@@ -176,7 +210,10 @@ TEST_F(ViewTreeFamily, ARowThatIsThereIsNotCreated)
     AddOld();
     for (int status : {eRowCreateAndGo, eRowCreateAndWait})
         EXPECT_EQ(client.Set({Status(kOld, status), Type(kOld, 2)}), eSnmpInconsistentValue);
-    EXPECT_EQ(client.Set({Status(kOld, eRowNotReady)}), eSnmpWrongValue);
+    for (int status : {int(eRowNotReady), 0, 7, -1}) {
+        EXPECT_EQ(client.Set({Status(kOld, status)}), eSnmpWrongValue) << status;
+        EXPECT_EQ(client.Set({Status(kNew, status)}), eSnmpWrongValue) << status;
+    }
     EXPECT_EQ(Row(kOld), "f0 1 3 1");
 }
 
@@ -255,11 +292,23 @@ TEST_F(ViewTreeFamily, AReadOnlyRowIsNotChanged)
     EXPECT_EQ(Row(kOld), "f0 1 5 1");
 }
 
+TEST_F(ViewTreeFamily, AViewWithAReadOnlyRowTakesNoOthers)
+{
+    AddOld(eStorageReadOnly);
+    const std::string more = FamilyIndex("old", "1.3.6.1.6");
+    for (int status : {eRowCreateAndGo, eRowCreateAndWait})
+        EXPECT_EQ(client.Set({Type(more, 2), Status(more, status)}), eSnmpNoCreation) << status;
+    EXPECT_EQ(client.Set({Status(more, eRowDestroy)}), 0) << "there is none";
+    EXPECT_EQ(client.Set({Status(FamilyIndex("ol", "1.3.6"), eRowCreateAndGo)}), 0);
+    EXPECT_EQ(client.Set({Status(FamilyIndex("olde", "1.3.6"), eRowCreateAndGo)}), 0);
+    EXPECT_EQ(views.Count(), 3u);
+}
+
 TEST_F(ViewTreeFamily, ARowNeedsAnIndexOfThatForm)
 {
     const std::pair<const char*, std::string> indexes[] = {
         {"an empty name", "0.1.1"},
-        {"a name of 33 characters", Index(std::string(33, 'n'), "1.3")},
+        {"a name of 33 characters", FamilyIndex(std::string(33, 'n'), "1.3")},
         {"a name that is not printable", "1.7.1.1"},
         {"no subtree", "1.97"},
         {"a subtree without arcs", "1.97.0"},
@@ -270,7 +319,7 @@ TEST_F(ViewTreeFamily, ARowNeedsAnIndexOfThatForm)
     for (const auto& [what, index] : indexes)
         EXPECT_EQ(client.Set({Status(index, eRowCreateAndGo)}), eSnmpNoCreation) << what;
     EXPECT_EQ(views.Count(), 0u);
-    EXPECT_EQ(client.Set({Status(Index(std::string(32, 'n'), "1"), eRowCreateAndGo)}), 0);
+    EXPECT_EQ(client.Set({Status(FamilyIndex(std::string(32, 'n'), "1"), eRowCreateAndGo)}), 0);
 }
 
 TEST_F(ViewTreeFamily, ARowsInstancesHave128ArcsAtMost)
@@ -280,14 +329,15 @@ TEST_F(ViewTreeFamily, ARowsInstancesHave128ArcsAtMost)
     std::string subtree = "1";
     for (int i = 1; i < kLongest; ++i)
         subtree += ".1";
-    EXPECT_EQ(client.Set({Status(Index("n", subtree + ".1"), eRowCreateAndGo)}), eSnmpNoCreation);
-    EXPECT_EQ(client.Set({Status(Index("n", subtree), eRowCreateAndGo)}), 0);
+    EXPECT_EQ(client.Set({Status(FamilyIndex("n", subtree + ".1"), eRowCreateAndGo)}),
+              eSnmpNoCreation);
+    EXPECT_EQ(client.Set({Status(FamilyIndex("n", subtree), eRowCreateAndGo)}), 0);
 }
 
 TEST_F(ViewTreeFamily, WhatAFailedSetChangedIsTakenBackInEveryOrder)
 {
     AddOld();
-    const std::string waiting = Index("wait", "1.2");
+    const std::string waiting = FamilyIndex("wait", "1.2");
     ASSERT_EQ(client.Set({Status(waiting, eRowCreateAndWait)}), 0);
     const Bindings sets[] = {
         {Status(kNew, eRowCreateAndGo), Mask(kNew, "\x01"), Type(kNew, 2), Storage(kNew, 2)},
@@ -335,15 +385,15 @@ TEST_F(ViewTreeFamily, TheStoreKeepsRowsThatAreActiveAndNonVolatile)
     EXPECT_EQ(store.updatesRequested, 0);
     ASSERT_EQ(client.Set({Status(kNew, eRowCreateAndGo)}), 0);
     EXPECT_EQ(Saved(), Rows{"few 1.3.6.1.2.1.1"});
-    ASSERT_EQ(client.Set({Status(Index("two", "1"), eRowCreateAndGo),
-                          Storage(Index("two", "1"), eStorageVolatile)}),
+    ASSERT_EQ(client.Set({Status(FamilyIndex("two", "1"), eRowCreateAndGo),
+                          Storage(FamilyIndex("two", "1"), eStorageVolatile)}),
               0);
     EXPECT_EQ(Saved(), Rows{"few 1.3.6.1.2.1.1"}) << "volatile";
-    ASSERT_EQ(client.Set({Storage(Index("two", "1"), eStorageNonVolatile)}), 0);
+    ASSERT_EQ(client.Set({Storage(FamilyIndex("two", "1"), eStorageNonVolatile)}), 0);
     EXPECT_EQ(Saved(), (Rows{"few 1.3.6.1.2.1.1", "two 1"}));
     ASSERT_EQ(client.Set({Status(kNew, eRowNotInService)}), 0);
     EXPECT_EQ(Saved(), Rows{"two 1"});
-    ASSERT_EQ(client.Set({Status(Index("two", "1"), eRowDestroy)}), 0);
+    ASSERT_EQ(client.Set({Status(FamilyIndex("two", "1"), eRowDestroy)}), 0);
     EXPECT_EQ(Saved(), Rows());
 }
 
@@ -379,13 +429,23 @@ TEST(ViewTreeFamilyWithoutStore, IsChangedAndNotKept)
 
 namespace {
 
+// The lock alone, starting where a test wants it.
+class LockModule : public BMibImplGroup {
+public:
+    explicit LockModule(int value) : BMibImplGroup(BString("lock")), m_lock(value) {}
+    int GetNumImpls() override { return 1; }
+    BMibImpl* GetImplAt(int) override { return &m_lock; }
+
+private:
+    CViewSpinLock m_lock;
+};
+
 class ViewSpinLock : public testing::Test {
 protected:
     int Set(int value) { return client.Set({{"1.0", Number(value)}}); }
     std::string Value() { return client.Get("1.0"); }
 
-    BFilterTable views{nullptr};
-    CViewModule module{views, nullptr};
+    LockModule module{0};
     ModuleClient client{module, "1.3.6.1.6.3.16.1.5"};
 };
 
@@ -413,12 +473,44 @@ TEST_F(ViewSpinLock, CountsBackWhenItsSetFails)
     EXPECT_EQ(Value(), "0");
 }
 
-TEST_F(ViewSpinLock, GuardsTheRowsOfItsSet)
+TEST(ViewSpinLockAtItsEnd, CountsOnFromZero)
 {
+    LockModule module(2147483647);
+    ModuleClient client(module, "1.3.6.1.6.3.16.1.5.1");
+    EXPECT_EQ(client.SetInVain({{"0", Number(2147483647)}}), eSnmpCommitFailed);
+    EXPECT_EQ(client.Get("0"), "2147483647");
+    EXPECT_EQ(client.Set({{"0", Number(2147483647)}}), 0);
+    EXPECT_EQ(client.Get("0"), "0");
+}
+
+namespace {
+
+class ViewModule : public testing::Test {
+protected:
+    static int LockOf(ModuleClient& client) { return std::stoi(client.Get("1.0")); }
+
+    BFilterTable views{nullptr};
+    CViewModule module{views, nullptr};
+    ModuleClient client{module, "1.3.6.1.6.3.16.1.5"};
+};
+
+} // namespace
+
+TEST_F(ViewModule, ItsLockStartsAnywhere)
+{
+    CViewModule restarted(views, nullptr);
+    ModuleClient later(restarted, "1.3.6.1.6.3.16.1.5");
+    EXPECT_GE(LockOf(client), 0);
+    EXPECT_NE(LockOf(client), LockOf(later)) << "or what was read before a restart would fit";
+}
+
+TEST_F(ViewModule, ItsLockGuardsTheRowsOfItsSet)
+{
+    const int lock = LockOf(client);
     const std::string status = "2.1.6." + kNew;
-    EXPECT_EQ(client.Set({{"1.0", Number(7)}, {status, Number(eRowCreateAndGo)}}),
+    EXPECT_EQ(client.Set({{"1.0", Number(lock ^ 1)}, {status, Number(eRowCreateAndGo)}}),
               eSnmpInconsistentValue);
     EXPECT_EQ(views.Count(), 0u);
-    EXPECT_EQ(client.Set({{"1.0", Number(0)}, {status, Number(eRowCreateAndGo)}}), 0);
+    EXPECT_EQ(client.Set({{"1.0", Number(lock)}, {status, Number(eRowCreateAndGo)}}), 0);
     EXPECT_EQ(views.Count(), 1u);
 }

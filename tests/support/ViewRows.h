@@ -5,6 +5,7 @@
 
 #include <vkmibh/filter.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,16 @@ inline bool Insert(BFilterTable& table, const Family& family, bool implied = fal
 {
     return table.Insert(TextString(family.view), MakeOid(family.subtree), MaskOf(family.mask),
                         family.type, family.storageType, family.rowStatus, implied);
+}
+
+// The index of a row: the name and the subtree, the length of each first.
+inline std::string FamilyIndex(const std::string& view, const std::string& subtree)
+{
+    std::string index = std::to_string(view.size());
+    for (unsigned char c : view)
+        index += "." + std::to_string(c);
+    return index + "." + std::to_string(std::count(subtree.begin(), subtree.end(), '.') + 1) + "." +
+           subtree;
 }
 
 // A row for an index of the test's own choice.
