@@ -7,7 +7,7 @@ namespace VLK::host {
 
 EConsole ChooseConsole(std::optional<bool> wanted)
 {
-    if (!wanted.value_or(IsTerminalOfForeground()))
+    if (!wanted.value_or(IsOwnTerminal()))
         return eConsoleOff;
     return isatty(STDIN_FILENO) && isatty(STDOUT_FILENO) ? eConsoleEditing : eConsolePlain;
 }

@@ -1,10 +1,9 @@
 #include "host/ConsoleStream.h"
 
-#include <algorithm>
+#include "host/Terminal.h"
+
 #include <cerrno>
-#include <climits>
 #include <poll.h>
-#include <unistd.h>
 
 namespace VLK::host {
 
@@ -34,14 +33,22 @@ int BConsoleStream::Write(const BString& text)
     return WriteBytes(text.c_str(), length) ? static_cast<int>(length) : -1;
 }
 
+bool BConsoleStream::WaitForForeground() const
+{
+    pollfd stop{m_stop, POLLIN, 0};
+    while (IsInBackground()) {
+        if (poll(&stop, 1, kForegroundPollMs) > 0)
+            return false;
+    }
+    return true;
+}
+
 bool BConsoleStream::WriteBytes(const char* bytes, size_t length) const
 {
-    // A pipe that can be written takes this much at once without waiting.
-    constexpr size_t kPiece = PIPE_BUF;
     for (size_t done = 0; done < length;) {
-        if (!IsReadyBeforeStop(STDOUT_FILENO, POLLOUT, m_stop))
+        if (!IsReadyBeforeStop(m_output.Descriptor(), POLLOUT, m_stop))
             return false;
-        ssize_t written = write(STDOUT_FILENO, bytes + done, std::min(kPiece, length - done));
+        ssize_t written = m_output.Write(bytes + done, length - done);
         if (written > 0)
             done += static_cast<size_t>(written);
         else if (errno != EINTR && errno != EAGAIN)

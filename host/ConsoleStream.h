@@ -1,6 +1,9 @@
 // What the console's streams on standard input and output have in common.
 #pragma once
 
+#include "host/Output.h"
+
+#include <unistd.h>
 #include <vkmibh/console.h>
 
 namespace VLK::host {
@@ -26,7 +29,7 @@ bool IsReadyBeforeStop(int descriptor, short events, int stopDescriptor);
 // Contract:  a text is written up to its first NUL.
 class BConsoleStream : public ICmdStream {
 public:
-    explicit BConsoleStream(int stopDescriptor) : m_stop(stopDescriptor) {}
+    explicit BConsoleStream(int stopDescriptor) : m_stop(stopDescriptor), m_output(STDOUT_FILENO) {}
 
     int GetLine(BString& line) final;
     int Write(const BString& text) override;
@@ -35,11 +38,15 @@ protected:
     // The next line; false when there is none or the agent ends.
     virtual bool NextLine(BString& line) = 0;
     int StopDescriptor() const { return m_stop; }
+    // While the agent is a job in the background of the terminal on standard
+    // input; false when the agent ends.
+    bool WaitForForeground() const;
     // All of the bytes, or false.
     bool WriteBytes(const char* bytes, size_t length) const;
 
 private:
     int m_stop;
+    BOutput m_output;
 };
 
 } // namespace VLK::host

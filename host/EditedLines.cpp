@@ -17,8 +17,6 @@ namespace VLK::host {
 namespace {
 
 constexpr const char* kPrompt = "vk> ";
-// How often a job in the background looks whether it has become the foreground.
-constexpr int kForegroundPollMs = 200;
 
 bool IsShown(char c) { return c == '\n' || c == '\t' || (c >= 0 ? c >= ' ' && c != 0x7f : true); }
 
@@ -45,7 +43,9 @@ BEditedLines::BEditedLines(int stopDescriptor, const BTerminal& terminal,
 BEditedLines::~BEditedLines()
 {
     BOperatorLocale::BUse use(m_locale);
-    BBackgroundGuard guard(m_terminal);
+    // The terminal has its settings; setting it once more would throw away what
+    // is typed already to the one who reads it next.
+    el_set(m_editor.get(), EL_EDITMODE, 0);
     m_editor.reset();
 }
 
@@ -123,7 +123,7 @@ bool BEditedLines::NextLine(BString& line)
 {
     if (!m_atLineStart)
         Write(BString("\n"));
-    if (!WaitForTerminal())
+    if (!WaitForForeground())
         return false;
     BOperatorLocale::BUse use(m_locale);
     el_resize(m_editor.get());               // while a command ran, nobody saw the terminal change
@@ -151,29 +151,23 @@ bool BEditedLines::ReadCharacter(wchar_t& character)
         if (count <= 0)
             return false;
         size_t used = std::mbrtowc(&character, &byte, 1, &state);
+        if (used == static_cast<size_t>(-1)) { // what came before is no character of this set
+            state = {};
+            used = std::mbrtowc(&character, &byte, 1, &state);
+        }
         if (used == 0 || used == 1)
             return true;
-        if (used == static_cast<size_t>(-1)) // no character of this set
+        if (used == static_cast<size_t>(-1))
             state = {};
     }
     return false;
 }
 
-// False when the agent ends, here and below.
-bool BEditedLines::WaitForTerminal() const
-{
-    pollfd stop{StopDescriptor(), POLLIN, 0};
-    while (!m_terminal.IsOurs()) {
-        if (poll(&stop, 1, kForegroundPollMs) > 0)
-            return false;
-    }
-    return true;
-}
-
+// False when the agent ends.
 bool BEditedLines::WaitForKey()
 {
     for (;;) {
-        bool ours = m_terminal.IsOurs();
+        bool ours = !IsInBackground();
         if (ours && m_mustRegain)
             Regain();
         pollfd waits[] = {{StopDescriptor(), POLLIN, 0},
@@ -200,21 +194,19 @@ bool BEditedLines::WaitForKey()
 void BEditedLines::FollowTerminal()
 {
     while (int number = m_terminal.NextSignal()) {
-        if (number == SIGWINCH) {
-            el_resize(m_editor.get());
-            WriteBytes(m_clearRow.data(), m_clearRow.size());
-            Redraw();
-            continue;
-        }
-        LeaveTerminal();
+        if (number != SIGWINCH)
+            LeaveTerminal();
         if (number == SIGTSTP)
             m_terminal.Suspend();
+        if (number == SIGWINCH)
+            FollowSize();
     }
 }
 
+// The editor forgets how it set the terminal, and nobody else sees a change.
 void BEditedLines::LeaveTerminal()
 {
-    BBackgroundGuard guard(m_terminal);
+    BSettingsGuard guard;
     el_set(m_editor.get(), EL_PREP_TERM, 0);
     m_mustRegain = true;
 }
@@ -223,7 +215,20 @@ void BEditedLines::LeaveTerminal()
 void BEditedLines::Regain()
 {
     m_mustRegain = false;
+    m_terminal.KeepSettings();
     el_set(m_editor.get(), EL_PREP_TERM, 1);
+    RedrawRow();
+}
+
+void BEditedLines::FollowSize()
+{
+    el_resize(m_editor.get());
+    if (!IsInBackground())
+        RedrawRow();
+}
+
+void BEditedLines::RedrawRow()
+{
     WriteBytes(m_clearRow.data(), m_clearRow.size());
     Redraw();
 }
@@ -232,7 +237,7 @@ void BEditedLines::Redraw() { el_set(m_editor.get(), EL_REFRESH); }
 
 std::string BEditedLines::GiveWay()
 {
-    return isatty(STDERR_FILENO) && m_terminal.IsOurs() ? m_clearRow : "";
+    return isatty(STDERR_FILENO) && !IsInBackground() ? m_clearRow : "";
 }
 
 void BEditedLines::TakeBack() { eventfd_write(m_logged.Get(), 1); }

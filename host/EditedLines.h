@@ -51,11 +51,12 @@ private:
     void SetUpEditor();
     bool ReadCharacter(wchar_t& character);
     bool WaitForKey();
-    bool WaitForTerminal() const;
     void FollowTerminal();
     void LeaveTerminal();
+    void FollowSize();
     void Regain();
     void Redraw();
+    void RedrawRow();
     unsigned char CompleteHere();
 
     std::string GiveWay() override;

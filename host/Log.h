@@ -5,8 +5,9 @@
 
 namespace VLK::host {
 
-// Writes the program's name, ": " and the text as one line, with one write;
-// control characters become blanks.
+// Writes the program's name, ": " and the text as one line, with one write where
+// there is room for it; control characters become blanks. A line that nobody
+// takes is left out soon, and the next one that comes through tells how many.
 //
 // Threads: any.
 void LogLine(const std::string& text);

@@ -1,6 +1,7 @@
 #include "host/PlainLines.h"
 
 #include "host/Log.h"
+#include "host/Terminal.h"
 
 #include <cerrno>
 #include <cstring>
@@ -85,7 +86,7 @@ bool BPlainLines::ReadMore()
     char piece[65536];
     ssize_t count = 0;
     do {
-        if (!IsReadyBeforeStop(STDIN_FILENO, POLLIN, StopDescriptor()))
+        if (!WaitForInput())
             return false;
         count = read(STDIN_FILENO, piece, sizeof piece);
     } while (count < 0 && (errno == EINTR || errno == EAGAIN));
@@ -95,6 +96,17 @@ bool BPlainLines::ReadMore()
     if (!m_ended)
         m_waiting.append(piece, static_cast<size_t>(count));
     return !m_ended;
+}
+
+// A job in the background that reads the terminal is stopped, and with it all
+// that it serves; what can be read there is typed to the shell.
+bool BPlainLines::WaitForInput() const
+{
+    do {
+        if (!WaitForForeground() || !IsReadyBeforeStop(STDIN_FILENO, POLLIN, StopDescriptor()))
+            return false;
+    } while (IsInBackground());
+    return true;
 }
 
 } // namespace VLK::host

@@ -24,6 +24,7 @@ private:
     bool TakeWaiting(BString& line);
     bool TakeLast(BString& line);
     bool ReadMore();
+    bool WaitForInput() const;
     bool Take(size_t length, BString& line);
 
     std::string m_waiting;    // what was read and not taken,

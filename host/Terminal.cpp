@@ -5,18 +5,16 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <iterator>
+#include <sys/ioctl.h>
 #include <sys/signalfd.h>
 
 namespace VLK::host {
 
 namespace {
 
-constexpr int kFatalSignals[] = {SIGQUIT, SIGILL, SIGABRT, SIGBUS, SIGFPE, SIGSEGV};
-
 // As they were found; for the signal handler too.
 termios g_settings;
-struct sigaction g_actions[std::size(kFatalSignals)];
+struct sigaction g_actions[NSIG];
 
 sigset_t SignalSet(std::initializer_list<int> numbers)
 {
@@ -35,17 +33,28 @@ int BlockAndOpen()
     return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
-// A session without job control has no foreground: then too.
-bool MayBeSet()
-{
-    pid_t foreground = tcgetpgrp(STDIN_FILENO);
-    return foreground < 0 || foreground == getpgrp();
-}
-
 void PutSettingsBack()
 {
-    if (MayBeSet())
+    if (!IsInBackground())
         tcsetattr(STDIN_FILENO, TCSANOW, &g_settings);
+}
+
+bool IsFault(int number)
+{
+    return number == SIGILL || number == SIGBUS || number == SIGFPE || number == SIGSEGV;
+}
+
+// What is blocked is read from descriptors, and its handler never runs.
+bool Kills(int number)
+{
+    for (int other :
+         {SIGKILL, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU, SIGCONT, SIGCHLD, SIGURG, SIGWINCH}) {
+        if (number == other)
+            return false;
+    }
+    // A sanitizer has handlers of its own for faults.
+    const struct sigaction& action = g_actions[number];
+    return action.sa_handler == SIG_DFL || (IsFault(number) && action.sa_handler != SIG_IGN);
 }
 
 // Does only what a signal handler may. What was to happen follows: a fault comes
@@ -53,37 +62,47 @@ void PutSettingsBack()
 void OnFatalSignal(int number, siginfo_t* info, void*)
 {
     PutSettingsBack();
-    for (size_t i = 0; i < std::size(kFatalSignals); ++i) {
-        if (kFatalSignals[i] == number)
-            sigaction(number, &g_actions[i], nullptr);
-    }
-    if (info->si_code <= 0)
+    sigaction(number, &g_actions[number], nullptr);
+    bool comesAgain = IsFault(number) && info->si_code > 0;
+    if (!comesAgain)
         raise(number);
+}
+
+template <class TDo>
+void ForEachFatalSignal(TDo&& act)
+{
+    for (int number = 1; number < NSIG; ++number) {
+        if (Kills(number))
+            act(number);
+    }
 }
 
 void CatchFatalSignals()
 {
+    for (int number = 1; number < NSIG; ++number)
+        sigaction(number, nullptr, &g_actions[number]);
     struct sigaction action = {};
     action.sa_sigaction = OnFatalSignal;
     action.sa_flags = SA_SIGINFO;
-    for (size_t i = 0; i < std::size(kFatalSignals); ++i)
-        sigaction(kFatalSignals[i], &action, &g_actions[i]);
+    ForEachFatalSignal([&](int number) { sigaction(number, &action, nullptr); });
 }
 
 void LeaveFatalSignals()
 {
-    for (size_t i = 0; i < std::size(kFatalSignals); ++i)
-        sigaction(kFatalSignals[i], &g_actions[i], nullptr);
+    ForEachFatalSignal([](int number) { sigaction(number, &g_actions[number], nullptr); });
 }
 
 } // namespace
 
 BTerminal::BTerminal() : m_signals(BlockAndOpen())
 {
-    if (!MayBeSet())
+    // Stops until it is in the foreground; without a shell that could bring it
+    // there, the signal does nothing and nobody continues it.
+    while (IsInBackground()) {
         raise(SIGTTIN);
-    if (!MayBeSet())
-        throw BHostError(eExitUsage, "no console in the background of a terminal");
+        if (NextSignal() == 0)
+            throw BHostError(eExitUsage, "no console in the background of a terminal");
+    }
     if (!m_signals.IsOpen() || tcgetattr(STDIN_FILENO, &g_settings) != 0)
         throw BHostError(eExitUsage, std::string("no terminal: ") + std::strerror(errno));
     CatchFatalSignals();
@@ -104,25 +123,46 @@ int BTerminal::NextSignal() const
 
 void BTerminal::Suspend() const
 {
+    PutSettingsBack();
     sigset_t stop = SignalSet({SIGTSTP});
     raise(SIGTSTP);
     pthread_sigmask(SIG_UNBLOCK, &stop, nullptr);
     pthread_sigmask(SIG_BLOCK, &stop, nullptr);
 }
 
-bool BTerminal::IsOurs() const { return MayBeSet(); }
+void BTerminal::KeepSettings() const
+{
+    termios found = {};
+    if (tcgetattr(STDIN_FILENO, &found) == 0 && (found.c_lflag & ICANON))
+        g_settings = found;
+}
 
-BBackgroundGuard::BBackgroundGuard(const BTerminal& terminal)
-    : m_settings(), m_restores(!terminal.IsOurs() && tcgetattr(STDIN_FILENO, &m_settings) == 0)
+BSettingsGuard::BSettingsGuard()
+    : m_settings(), m_restores(tcgetattr(STDIN_FILENO, &m_settings) == 0)
 {
 }
 
-BBackgroundGuard::~BBackgroundGuard()
+BSettingsGuard::~BSettingsGuard()
 {
     if (m_restores)
         tcsetattr(STDIN_FILENO, TCSANOW, &m_settings);
 }
 
-bool IsTerminalOfForeground() { return tcgetpgrp(STDIN_FILENO) == getpgrp(); }
+// A session without job control has no background.
+bool IsInBackground()
+{
+    pid_t foreground = tcgetpgrp(STDIN_FILENO);
+    return foreground >= 0 && foreground != getpgrp();
+}
+
+bool IsOwnTerminal()
+{
+    if (!isatty(STDIN_FILENO) || IsInBackground())
+        return false;
+    // The terminal of another session cannot become that of this one.
+    bool hasLeft = getsid(0) == getpid() && tcgetpgrp(STDIN_FILENO) < 0 &&
+                   ioctl(STDIN_FILENO, TIOCSCTTY, 0) != 0;
+    return !hasLeft;
+}
 
 } // namespace VLK::host

@@ -8,10 +8,10 @@
 namespace VLK::host {
 
 // Keeps the settings of the terminal on standard input, and puts them back when
-// it goes and when a signal kills the agent (SIGSEGV, SIGABRT, SIGQUIT and
-// their like). Takes the terminal's own signals SIGTSTP, SIGCONT and SIGWINCH
-// as a descriptor, so that they are followed where a line is edited, and blocks
-// SIGTTOU: who is in the background asks IsOurs() before setting the terminal.
+// it goes, when the agent is stopped, and when a signal kills it (all but
+// SIGKILL and those that the system keeps for itself). Takes the terminal's own signals SIGTSTP,
+// SIGCONT and SIGWINCH as a descriptor, so that they are followed where a line is edited, and
+// blocks SIGTTOU: who may be in the background asks before setting the terminal.
 //
 // Threads: construct before all other threads; blocks the signals for the
 //          calling thread and those it starts. There is one at a time.
@@ -30,30 +30,35 @@ public:
     int NextSignal() const;
     // Does what SIGTSTP does; comes back when the agent is continued.
     void Suspend() const;
-    // Whether the agent may read the terminal and set it: a job in the
-    // background may not.
-    bool IsOurs() const;
+    // Back in the foreground: from now on puts back what it finds there, unless
+    // that is still set for editing.
+    void KeepSettings() const;
 
 private:
     BDescriptor m_signals;
 };
 
-// In the background, undoes at its end what was done to the terminal's settings
-// while it lived: they are another job's.
-class BBackgroundGuard {
+// Undoes at its end what was done to the terminal's settings while it lived.
+class BSettingsGuard {
 public:
-    explicit BBackgroundGuard(const BTerminal& terminal);
-    ~BBackgroundGuard();
-    BBackgroundGuard(const BBackgroundGuard&) = delete;
-    BBackgroundGuard& operator=(const BBackgroundGuard&) = delete;
+    BSettingsGuard();
+    ~BSettingsGuard();
+    BSettingsGuard(const BSettingsGuard&) = delete;
+    BSettingsGuard& operator=(const BSettingsGuard&) = delete;
 
 private:
     termios m_settings;
     bool m_restores;
 };
 
-// Whether standard input is a terminal that this process, in its foreground,
-// is the one to read.
-bool IsTerminalOfForeground();
+// Whether standard input is a terminal in the background of which this process
+// runs: it may then neither read nor set it. The shell tells nobody when that
+// changes; who waits for it looks this often.
+bool IsInBackground();
+inline constexpr int kForegroundPollMs = 200;
+
+// Whether standard input is a terminal that is this process's to read: neither
+// in its background, nor at the head of a session that has taken leave of it.
+bool IsOwnTerminal();
 
 } // namespace VLK::host

@@ -1,16 +1,10 @@
 // The console on a terminal, as an operator uses it.
-#include "RunningAgent.h"
-#include "TerminalSession.h"
-
-#include "tests/support/SnmpTools.h"
+#include "ConsoleTerminal.h"
 
 #include <sys/stat.h>
 
 namespace {
 
-const std::string kPrompt = "vk> ";
-// The editor draws the prompt again as it likes; this one follows an answer.
-const std::string kNewPrompt = "\r\n" + kPrompt;
 const std::string kGreeting =
     "Type ? to list the commands, help COMMAND to explain one, q to end the agent.\r\n"
     "Try get 1.3.6.1.2.1.1.1.0 (sysDescr), set 1.3.6.1.2.1.1.4.0 4 me (sysContact).\r\n";
@@ -20,56 +14,6 @@ const std::string kUp = "\033[A";
 const std::string kDelete = "\033[3~";
 const std::string kBackspace = "\177";
 const std::string kClearRow = "\r\033[K";
-
-constexpr char Ctrl(char letter) { return static_cast<char>(letter & 0x1f); }
-
-class ConsoleTerminal : public testing::Test {
-protected:
-    // The environment of an operator who said nothing about languages.
-    Arguments Command(const Arguments& options = {}, const std::string& terminal = "xterm") const
-    {
-        Arguments line{"env",
-                       "-u",
-                       "LANG",
-                       "-u",
-                       "LC_ALL",
-                       "-u",
-                       "LC_CTYPE",
-                       "TERM=" + terminal,
-                       "XDG_STATE_HOME=" + directory.Path()};
-        const Arguments agent{VKAGENTD,    "--store",         store,
-                              "--listen",  "udp:127.0.0.1:0", "--community",
-                              "public:ro", "--community",     "private:rw"};
-        line.insert(line.end(), agent.begin(), agent.end());
-        line.insert(line.end(), options.begin(), options.end());
-        return line;
-    }
-
-    // Reads the line that says where, and up to the prompt.
-    std::string Start(TerminalSession& session) const
-    {
-        std::string address = ReadyOn(session);
-        session.Until(kNewPrompt);
-        return address;
-    }
-    static std::string ReadyOn(TerminalSession& session)
-    {
-        EXPECT_TRUE(session.Shows("vkagentd: ready on "));
-        std::string line = session.Until("\r\n");
-        return line.substr(0, line.size() - 2);
-    }
-
-    Outcome Ask(const std::string& address, const std::string& tool, const std::string& community,
-                const Arguments& rest) const
-    {
-        return tools.Ask(address, tool, "2c", community, rest);
-    }
-
-    TempDir directory;
-    std::string store = directory.File("store.db");
-    std::string history = directory.File("vkagentd/history");
-    SnmpTools tools;
-};
 
 } // namespace
 
@@ -203,7 +147,8 @@ TEST_F(ConsoleTerminal, TheEndOfInputEndsTheAgentOnAnEmptyLineOnly)
 
 TEST_F(ConsoleTerminal, EverySignalThatEndsTheAgentLeavesTheTerminalAsItWas)
 {
-    for (int number : {SIGTERM, SIGINT, SIGHUP, SIGABRT, SIGQUIT, SIGBUS}) {
+    for (int number :
+         {SIGTERM, SIGINT, SIGHUP, SIGABRT, SIGQUIT, SIGBUS, SIGUSR1, SIGALRM, SIGXCPU, SIGRTMAX}) {
         SCOPED_TRACE(number);
         TerminalSession session(Command());
         Start(session);
@@ -216,6 +161,89 @@ TEST_F(ConsoleTerminal, EverySignalThatEndsTheAgentLeavesTheTerminalAsItWas)
         EXPECT_TRUE(clean ? status == 0 : status > 0) << status;
         EXPECT_TRUE(session.IsAsAtFirst());
     }
+}
+
+TEST_F(ConsoleTerminal, TheQuitKeyKillsTheAgentAndLeavesTheTerminalAsItWas)
+{
+    TerminalSession session(Command());
+    Start(session);
+    session.Type({Ctrl('\\')});
+    EXPECT_EQ(session.Wait(), 128 + SIGQUIT);
+    EXPECT_TRUE(session.IsAsAtFirst());
+}
+
+TEST_F(ConsoleTerminal, AnIgnoredSignalStaysIgnored)
+{
+    Arguments line{"sh", "-c", "trap '' QUIT USR1; exec \"$@\"", "sh"};
+    for (const std::string& word : Command())
+        line.push_back(word);
+    TerminalSession session(line);
+    Start(session);
+    for (int number : {SIGQUIT, SIGUSR1}) {
+        kill(session.Pid(), number);
+        session.Pause();
+        EXPECT_FALSE(session.IsAsAtFirst());
+        session.Type("help get\r");
+        EXPECT_TRUE(session.Shows("get: Get\r\n" + kPrompt));
+    }
+}
+
+TEST_F(ConsoleTerminal, AHangUpEndsTheAgentAndRunsNoHalfLine)
+{
+    TerminalSession session(Command());
+    Start(session);
+    session.Type("help set\r");
+    session.Until(kNewPrompt);
+    session.Type("set 1.3.6.1.2.1.1.4.0 4 half");
+    session.Until("half");
+    session.HangUp();
+    EXPECT_EQ(session.Wait(), 0);
+    EXPECT_NE(ReadFile(history).find("set"), std::string::npos);
+    TerminalSession next(Command());
+    Start(next);
+    next.Type("get 1.3.6.1.2.1.1.4.0\r");
+    EXPECT_TRUE(next.Shows("= Mr. Qwin\r\n"));
+}
+
+TEST_F(ConsoleTerminal, AStoppedOutputHoldsUpNeitherTheWireNorTheEnd)
+{
+    TerminalSession session(Command());
+    std::string address = Start(session);
+    const Arguments set{oid::kSysContact, "s", "x"};
+    session.StopOutput();
+    session.Type("help get\r");
+    EXPECT_NE(Ask(address, "snmpset", "public", set).output.find("noAccess"), std::string::npos)
+        << "refused, and that is logged";
+    EXPECT_EQ(Ask(address, "snmpget", "public", {oid::kSysDescr}).status, 0);
+    session.ResumeOutput();
+    EXPECT_TRUE(session.Shows("get: Get\r\n"));
+    Ask(address, "snmpset", "public", set);
+    EXPECT_TRUE(session.Shows(" (1 before it were not logged)\r\n"));
+    session.StopOutput();
+    EXPECT_EQ(session.Kill(SIGTERM), 0);
+    EXPECT_TRUE(session.IsAsAtFirst());
+}
+
+TEST_F(ConsoleTerminal, PastedLinesRunOneAfterTheOther)
+{
+    TerminalSession session(Command());
+    Start(session);
+    session.Type("help get\nhelp set\r\nget 1.3.6.1.2.1.1.1.0\nq\nhelp getnext\n");
+    EXPECT_TRUE(session.Shows("get: Get\r\n"));
+    EXPECT_TRUE(session.Shows("set: Set\r\n"));
+    EXPECT_TRUE(session.Shows(kDescr));
+    EXPECT_EQ(session.Wait(), 0);
+}
+
+TEST_F(ConsoleTerminal, WhatIsTypedAheadOfTheEndIsForWhoReadsNext)
+{
+    Arguments line{"sh", "-c", "\"$@\"; read answer; echo \"[$answer]\"", "sh"};
+    for (const std::string& word : Command())
+        line.push_back(word);
+    TerminalSession session(line);
+    Start(session);
+    session.Type("q\rnext\r");
+    EXPECT_TRUE(session.Shows("[next]\r\n"));
 }
 
 TEST_F(ConsoleTerminal, TheInterruptKeyEndsTheAgent)
@@ -265,6 +293,14 @@ TEST_F(ConsoleTerminal, WhatIsTypedMayBeOfAnyLanguage)
     }
 }
 
+TEST_F(ConsoleTerminal, BytesThatAreNoCharacterTakeNoOtherWithThem)
+{
+    TerminalSession session(Command());
+    Start(session);
+    session.Type("help \xff\xc5g\xe2\x82" + std::string("et\r"));
+    EXPECT_TRUE(session.Shows("get: Get\r\n" + kPrompt));
+}
+
 TEST_F(ConsoleTerminal, AValueDoesNotMoveTheCursor)
 {
     TerminalSession session(Command());
@@ -302,12 +338,29 @@ TEST_F(ConsoleTerminal, WithoutATerminalForTheAnswersThereIsNeitherPromptNorEdit
 
 TEST_F(ConsoleTerminal, ATerminalThatCanDoNothingStillHasItsConsole)
 {
-    TerminalSession session(Command({}, "dumb"));
-    Start(session);
-    session.Type("help get\r");
-    EXPECT_TRUE(session.Shows("get: Get\r\n" + kPrompt));
-    session.Type({Ctrl('D')});
-    EXPECT_EQ(session.Wait(), 0);
+    for (const char* terminal : {"dumb", "unheard-of", ""}) {
+        SCOPED_TRACE(terminal);
+        TerminalSession session(Command({}, terminal));
+        Start(session);
+        session.Type("help get\r");
+        EXPECT_TRUE(session.Shows("get: Get\r\n" + kPrompt));
+        session.Type({Ctrl('D')});
+        EXPECT_EQ(session.Wait(), 0);
+    }
+}
+
+TEST_F(ConsoleTerminal, AnyTerminalOnStandardInputHasAConsole)
+{
+    int master = -1;
+    int slave = -1;
+    ASSERT_EQ(openpty(&master, &slave, nullptr, nullptr, nullptr), 0);
+    const std::string lines = "help get\nq\n";
+    EXPECT_EQ(write(master, lines.data(), lines.size()), static_cast<ssize_t>(lines.size()));
+    Outcome outcome = RunToEnd(Command(), {slave, directory.File("log")}); // not of its session
+    close(master);
+    close(slave);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output, "get: Get\n");
 }
 
 TEST_F(ConsoleTerminal, ANarrowedTerminalShowsTheLineAgain)
@@ -320,80 +373,4 @@ TEST_F(ConsoleTerminal, ANarrowedTerminalShowsTheLineAgain)
     EXPECT_TRUE(session.Shows(kPrompt + "help get"));
     session.Type("\r");
     EXPECT_TRUE(session.Shows("get: Get\r\n"));
-}
-
-namespace {
-
-// The agent as a job of an interactive shell.
-class ConsoleJob : public ConsoleTerminal {
-protected:
-    std::string CommandText() const
-    {
-        std::string text;
-        for (const std::string& word : Command())
-            text += "'" + word + "' ";
-        return text;
-    }
-    static Arguments Shell()
-    {
-        return {"env", "PS1=shell$ ", "bash", "--norc", "--noprofile", "-i"};
-    }
-};
-
-} // namespace
-
-TEST_F(ConsoleJob, InTheBackgroundItServesWithoutAConsoleUntilItComesBack)
-{
-    TerminalSession session(Shell());
-    session.Until("shell$ ");
-    session.Type(CommandText() + "\r");
-    session.Until("\n");
-    std::string address = Start(session);
-    session.Type("help g");
-    session.Pause();
-    session.Type({Ctrl('Z')});
-    EXPECT_TRUE(session.Shows("Stopped"));
-    session.Until("shell$ ");
-    session.Type("bg\r");
-    session.Until("shell$ ");
-    EXPECT_EQ(Ask(address, "snmpget", "public", {oid::kSysDescr}).status, 0);
-    session.Type("echo still $((40 + 2))\r");
-    EXPECT_TRUE(session.Shows("still 42\r\n")) << "what is typed is the shell's";
-    session.Type("fg\r");
-    EXPECT_TRUE(session.Shows(kPrompt + "help g"));
-    session.Type("et\r");
-    EXPECT_TRUE(session.Shows("get: Get\r\n" + kPrompt));
-    session.Type("q\r");
-    EXPECT_TRUE(session.Shows("shell$ "));
-    session.Type("echo status $?\r");
-    EXPECT_TRUE(session.Shows("status 0\r\n"));
-}
-
-TEST_F(ConsoleJob, ASignalEndsItInTheBackgroundToo)
-{
-    TerminalSession session(Shell());
-    session.Until("shell$ ");
-    session.Type(CommandText() + "\r");
-    session.Until("\n");
-    Start(session);
-    session.Type({Ctrl('Z')});
-    session.Until("shell$ ");
-    session.Type("bg\r");
-    session.Until("shell$ ");
-    session.Type("kill %1; wait %1; echo status $?\r");
-    EXPECT_TRUE(session.Shows("status 0\r\n"));
-}
-
-TEST_F(ConsoleJob, StartedInTheBackgroundItHasNoConsole)
-{
-    TerminalSession session(Shell());
-    session.Until("shell$ ");
-    session.Type(CommandText() + "&\r");
-    session.Until("\n");
-    std::string address = ReadyOn(session);
-    EXPECT_EQ(Ask(address, "snmpget", "public", {oid::kSysDescr}).status, 0);
-    session.Type("echo still $((40 + 2))\r");
-    EXPECT_TRUE(session.Shows("still 42\r\n"));
-    session.Type("kill %1; wait %1; echo status $?\r");
-    EXPECT_TRUE(session.Shows("status 0\r\n"));
 }

@@ -89,6 +89,17 @@ TEST_F(Console, TheLastLineNeedsNoNewline)
     EXPECT_EQ(Answers("help get\nq"), "get: Get\n");
 }
 
+TEST_F(Console, AWriterMayRestInTheMiddleOfALine)
+{
+    PipedAgent agent(store);
+    agent.Type("help get\nhelp ");
+    EXPECT_EQ(agent.Line(), "get: Get");
+    agent.Type("se");
+    EXPECT_TRUE(VLK::Eventually([&] { return agent.Unread() == 0; }));
+    agent.Type("t\n");
+    EXPECT_EQ(agent.Line(), "set: Set");
+}
+
 TEST_F(Console, QuitLeavesWhatFollowsUnrun)
 {
     EXPECT_EQ(Answers("help get\nq\n" + SetContact("late")), "get: Get\n");

@@ -55,31 +55,28 @@ public:
             ADD_FAILURE() << "the terminal takes no more keys";
     }
 
-    // What comes up to the text and with it; without the text, all that comes
-    // in ten seconds.
+    // What comes up to the text and with it. It fails the test when nothing more
+    // comes for long, and no text.
     std::string Until(const std::string& text)
     {
-        for (;;) {
-            size_t at = m_shown.find(text);
-            if (at != m_shown.npos) {
-                std::string upTo = m_shown.substr(0, at + text.size());
-                m_shown.erase(0, upTo.size());
-                return upTo;
-            }
-            if (!ReadMore(10000))
+        size_t at = 0;
+        while ((at = m_shown.find(text)) == m_shown.npos) {
+            if (!ReadMore(30000)) {
+                ADD_FAILURE() << "'" << text << "' is not in '" << m_shown << "'";
                 return std::exchange(m_shown, "");
+            }
         }
+        std::string upTo = m_shown.substr(0, at + text.size());
+        m_shown.erase(0, upTo.size());
+        return upTo;
     }
     bool Shows(const std::string& text)
     {
         std::string shown = Until(text);
-        bool found = shown.size() >= text.size() &&
-                     shown.compare(shown.size() - text.size(), text.size(), text) == 0;
-        if (!found)
-            ADD_FAILURE() << "'" << text << "' is not in '" << shown << "'";
-        return found;
+        return shown.size() >= text.size() &&
+               shown.compare(shown.size() - text.size(), text.size(), text) == 0;
     }
-    // All that comes while nothing is typed.
+    // What comes in a while, for what must not come: a slow program passes.
     std::string Pause()
     {
         while (ReadMore(100)) {
@@ -107,7 +104,20 @@ public:
         return Wait();
     }
     pid_t Pid() const { return m_pid; }
+    // The job that has the terminal.
+    void KillForeground(int signalNumber) const { kill(-tcgetpgrp(m_master), signalNumber); }
+    // The line to the terminal is gone.
+    void HangUp()
+    {
+        for (int* end : {&m_slave, &m_master})
+            close(std::exchange(*end, -1));
+    }
+    // As an operator does by Ctrl-S and Ctrl-Q.
+    void StopOutput() const { tcflow(m_slave, TCOOFF); }
+    void ResumeOutput() const { tcflow(m_slave, TCOON); }
 
+    // From now on the settings of now are those at first.
+    void RememberSettings() { m_settings = Settings(); }
     bool IsAsAtFirst() const
     {
         termios now = Settings();

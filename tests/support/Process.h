@@ -49,7 +49,7 @@ public:
     Process& operator=(const Process&) = delete;
 
     // The next line without its end; empty at the end of the output or when
-    // none comes for ten seconds.
+    // none comes for long.
     std::string Line()
     {
         for (;;) {
@@ -107,7 +107,7 @@ private:
     bool ReadMore()
     {
         pollfd wait{m_output, POLLIN, 0};
-        if (poll(&wait, 1, 10000) != 1)
+        if (poll(&wait, 1, 30000) != 1)
             return false;
         char buffer[4096];
         ssize_t count = read(m_output, buffer, sizeof buffer);
