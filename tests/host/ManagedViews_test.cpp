@@ -1,6 +1,6 @@
 // The views of a running agent, as managers edit them with the installed tools, and
 // what others see at once.
-#include "RunningAgent.h"
+#include "ViewKills.h"
 
 #include "tests/support/ViewRows.h"
 
@@ -474,4 +474,13 @@ TEST_F(ManagedViews, TheSpinLockKeepsTwoManagersApart)
     const int restarted = std::stoi(Get(kLock));
     EXPECT_NE(restarted, last) << "it was read before the restart";
     EXPECT_NE(restarted, both) << "nor does it always start with the same";
+}
+
+TEST(ViewsUnderKills, NothingAcknowledgedIsLostAndNothingIsHalfDone)
+{
+    const unsigned seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    ViewKills kills(seed);
+    kills.Run(10);
+    EXPECT_GT(kills.Acknowledged(), 0);
 }

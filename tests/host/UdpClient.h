@@ -27,11 +27,11 @@ public:
                static_cast<ssize_t>(datagram.size());
     }
 
-    // Empty when nothing comes for ten seconds.
-    std::string Receive() const
+    // Empty when nothing comes for that long.
+    std::string Receive(int milliseconds = 10000) const
     {
         pollfd wait{m_socket, POLLIN, 0};
-        if (poll(&wait, 1, 10000) != 1)
+        if (poll(&wait, 1, milliseconds) != 1)
             return "";
         std::string datagram(65536, '\0');
         ssize_t count = recv(m_socket, datagram.data(), datagram.size(), 0);
