@@ -8,6 +8,9 @@ namespace VLK::host {
 
 namespace {
 
+// No message can hold a shorter identifier (X.690 section 8.19).
+constexpr unsigned kLeastArcs = 2;
+
 // SNMPv1 has no values of that kind (RFC 3584 section 3.2).
 bool HoldsCounter64(const BVarBindList& bindings)
 {
@@ -57,11 +60,12 @@ bool BSinkAgent::Fill(const BTrap& trap, SNotification& notification) const
     notification.upTime = m_upTime();
     notification.bindings = trap.Bindings();
     if (!trap.IsWhole() || notification.bindings.Count() != trap.Bindings().Count() ||
-        !trap.GetV2TrapOid(notification.trapOid))
+        !trap.GetV2TrapOid(notification.trapOid) || notification.trapOid.Length() < kLeastArcs)
         return false;
     return m_sink.protocol != eSnmpV1 ||
            (trap.GetV1TrapParams(notification.enterprise, notification.generic,
                                  notification.specific) &&
+            notification.enterprise.Length() >= kLeastArcs &&
             !HoldsCounter64(notification.bindings));
 }
 

@@ -43,15 +43,6 @@ int Word(BConfigTable& table, const char* key, const SWord (&words)[count], int 
     return standard;
 }
 
-bool IsThere(const std::vector<STrapSink>& sinks, const STrapSink& sink)
-{
-    return std::any_of(sinks.begin(), sinks.end(), [&](const STrapSink& known) {
-        return known.address.ToString() == sink.address.ToString() &&
-               known.community == sink.community && known.protocol == sink.protocol &&
-               known.isInform == sink.isInform;
-    });
-}
-
 } // namespace
 
 SConfiguration BConfigReader::Read(const toml::table& root)
@@ -155,6 +146,7 @@ void BConfigReader::ReadContexts(BConfigTable& root)
 void BConfigReader::ReadView(BConfigTable& table)
 {
     SView view;
+    m_subtrees.clear();
     std::optional<SText> name = Name(table, "name", true);
     ReadFamilies(table, "include", eFilterIncluded, view);
     ReadFamilies(table, "exclude", eFilterExcluded, view);
@@ -195,11 +187,7 @@ void BConfigReader::ReadSubtree(const SText& subtree, const std::optional<SText>
         Refuse(*mask, whyMask);
     if (!why.empty())
         return;
-    bool isTwice =
-        std::any_of(view.families.begin(), view.families.end(), [&](const SFamily& known) {
-            return known.subtree.Compare(family.subtree) == 0;
-        });
-    if (isTwice)
+    if (!m_subtrees.insert(family.subtree.ToString().c_str()).second)
         Refuse(subtree, "is twice in this view");
     view.families.push_back(std::move(family));
 }
@@ -414,7 +402,9 @@ void BConfigReader::ReadTrapSink(BConfigTable& table)
     }
     sink.security = SecurityOf(*known, sink.protocol);
     sink.context = BString(known->context.data(), static_cast<unsigned>(known->context.size()));
-    if (hasAddress && IsThere(m_made.trapSinks, sink))
+    if (hasAddress &&
+        !m_sinks.emplace(sink.address.ToString(), sink.community, sink.protocol, sink.isInform)
+             .second)
         Refuse(*address, "is a trapSink of this community, version and inform already");
     m_made.trapSinks.push_back(std::move(sink));
 }

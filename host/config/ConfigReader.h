@@ -5,6 +5,8 @@
 #include "host/config/Configuration.h"
 
 #include <map>
+#include <set>
+#include <tuple>
 #include <utility>
 
 namespace VLK::host {
@@ -50,6 +52,8 @@ private:
 
     BProblems& m_problems;
     SConfiguration m_made;
+    std::set<std::string> m_subtrees; // of the view that is read
+    std::set<std::tuple<std::string, std::string, int, bool>> m_sinks;
     CPlaces m_views;
     CPlaces m_groups;
     CPlaces m_communities;

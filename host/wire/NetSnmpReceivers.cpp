@@ -4,6 +4,7 @@
 #include "host/wire/Convert.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/eventfd.h>
@@ -36,6 +37,12 @@ void FindOwnAddress(const BTransportAddress& receiver, unsigned char (&own)[4])
     if (connect(probe.Get(), reinterpret_cast<sockaddr*>(&address), length) == 0 &&
         getsockname(probe.Get(), reinterpret_cast<sockaddr*>(&address), &length) == 0)
         std::memcpy(own, &address.sin_addr, sizeof own);
+}
+
+[[noreturn]] void CannotSend(const BTransportAddress& address, int systemError)
+{
+    std::string what = "cannot send to " + address.ToString();
+    throw BHostError(eExitUsage, systemError ? what + ": " + std::strerror(systemError) : what);
 }
 
 bool IsSame(const BTransportAddress& a, const BTransportAddress& b)
@@ -113,10 +120,11 @@ unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, SDelivery& delivery)
     link->delivery = &delivery;
     netsnmp_session settings;
     snmp_sess_init(&settings); // the wire library knows no transport before its first session
+    errno = 0;
     netsnmp_transport* transport =
         netsnmp_transport_open_client("snmptrap", receiver.address.ToString().c_str());
     if (!transport)
-        throw BHostError(eExitUsage, "cannot send to " + receiver.address.ToString());
+        CannotSend(receiver.address, errno);
     fcntl(transport->sock, F_SETFL, fcntl(transport->sock, F_GETFL) | O_NONBLOCK);
     link->descriptor = transport->sock;
 
@@ -131,7 +139,7 @@ unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, SDelivery& delivery)
     link->session =
         static_cast<session_list*>(snmp_sess_add(&settings, transport, nullptr, nullptr));
     if (!link->session)
-        throw BHostError(eExitUsage, "cannot send to " + receiver.address.ToString());
+        CannotSend(receiver.address, 0);
     m_links.push_back(std::move(link));
     return static_cast<unsigned>(m_links.size() - 1);
 }
@@ -218,8 +226,9 @@ void BNetSnmpReceivers::Send(SLink& link, SNotification&& notification)
             link.pending.pop_back();
         return;
     }
-    unsigned char own[4];
-    FindOwnAddress(link.receiver.address, own);
+    unsigned char own[4] = {};
+    if (link.receiver.protocol == eSnmpV1)
+        FindOwnAddress(link.receiver.address, own);
     netsnmp_pdu* pdu = MakeNotification(notification, link.receiver, own);
     bool isSent = pdu && snmp_sess_send(link.session, pdu);
     ++(isSent ? delivery.sent : delivery.failed);

@@ -214,6 +214,21 @@ TEST_F(HostAgents, WhatHasNoFormOfANotificationHasFailed)
         EXPECT_EQ(delivery->failed, 1u);
 }
 
+TEST_F(HostAgents, AnIdentifierThatNoMessageHoldsIsNotSent)
+{
+    agents.Start();
+    Receivers();
+    BVarBindList noEnterprise = OneBinding("1.3.6.1.6.3.1.1.4.3.0", BObjectSyntax());
+    gate.SendTrap(BTrapV2(MakeOid(kColdStart), noEnterprise), nullptr);
+    EXPECT_EQ(Receivers(), Numbers{0}) << "SNMPv1 would name nobody's enterprise";
+    gate.SendTrap(BTrapV2(MakeOid("1.17")), nullptr);
+    EXPECT_EQ(Receivers(), Numbers{0}) << "the enterprise would be 1";
+    gate.SendTrap(BTrapV2(MakeOid("1")), nullptr);
+    EXPECT_EQ(Receivers(), Numbers());
+    EXPECT_EQ(engine.deliveries[0]->failed, 1u);
+    EXPECT_EQ(engine.deliveries[1]->failed, 3u);
+}
+
 TEST_F(HostAgents, ASuspendedSinkIsGivenNothing)
 {
     agents.Start();

@@ -1,6 +1,8 @@
 // Notifications as their receivers see them, datagram by datagram.
 #include "host/wire/NetSnmpReceivers.h"
 
+#include "host/HostError.h"
+
 #include "Ber.h"
 #include "EngineTest.h"
 
@@ -8,6 +10,7 @@
 
 #include <arpa/inet.h>
 #include <chrono>
+#include <sys/resource.h>
 
 using namespace VLK;
 using namespace VLK::host;
@@ -160,6 +163,23 @@ TEST_F(NetSnmpReceivers, ATrapOfTheFirstVersionHasEnterpriseAddressNumbersAndTim
     EXPECT_EQ(pdu.Element(), ber::Bytes("\0\xee\x6b\x28\0", 5));
     EXPECT_EQ(pdu.Element(), Binding());
     EXPECT_TRUE(outer.Ok() && message.Ok() && pdu.Ok() && pdu.AtEnd());
+}
+
+TEST_F(NetSnmpReceivers, AReceiverThatNoSocketIsLeftForIsRefusedWithTheReason)
+{
+    Engine();
+    rlimit limit;
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    rlimit none{0, limit.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    std::string error;
+    try {
+        Add(eSnmpV2c);
+    } catch (const BHostError& refused) {
+        error = refused.what();
+    }
+    EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    EXPECT_EQ(error, "cannot send to " + listener.Address().ToString() + ": Too many open files");
 }
 
 TEST_F(NetSnmpReceivers, AnAcknowledgedInformIsNotSentAgain)

@@ -97,12 +97,33 @@ TEST_F(Vacm, GroupsHoldNamesTogetherWithTheirModel)
     EXPECT_EQ(groupOf(eModelAny, "bob"), "none");
 }
 
+TEST_F(Vacm, OfManyGroupsWithTheSameMemberTheFirstCounts)
+{
+    groups.clear();
+    for (int i = 0; i < 100; ++i)
+        groups.push_back({"g" + std::to_string(i), {{eModelV2c, "bob"}, {eModelV1, "bob"}}, {}});
+    for (int model : {eModelV1, eModelV2c}) {
+        SVacmDecision decision = Decide(model);
+        ASSERT_NE(decision.group, nullptr);
+        EXPECT_EQ(*decision.group, "g0");
+    }
+}
+
 TEST_F(Vacm, NamesAreComparedAsBytesInFullLength)
 {
     groups[0].members = {{eModelV1, std::string("bob\0x", 5)}};
     access = {Access("", false, eModelAny, eNoAuthNoPriv, "v")};
     AddRow(views, "v", "1.3");
     EXPECT_EQ(Answer(eModelV1), eVacmNoGroupName);
+}
+
+TEST_F(Vacm, APrefixThatIsLongerThanTheContextDoesNotFit)
+{
+    access = {{std::string("a\0", 2), true, eModelAny, eNoAuthNoPriv, {"v", "", ""}}};
+    AddRow(views, "v", "1.3");
+    EXPECT_EQ(Answer(eModelV1, "a"), eVacmNoAccessEntry) << "not by what lies behind it";
+    access[0].context = "a";
+    EXPECT_EQ(Answer(eModelV1, "a"), eVacmAllowed);
 }
 
 TEST_F(Vacm, AnEntryFitsByContextModelAndLevel)
@@ -224,6 +245,25 @@ TEST_F(Vacm, AViewWithoutANameOrWithoutActiveRowsIsNone)
         EXPECT_EQ(ViewOf(decision), access[0].views[type]);
         EXPECT_EQ(*decision.group, "g");
     }
+}
+
+TEST_F(Vacm, AViewWithoutANameIsNoneWhateverRowsThereAre)
+{
+    access = {Access("", false, eModelAny, eNoAuthNoPriv, "")};
+    AddRow(views, "", "1.3");
+    EXPECT_EQ(Answer(eModelV1), eVacmNoSuchView);
+    BVacm vacm(groups, contexts, views);
+    EXPECT_EQ(vacm.FindView(Security(1, "bob"), eViewRead, BString()).answer, eVacmNoSuchView);
+}
+
+TEST(SecurityModels, HaveTheNamesOfTheConfiguration)
+{
+    EXPECT_STREQ(NameOfModel(eModelAny), "any");
+    EXPECT_STREQ(NameOfModel(eModelV1), "SNMPv1");
+    EXPECT_STREQ(NameOfModel(eModelV2c), "SNMPv2c");
+    EXPECT_STREQ(NameOfModel(eModelUsm), "USM");
+    for (int model : {-1, 4, 256})
+        EXPECT_STREQ(NameOfModel(model), "another model") << model;
 }
 
 TEST_F(Vacm, AViewThatIsChangedCountsAtOnce)
