@@ -112,6 +112,8 @@ void BConfigReader::ReadListen(BConfigTable& root)
         BTransportAddress address;
         if (!ReadAddress(text, address))
             continue;
+        if (address.IsV6() && address.V4Bytes())
+            Refuse(text, "is IPv4: write it like udp:192.0.2.1:161");
         auto [known, isNew] = lines.insert({address.ToString(), text.place.line});
         if (!isNew && address.Port() != 0)
             Refuse(text, "is in line " + std::to_string(known->second) + " already");

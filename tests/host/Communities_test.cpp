@@ -65,6 +65,18 @@ TEST_F(Communities, NamesAreComparedAsBytesInFullLength)
         EXPECT_EQ(Admission(name), BCommunities::eUnknownCommunity) << name;
 }
 
+TEST_F(Communities, OfManyOfOneNameTheFirstCounts)
+{
+    std::vector<SCommunity> all;
+    for (int i = 0; i < 100; ++i)
+        all.push_back({"c", "s" + std::to_string(i), "", BNetwork::Anywhere()});
+    BCommunities::EAdmission admission;
+    BCommunities many(all);
+    const SRequester* requester = many.Admit("c", From("udp:127.0.0.1:5"), admission);
+    ASSERT_TRUE(requester);
+    EXPECT_STREQ(requester->v1.securityName.c_str(), "s0");
+}
+
 TEST_F(Communities, ARequestMayComeFromItsCommunitysSources)
 {
     EXPECT_EQ(Admission("touch", "udp:10.0.0.1:5"), BCommunities::eAdmitted);

@@ -51,6 +51,9 @@ const std::vector<SMistake> kTopMistakes = {
       "f:2: agentAddress '' is neither udp:IP:PORT nor udp6:[IP]:PORT"}},
     {"agentAddress = [\"udp6:[::1]:161\",\n \"udp6:[0::1]:161\"]\n",
      {"f:2: agentAddress 'udp6:[0::1]:161' is in line 1 already"}},
+    {"agentAddress = \"udp6:[::ffff:192.0.2.1]:161\"\n",
+     {"f:1: agentAddress 'udp6:[::ffff:192.0.2.1]:161' is IPv4: write it like "
+      "udp:192.0.2.1:161"}},
     {"store = 1\n", {"f:1: store '1' is no text"}},
     {"store = \"\"\n", {"f:1: store '' does not begin with '/'"}},
     {"store = \"store.db\"\n", {"f:1: store 'store.db' does not begin with '/'"}},

@@ -133,6 +133,15 @@ TEST_F(SeededViews, ThenTheStoreCountsAndTheLogSaysSo)
                             "; --reset-store returns to the file\n");
 }
 
+TEST_F(SeededViews, WithoutAFileThereIsNoneToDifferFrom)
+{
+    ManagerShowsObjectIdInstead();
+    RunningAgent agent(store);
+    ASSERT_TRUE(agent.IsReady()) << agent.FirstLine();
+    EXPECT_EQ(agent.Earlier(), "");
+    EXPECT_EQ(agent.Kill(SIGTERM), 0);
+}
+
 TEST_F(SeededViews, AViewThatAManagerEmptiedStaysEmpty)
 {
     ManagerSets({{"1.3.6.1.2.1.1.1", "6"}});
