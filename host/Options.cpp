@@ -72,8 +72,8 @@ SLine::SLine(SOptions& options)
         ->allow_extra_args(false);
     app.add_option("--community", communities,
                    "Answer under NAME, read-only (ro) or read-write (rw), from anywhere, beside "
-                   "the communities configured; may be repeated. Without any, and without "
-                   "--config, 'public' reads the system group, from this machine only")
+                   "the communities configured; may be repeated. Without any, here and in the "
+                   "configuration, 'public' reads the system group, from this machine only")
         ->type_name("NAME:ro|rw")
         ->allow_extra_args(false);
     store = app.add_option("--store", options.store,
