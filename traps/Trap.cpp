@@ -3,26 +3,11 @@
 
 #include <utility>
 
+#include "values/WholeCopy.h"
+
 namespace VLK {
 
 namespace {
-
-// A copy without memory is shorter.
-bool IsCopyOf(const BVarBind& copy, const BVarBind& original)
-{
-    return copy.Name().Length() == original.Name().Length() &&
-           copy.Value().Syntax() == original.Value().Syntax() &&
-           copy.Value().Octets().Length() == original.Value().Octets().Length() &&
-           copy.Value().ObjectId().Length() == original.Value().ObjectId().Length();
-}
-
-bool IsCopyOf(const BVarBindList& copy, const BVarBindList& original)
-{
-    bool isCopy = copy.Count() == original.Count();
-    for (int i = 0; isCopy && i < static_cast<int>(copy.Count()); ++i)
-        isCopy = IsCopyOf(copy[i], original[i]);
-    return isCopy;
-}
 
 // Unlike an assignment this leaves `to` as it was when there is no memory.
 bool CopyTo(BObjectIdentifier& to, const BObjectIdentifier& from)
@@ -36,10 +21,7 @@ bool CopyTo(BObjectIdentifier& to, const BObjectIdentifier& from)
 
 } // namespace
 
-BTrap::BTrap(const BVarBindList& bindings)
-    : m_bindings(bindings), m_isWhole(IsCopyOf(m_bindings, bindings))
-{
-}
+BTrap::BTrap(const BVarBindList& bindings) : m_isWhole(CopyWhole(m_bindings, bindings)) {}
 
 BTrap::~BTrap() = default;
 

@@ -200,6 +200,17 @@ TEST_F(AgentCommands, AnAgentThatThrowsHasNoParameters)
               Run("agparams", {}));
 }
 
+TEST_F(AgentCommands, ANulDoesNotEndNamesOrParameters)
+{
+    a.params = std::string("p\0q", 3);
+    const std::string name("n\0m", 3);
+    ASSERT_EQ(0, agents.Register(BString(name.data(), 3), &a));
+    EXPECT_EQ(Texts{"Registered agents:\n 1. " + name + "\n\n"}, Run("agents", {}));
+    EXPECT_EQ(Texts{"*** " + name + "\n" + a.params + "\n"}, Run("agparams", {name}));
+    EXPECT_EQ(Texts{"Unknown agent 'n'\n"}, Run("agparams", {"n"}));
+    EXPECT_EQ(Texts{"Unknown agent '" + name + name + "'\n"}, Run("agparams", {name + name}));
+}
+
 TEST_F(AgentCommands, LongNamesAndParametersAreWrittenWhole)
 {
     const std::string name(3000, 'n');

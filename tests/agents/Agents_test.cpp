@@ -2,9 +2,12 @@
 #include "tests/agents/RecordingAgent.h"
 #include "tests/support/Oids.h"
 
+#include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
+#include <vector>
 #include <vkmibh/timer.h>
 
 namespace VLK {
@@ -101,8 +104,10 @@ TEST_F(Agents, ANameIsRegisteredOnce)
 TEST_F(Agents, AnAgentIsRegisteredUnderOneName)
 {
     RegisterThree();
-    for (const char* name : {"", "aa", "z"})
-        EXPECT_EQ(kAgentRegistered, agents.Register(name, &b)) << name;
+    for (RecordingAgent* agent : {&a, &b, &c}) {
+        for (const char* name : {"", "aa", "z"})
+            EXPECT_EQ(kAgentRegistered, agents.Register(name, agent)) << name;
+    }
     EXPECT_EQ("abc", Names());
     EXPECT_EQ(nullptr, agents.GetAgent("z"));
 }
@@ -282,6 +287,48 @@ TEST_F(Agents, StartRecordsTheStartTimeBeforeItStartsThem)
     }
     EXPECT_EQ(0, agents.Start());
     EXPECT_LT(reader.seen, 99000u);
+}
+
+// Sends nothing, on many threads at once.
+class CountingAgent : public BAgent {
+public:
+    int SendTrap(const BTrap&, int) override { return ++traps, 0; }
+    int Init(int) override { return 0; }
+    int Suspend(int) override { return 0; }
+    int Resume(int) override { return 0; }
+    int Start(int) override { return 0; }
+    int Stop(int) override { return 0; }
+    BString GetParams() override { return BString(); }
+    std::atomic<int> traps{0};
+};
+
+TEST(AgentsOfManyThreads, SendTrapsAndAreAskedSideBySide)
+{
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 500;
+    BTime time;
+    BAgents agents(time);
+    CountingAgent one;
+    CountingAgent two;
+    ASSERT_EQ(0, agents.Register("one", &one));
+    ASSERT_EQ(0, agents.Register("two", &two));
+    const BTrapV2 trap(MakeOid("1.3.6.1.6.3.1.1.5.1"));
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < kRounds; ++round) {
+                agents.SendTrap(trap, nullptr);
+                agents.SendTrap(trap, "two");
+                ASSERT_EQ(&one, agents.GetAgent("one"));
+                ASSERT_EQ(&two, agents.AgentAt(1));
+                ASSERT_EQ(2, agents.GetNumAgents());
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(kThreads * kRounds, one.traps);
+    EXPECT_EQ(2 * kThreads * kRounds, two.traps);
 }
 
 TEST(AgentsWithoutAny, StartRecordsTheStartTimeToo)

@@ -78,9 +78,9 @@ TEST(FilterTableMemory, FilterTakesNone)
 TEST(FilterTableMemory, IndexesAreMadeWholeOrLeftAsTheyWere)
 {
     const BString name("a name of more than sixteen characters");
-    for (const char* dotted : {"", "1.3.6.1.4.1"}) {
+    for (const unsigned arcs : {0u, 6u, 20u}) { // the name's storage has no room for the last
         for (const bool implied : {false, true}) {
-            const BObjectIdentifier subtree = MakeOid(dotted);
+            const BObjectIdentifier subtree = MakeOid(Arcs(arcs, 1));
             BObjectIdentifier index;
             ASSERT_TRUE(BFilterTable::MakeIndex(name, subtree, implied, index));
             SweepAllocations([] { return MakeOid("7"); },
@@ -166,6 +166,28 @@ TEST(FilterTableMemory, LoadingTellsOfARowThatWasLost)
                          for (int i = 0; i < static_cast<int>(table->Count()); ++i)
                              EXPECT_EQ(MakeOid("1.3"), table->RowAt(i)->subtree);
                      });
+}
+
+TEST(FilterTableMemory, ARowThatWasLostDoesNotKeepTheOthersOut)
+{
+    UnlimitedStore store;
+    int lost = 0;
+    for (int granted = 0;; ++granted) {
+        SCOPED_TRACE(granted);
+        const auto table = MakeTable(&store);
+        bool failed = false;
+        bool isLoaded = false;
+        {
+            const FailingAlloc fail(granted, FailingAlloc::eNextOnly);
+            isLoaded = table->InitFromNV(false);
+            failed = fail.Failed();
+        }
+        EXPECT_EQ(isLoaded ? 2u : 1u, table->Count());
+        lost += !isLoaded;
+        if (!failed)
+            break;
+    }
+    EXPECT_GE(lost, 6) << "index, row and its columns, of both";
 }
 
 // Notes only the numbers of what it is given.

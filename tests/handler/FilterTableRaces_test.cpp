@@ -1,9 +1,11 @@
 // View filter tables asked by many threads while others change them. Under
 // ThreadSanitizer this finds what a plain run may not.
 #include "tests/support/FakeStore.h"
+#include "tests/support/Threads.h"
 #include "tests/support/ViewRows.h"
 
 #include <atomic>
+#include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <thread>
@@ -119,6 +121,64 @@ TEST_F(FilterTableRaces, EightThreadsAskWhileRowsAreSaved)
         changes.join();
     });
     EXPECT_EQ(10u, store.records[kSection].size());
+}
+
+TEST(FilterTableLock, EveryOperationWaitsForIt)
+{
+    FakeStore store;
+    BFilterTable table(&store, kSection);
+    const BObjectIdentifier index = MakeOid("1.118.2.1.3");
+    ASSERT_TRUE(Insert(table, {"v", "1.3"}));
+    const BFilterTable::Entry* const row = table.RowAt(0);
+    BObjectIdentifier next;
+    struct {
+        const char* name;
+        std::function<void()> run;
+    } const operations[] = {
+        {"Insert",
+         [&] {
+             Insert(table, {"w", "1.3"});
+         }},
+        {"Insert under an index",
+         [&] {
+             table.Insert(MakeOid("9"), NewRow({"w", "1.4"}));
+         }},
+        {"Remove", [&] { delete table.Remove(index); }},
+        {"Clear", [&] { table.Clear(); }},
+        {"InitFromNV", [&] { table.InitFromNV(false); }},
+        {"SaveToNV", [&] { table.SaveToNV(); }},
+        {"Filter", [&] { table.Filter("v", MakeOid("1.3.6")); }},
+        {"GetRow", [&] { table.GetRow("v", MakeOid("1.3"), false); }},
+        {"GetRow by index", [&] { table.GetRow(index); }},
+        {"GetLastRowWithViewName", [&] { table.GetLastRowWithViewName("v"); }},
+        {"GetPrevRowWithSameViewName", [&] { table.GetPrevRowWithSameViewName(row); }},
+        {"Count", [&] { table.Count(); }},
+        {"RowAt", [&] { table.RowAt(0); }},
+        {"NextIndex", [&] { table.NextIndex(index, next); }},
+    };
+    constexpr unsigned kOperations = sizeof operations / sizeof operations[0];
+    std::atomic<unsigned> begun{0};
+    std::atomic<bool> isDone[kOperations] = {};
+    std::vector<std::thread> threads;
+    {
+        TMutexLock lock(table.Mutex());
+        for (unsigned i = 0; i < kOperations; ++i) {
+            threads.emplace_back([&, i] {
+                ++begun;
+                operations[i].run();
+                isDone[i] = true;
+            });
+        }
+        EXPECT_TRUE(Eventually([&] { return begun == kOperations; }));
+        GiveOthersTime();
+        for (unsigned i = 0; i < kOperations; ++i)
+            EXPECT_FALSE(isDone[i]) << operations[i].name;
+        EXPECT_EQ(1u, table.Count());
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    for (unsigned i = 0; i < kOperations; ++i)
+        EXPECT_TRUE(isDone[i]) << operations[i].name;
 }
 
 // Has a lock of its own, and calls back with it held.

@@ -30,6 +30,18 @@ FakeStore::Record GoodRecord(const std::string& key = "1", const std::string& vi
              {6, "number:1"}}};
 }
 
+// Whether the table's lock is free.
+bool AnotherThreadGetsIn(BFilterTable& table)
+{
+    int result = eWaitTimeout;
+    std::thread([&]() VKMIBH_TSA(no_thread_safety_analysis) {
+        result = table.Mutex().Wait(0);
+        if (result == eWaitDone)
+            table.Mutex().Done();
+    }).join();
+    return result == eWaitDone;
+}
+
 class FilterTableStore : public ::testing::Test {
 protected:
     FakeStore store;
@@ -41,17 +53,6 @@ protected:
         for (unsigned i = 0; i < table.Count(); ++i)
             rows.push_back(Shown(table.RowAt(static_cast<int>(i))));
         return rows;
-    }
-    // Whether the table's lock is free.
-    bool AnotherThreadGetsIn()
-    {
-        int result = eWaitTimeout;
-        std::thread([&]() VKMIBH_TSA(no_thread_safety_analysis) {
-            result = table.Mutex().Wait(0);
-            if (result == eWaitDone)
-                table.Mutex().Done();
-        }).join();
-        return result == eWaitDone;
     }
 };
 
@@ -260,6 +261,53 @@ TEST_F(FilterTableStore, ARecordThatCannotBeReadIsSkipped)
     }
 }
 
+// Gives what a field holds, and yet says that it cannot.
+class FailingStore : public FakeStore {
+public:
+    int GetStringAt(const char* section, int position, BString& value, int field) override
+    {
+        return FakeStore::GetStringAt(section, position, value, field) | ResultOf(position, field);
+    }
+    int GetOidAt(const char* section, int position, BObjectIdentifier& value, int field) override
+    {
+        return FakeStore::GetOidAt(section, position, value, field) | ResultOf(position, field);
+    }
+    int GetOctetsAt(const char* section, int position, BOctetString& value, int field) override
+    {
+        return FakeStore::GetOctetsAt(section, position, value, field) | ResultOf(position, field);
+    }
+    int GetIntAt(const char* section, int position, int& value, int field) override
+    {
+        return FakeStore::GetIntAt(section, position, value, field) | ResultOf(position, field);
+    }
+    int failingField = 0; // of record 1
+    int result = 0;
+
+private:
+    int ResultOf(int position, int field) const
+    {
+        return position == 1 && field == failingField ? result : 0;
+    }
+};
+
+TEST(FilterTableStoreResults, AnythingButZeroIsAFieldThatCannotBeRead)
+{
+    FailingStore failing;
+    BFilterTable table(&failing, kSection);
+    failing.records[kSection] = {GoodRecord("1", "a"), GoodRecord("2", "b"), GoodRecord("3", "c")};
+    EXPECT_TRUE(table.InitFromNV(false));
+    EXPECT_EQ(3u, table.Count());
+    for (failing.failingField = 1; failing.failingField <= 6; ++failing.failingField) {
+        for (const int result : {1, -1}) {
+            SCOPED_TRACE(failing.failingField * result);
+            failing.result = result;
+            EXPECT_TRUE(table.InitFromNV(false));
+            EXPECT_EQ(2u, table.Count());
+            EXPECT_EQ(nullptr, table.GetLastRowWithViewName("b"));
+        }
+    }
+}
+
 TEST_F(FilterTableStore, NothingOfASkippedRecordGoesIntoTheNext)
 {
     FakeStore::Record record = GoodRecord("1", "bad", "1.9.9");
@@ -341,12 +389,12 @@ TEST_F(FilterTableStore, AStoreThatThrowsCannotBeRead)
         store.throwOn = call;
         EXPECT_TRUE(table.InitFromNV(false));
         EXPECT_EQ((std::vector<std::string>{"a 1.3", "c 1.3"}), Rows());
-        EXPECT_TRUE(AnotherThreadGetsIn());
+        EXPECT_TRUE(AnotherThreadGetsIn(table));
     }
     store.throwOn = "GetRecordCount views";
     EXPECT_FALSE(table.InitFromNV(false));
     EXPECT_EQ(0u, table.Count());
-    EXPECT_TRUE(AnotherThreadGetsIn());
+    EXPECT_TRUE(AnotherThreadGetsIn(table));
 }
 
 TEST_F(FilterTableStore, AStoreThatThrowsAtARowGetsTheOthers)
@@ -361,7 +409,7 @@ TEST_F(FilterTableStore, AStoreThatThrowsAtARowGetsTheOthers)
         const FakeStore::Record& last = store.records[kSection].back();
         EXPECT_EQ("2", last.key);
         EXPECT_EQ(6u, last.fields.size());
-        EXPECT_TRUE(AnotherThreadGetsIn());
+        EXPECT_TRUE(AnotherThreadGetsIn(table));
     }
 }
 
@@ -372,16 +420,22 @@ TEST_F(FilterTableStore, NothingIsWrittenBesideRecordsThatWereNotDropped)
     store.throwOn = "OpenSection views";
     EXPECT_FALSE(table.SaveToNV());
     EXPECT_EQ(Records{GoodRecord("1", "old")}, store.records[kSection]);
-    EXPECT_TRUE(AnotherThreadGetsIn());
+    EXPECT_TRUE(AnotherThreadGetsIn(table));
 }
 
-// Asks something of the table whenever it is told to open its section.
+// Asks something of the table whenever it is told to open its section, and when
+// it is asked how many records it has.
 class AskingStore : public FakeStore {
 public:
     void OpenSection(const char* section) override
     {
         FakeStore::OpenSection(section);
         ask();
+    }
+    int GetRecordCount(const char* section) override
+    {
+        ask();
+        return FakeStore::GetRecordCount(section);
     }
     std::function<void()> ask;
 };
@@ -391,17 +445,20 @@ TEST(FilterTableStoreLock, IsHeldWhileTheStoreIsCalledAndLetsItsThreadInAgain)
     AskingStore asking;
     BFilterTable table(&asking, kSection);
     ASSERT_TRUE(Insert(table, {"v", "1.3"}));
-    int others = -1;
-    bool own = false;
+    unsigned own = 77;
+    bool others = true;
     asking.ask = [&] {
-        own = table.Filter("v", MakeOid("1.3.6"));
-        std::thread([&]() VKMIBH_TSA(no_thread_safety_analysis) {
-            others = table.Mutex().Wait(0);
-        }).join();
+        own = table.Count();
+        others = AnotherThreadGetsIn(table);
     };
     EXPECT_TRUE(table.SaveToNV());
-    EXPECT_TRUE(own);
-    EXPECT_EQ(eWaitTimeout, others);
+    EXPECT_EQ(1u, own);
+    EXPECT_FALSE(others);
+    others = true;
+    EXPECT_TRUE(table.InitFromNV(false));
+    EXPECT_EQ(0u, own) << "the rows are deleted before";
+    EXPECT_FALSE(others);
+    EXPECT_EQ(1u, table.Count());
 }
 
 } // namespace

@@ -122,16 +122,20 @@ TEST_F(TrapMapping, LeavesItsResultsAsTheyWereButForTheGenericNumber)
 
 TEST_F(TrapMapping, LeavesTheNotificationAsItWas)
 {
-    const BObjectIdentifier enterprise = MakeOid(Arcs(20, 1));
-    for (const ESNMPv1TrapType generic : {eTrapLinkUp, eTrapEnterpriseSpecific}) {
-        SweepAllocations([] { return MakeOid("7.7"); },
-                         [&](BObjectIdentifier& trapOid) {
-                             return oids.V1ToV2(enterprise, generic, 5, trapOid);
-                         },
-                         [&](BObjectIdentifier& trapOid, bool done) {
-                             EXPECT_EQ(done, trapOid != MakeOid("7.7"));
-                             EXPECT_TRUE(!done || generic == eTrapLinkUp || trapOid.Length() == 22);
-                         });
+    // Room is taken for the enterprise, for the zero after it, for the last arc.
+    for (const unsigned arcs : {20u, 16u, 15u}) {
+        const BObjectIdentifier enterprise = MakeOid(Arcs(arcs, 1));
+        const std::string expected[] = {"1.3.6.1.6.3.1.1.5.4", TextOf(enterprise) + ".0.5"};
+        for (const ESNMPv1TrapType generic : {eTrapLinkUp, eTrapEnterpriseSpecific}) {
+            const std::string& whole = expected[generic == eTrapEnterpriseSpecific];
+            SweepAllocations([] { return MakeOid("7.7"); },
+                             [&](BObjectIdentifier& trapOid) {
+                                 return oids.V1ToV2(enterprise, generic, 5, trapOid);
+                             },
+                             [&](BObjectIdentifier& trapOid, bool done) {
+                                 EXPECT_EQ(done ? whole : "7.7", TextOf(trapOid));
+                             });
+        }
     }
 }
 
@@ -179,6 +183,24 @@ TEST(TrapMemory, ATrapThatIsNotWholeHasNeitherForm)
     check([&] { return Placed(new (s_v1) BTrapV1(oid, eTrapEnterpriseSpecific, 5, bindings)); });
     check([&] { return Placed(new (s_v2) BTrapV2(oid, bindings)); });
     EXPECT_GE(incomplete, 2 * (1 + 1 + 12u)) << "identifier, list, and each name and value";
+}
+
+TEST(TrapMemory, WithoutAnInstanceATrapHasOnlyTheFormItWasMadeFrom)
+{
+    const BTrapV1 v1(MakeOid("1.3.6.1.4.1.1"), eTrapLinkUp, 5);
+    const BTrapV2 v2(MakeOid("1.3.6.1.6.3.1.1.5.4"));
+    BTrapOIDs::DestroyInstance();
+    Results results;
+    {
+        const FailingAlloc fail(0);
+        EXPECT_FALSE(v1.GetV2TrapOid(results.oid));
+        EXPECT_FALSE(v2.GetV1TrapParams(results.oid, results.generic, results.specific));
+        EXPECT_TRUE(fail.Failed());
+    }
+    EXPECT_EQ(nullptr, BTrapOIDs::s_pInstance);
+    EXPECT_EQ("7.7", TextOf(results.oid));
+    EXPECT_EQ(77, results.generic);
+    EXPECT_EQ(777, results.specific);
 }
 
 TEST(TrapMemory, TheFormThatATrapHasIsToldWholeOrNotAtAll)

@@ -1,10 +1,12 @@
 // The mapping of notifications between their two forms (RFC 3584 section 3).
 #include "tests/support/Oids.h"
 
+#include <atomic>
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 #include <vkmibh/traps.h>
 
@@ -203,6 +205,7 @@ TEST_F(TrapOids, AResultMayBeAnArgument)
     V1 trap;
     EXPECT_TRUE(oids.V2ToV1(oid, bindings, oid, trap.generic, trap.specific));
     EXPECT_EQ("1.3.6.1.4.1.99999", TextOf(oid));
+    EXPECT_EQ(17, trap.specific);
 
     bindings.Append(MakeOid(kSnmpTrapEnterprise), OidValue("1.9"));
     BObjectIdentifier& name = bindings[0].Name();
@@ -267,6 +270,29 @@ TEST_F(TrapOidsInstance, IsMadeAtFirstUse)
     ASSERT_NE(nullptr, instance);
     EXPECT_EQ(instance, BTrapOIDs::s_pInstance);
     EXPECT_EQ(instance, BTrapOIDs::GetInstance());
+}
+
+TEST_F(TrapOidsInstance, IsOneForThreadsThatAskFirst)
+{
+    constexpr int kThreads = 4;
+    for (int round = 0; round < 200; ++round) {
+        BTrapOIDs::DestroyInstance();
+        BTrapOIDs* seen[kThreads] = {};
+        std::atomic<int> ready{0};
+        std::vector<std::thread> threads;
+        for (BTrapOIDs*& instance : seen) {
+            threads.emplace_back([&] {
+                ++ready;
+                while (ready < kThreads)
+                    std::this_thread::yield();
+                instance = BTrapOIDs::GetInstance();
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        for (const BTrapOIDs* instance : seen)
+            ASSERT_EQ(BTrapOIDs::s_pInstance, instance);
+    }
 }
 
 TEST_F(TrapOidsInstance, IsGoneAfterDestroyAndMadeAgain)
