@@ -76,12 +76,13 @@ std::optional<int> CProcessorLoads::LoadOf(const SProcessorTime& processor, int6
     for (auto sample = m_samples.rbegin(); sample != m_samples.rend() && period < kPeriod;
          ++sample) {
         const SProcessorTime* const earlier = Find(sample->processors, processor.number);
-        if (!earlier)
+        const int64_t age = readAt - sample->takenAt;
+        if (!earlier || age > kLongest)
             break;
         then = earlier;
-        period = readAt - sample->takenAt;
+        period = age;
     }
-    if (!then || period < kShortest || period > kLongest)
+    if (!then || period < kShortest)
         return std::nullopt;
     const uint64_t busy = Grown(then->busy, processor.busy);
     const uint64_t all = busy + Grown(then->idle, processor.idle);

@@ -10,9 +10,9 @@ namespace VLK::modules {
 
 // Keeps samples of the processors' times, one every five seconds, and compares a
 // reading with the one of a minute ago: the youngest sample that is that old, or,
-// while there is none, the oldest. A processor that was away in between counts
-// from its return on. There is no load where less than a second can be compared,
-// or where no sample is younger than two minutes.
+// while there is none, the oldest of the last two minutes. A processor that was away
+// in between counts from its return on. There is no load where less than a second
+// can be compared.
 //
 // Ownership: not of the source, which outlives it.
 // Threads:   for any number of threads; Start() and Stop() by one at a time. The
