@@ -115,6 +115,24 @@ TEST_F(HostAgents, TheirStartIsAColdStartForEverySinkWhoseViewShowsIt)
     EXPECT_EQ(Receivers(), (Numbers{0, 1, 2}));
 }
 
+TEST_F(HostAgents, TheyAnswerAndSendFromTheirStartToTheirStop)
+{
+    auto areSuspended = [&](bool expected) {
+        for (const STraffic* traffic : engine.traffics)
+            EXPECT_EQ(traffic->isSuspended, expected);
+        for (const SDelivery* delivery : engine.deliveries)
+            EXPECT_EQ(delivery->isSuspended, expected);
+    };
+    EXPECT_EQ(agents.Registry().Stop(), 0);
+    areSuspended(true);
+    agents.Start();
+    areSuspended(false);
+    EXPECT_EQ(agents.Registry().Stop(), 0);
+    areSuspended(true);
+    EXPECT_EQ(agents.Registry().Start(), 0);
+    areSuspended(false);
+}
+
 TEST_F(HostAgents, TrapsTellTheUpTimeOfTheSystemGroup)
 {
     agents.Start();
