@@ -4,6 +4,7 @@
 #include <memory>
 #include <new>
 #include <random>
+#include <utility>
 
 namespace VLK::modules {
 
@@ -104,7 +105,7 @@ int CViewTreeFamilyTable::GetColumn(const BObjectIdentifier& index, V Row::*fiel
     if (!row)
         return eSnmpNoSuchName;
     value = row->*field;
-    return eSnmpNoError;
+    return value == row->*field ? eSnmpNoError : eSnmpGenErr;
 }
 
 template <class V>
@@ -117,6 +118,9 @@ int CViewTreeFamilyTable::SetColumn(const BObjectIdentifier& index, ESnmpSetOpCo
     }
     if (op != eSetCommit)
         return Leave(index, op, slot);
+    V copy = value; // half a mask would show something else
+    if (!(copy == value))
+        return eSnmpCommitFailed;
     {
         TMutexLock lock(m_views.Mutex());
         Row* row = m_views.GetRow(index);
@@ -125,7 +129,7 @@ int CViewTreeFamilyTable::SetColumn(const BObjectIdentifier& index, ESnmpSetOpCo
         if (!row && IsRowCreation(index) && !(row = MakeRow(index)))
             return eSnmpCommitFailed;
         if (row)
-            row->*field = value;
+            std::swap(row->*field, copy);
     }
     m_saver.Request(); // without the table's lock: the store takes its own first
     return eSnmpNoError;
@@ -162,10 +166,15 @@ int CViewTreeFamilyTable::Leave(const BObjectIdentifier& index, ESnmpSetOpCode o
 int CViewTreeFamilyTable::Restore(const BObjectIdentifier& index, void** slot)
 {
     TMutexLock lock(m_views.Mutex());
-    delete m_views.Remove(index);
     Row* const before = KeptIn(slot);
-    if (!before)
+    if (!before) {
+        delete m_views.Remove(index);
         return eSnmpNoError;
+    }
+    if (Row* const row = m_views.GetRow(index)) {
+        std::swap(*row, *before); // takes no memory
+        return eSnmpNoError;
+    }
     if (!m_views.Insert(index, before))
         return eSnmpUndoFailed;
     *slot = nullptr;

@@ -130,12 +130,13 @@ protected:
         return get.status == 0 ? get.output.substr(0, get.output.find('\n')) : RefusalOf(get);
     }
 
-    // The instances that a walk over everything finds.
-    Arguments Walk(const std::string& community, const std::string& version)
+    // The instances that a walk finds, over everything unless a root is given.
+    Arguments Walk(const std::string& community, const std::string& version,
+                   const std::string& root = ".1")
     {
         Arguments names;
         for (const std::string& line :
-             Lines(agent->Ask("snmpwalk", version, community, {".1"}, {"-Oq"}).output)) {
+             Lines(agent->Ask("snmpwalk", version, community, {root}, {"-Oq"}).output)) {
             if (line.find(" No more variables") == line.npos && line != "End of MIB")
                 names.push_back(line.substr(0, line.find(' ')));
         }
@@ -147,11 +148,11 @@ protected:
         for (const char* version : {"1", "2c"})
             EXPECT_EQ(Walk("guest", version), names) << version;
     }
-    // Of all that there is, in its order.
+    // Of all instances of the system group, in their order.
     Arguments Under(const Arguments& included, const Arguments& excluded = {})
     {
         Arguments names;
-        for (const std::string& name : Walk("boss", "2c")) {
+        for (const std::string& name : Walk("boss", "2c", oid::kSystem)) {
             if (IsUnder(name, included) && !IsUnder(name, excluded))
                 names.push_back(name);
         }
