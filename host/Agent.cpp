@@ -106,8 +106,8 @@ void Serve(const SOptions& options, const FAddModules& addModules)
     SConfiguration configuration = Configure(options);
     EConsole kind = ChooseConsole(options.console);
     // Before any thread starts, so that all of them leave the signals alone.
-    BStopSignals stop(kind == eConsoleEditing ? BStopSignals::eHangupEnds
-                                              : BStopSignals::eHangupKills);
+    bool isTypedTo = kind != eConsoleOff && isatty(STDIN_FILENO);
+    BStopSignals stop(isTypedTo ? BStopSignals::eHangupEnds : BStopSignals::eHangupKills);
     std::unique_ptr<BTerminal> terminal;
     if (kind == eConsoleEditing)
         terminal = std::make_unique<BTerminal>();

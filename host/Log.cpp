@@ -63,16 +63,14 @@ void LogLine(const std::string& text)
     }
     std::lock_guard<std::mutex> lock(g_lock);
     BOutput output(STDERR_FILENO);
-    std::string before = g_owner ? g_owner->GiveWay() : "";
-    if (g_isCut)
-        before = '\n' + before;
-    if (!WriteAll(output, before + line + Omitted() + '\n')) {
+    std::string way = g_owner ? g_owner->GiveWay() : "";
+    if (!WriteAll(output, (g_isCut ? "\n" : "") + way + line + Omitted() + '\n')) {
         ++g_omitted;
         return;
     }
     g_omitted = 0;
     g_isCut = false;
-    if (g_owner)
+    if (!way.empty())
         g_owner->TakeBack();
 }
 

@@ -19,9 +19,11 @@ void LogLine(const std::string& text);
 class ILineOwner {
 public:
     virtual ~ILineOwner() = default;
-    // What to write before the log line, to have the row for it.
+    // What to write before the log line, to have the row for it; nothing when
+    // log lines go elsewhere.
     virtual std::string GiveWay() = 0;
-    // The log line is written; the owner's may be drawn again, below it.
+    // It gave way, and the log line is written; the owner's may be drawn again,
+    // below it.
     virtual void TakeBack() = 0;
 };
 

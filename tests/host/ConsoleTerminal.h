@@ -34,6 +34,15 @@ protected:
         return line;
     }
 
+    // A shell's script about the command, which is "$@" to it.
+    Arguments ByShell(const std::string& script) const
+    {
+        Arguments line{"sh", "-c", script, "sh"};
+        for (const std::string& word : Command())
+            line.push_back(word);
+        return line;
+    }
+
     // Reads the line that says where, and up to the prompt.
     std::string Start(TerminalSession& session) const
     {

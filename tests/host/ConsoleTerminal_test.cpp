@@ -174,10 +174,7 @@ TEST_F(ConsoleTerminal, TheQuitKeyKillsTheAgentAndLeavesTheTerminalAsItWas)
 
 TEST_F(ConsoleTerminal, AnIgnoredSignalStaysIgnored)
 {
-    Arguments line{"sh", "-c", "trap '' QUIT USR1; exec \"$@\"", "sh"};
-    for (const std::string& word : Command())
-        line.push_back(word);
-    TerminalSession session(line);
+    TerminalSession session(ByShell("trap '' QUIT USR1; exec \"$@\""));
     Start(session);
     for (int number : {SIGQUIT, SIGUSR1}) {
         kill(session.Pid(), number);
@@ -237,10 +234,7 @@ TEST_F(ConsoleTerminal, PastedLinesRunOneAfterTheOther)
 
 TEST_F(ConsoleTerminal, WhatIsTypedAheadOfTheEndIsForWhoReadsNext)
 {
-    Arguments line{"sh", "-c", "\"$@\"; read answer; echo \"[$answer]\"", "sh"};
-    for (const std::string& word : Command())
-        line.push_back(word);
-    TerminalSession session(line);
+    TerminalSession session(ByShell("\"$@\"; read answer; echo \"[$answer]\""));
     Start(session);
     session.Type("q\rnext\r");
     EXPECT_TRUE(session.Shows("[next]\r\n"));
@@ -279,6 +273,23 @@ TEST_F(ConsoleTerminal, ALogLineGoesAboveTheLineThatIsEdited)
     EXPECT_TRUE(session.Shows(kPrompt + "help g"));
     session.Type("et\r");
     EXPECT_TRUE(session.Shows("get: Get\r\n"));
+}
+
+TEST_F(ConsoleTerminal, ALogLineThatGoesElsewhereLeavesTheLineAlone)
+{
+    std::string log = directory.File("log");
+    TerminalSession session(ByShell("exec \"$@\" 2>" + log));
+    session.Until(kNewPrompt);
+    std::string ready = ReadFile(log);
+    std::string address = ready.substr(ready.find("udp:"));
+    address.pop_back();
+    session.Type("help g");
+    session.Until("help g");
+    EXPECT_NE(Ask(address, "snmpset", "public", {oid::kSysContact, "s", "x"}).status, 0);
+    EXPECT_TRUE(VLK::Eventually([&] { return ReadFile(log).find("refused") != ready.npos; }));
+    EXPECT_EQ(session.Pause(), "");
+    session.Type("et\r");
+    EXPECT_EQ(session.Until(kPrompt), "et\r\nget: Get\r\n" + kPrompt);
 }
 
 TEST_F(ConsoleTerminal, WhatIsTypedMayBeOfAnyLanguage)
@@ -325,15 +336,20 @@ TEST_F(ConsoleTerminal, WithoutItTheTerminalIsNeverReadNorSet)
 TEST_F(ConsoleTerminal, WithoutATerminalForTheAnswersThereIsNeitherPromptNorEditing)
 {
     std::string answers = directory.File("answers");
-    Arguments line{"sh", "-c", "exec \"$0\" \"$@\" >" + answers};
-    for (const std::string& word : Command())
-        line.push_back(word);
-    TerminalSession session(line);
+    TerminalSession session(ByShell("exec \"$@\" >" + answers));
     ReadyOn(session);
     session.Type("help get\rq\r");
     EXPECT_EQ(session.Wait(), 0);
     EXPECT_EQ(ReadFile(answers), "get: Get\n");
     EXPECT_TRUE(session.IsAsAtFirst());
+}
+
+TEST_F(ConsoleTerminal, AHangUpEndsAnAgentWithoutEditingToo)
+{
+    TerminalSession session(ByShell("exec \"$@\" >/dev/null"));
+    ReadyOn(session);
+    session.HangUp();
+    EXPECT_EQ(session.Wait(), 0);
 }
 
 TEST_F(ConsoleTerminal, ATerminalThatCanDoNothingStillHasItsConsole)
@@ -356,11 +372,11 @@ TEST_F(ConsoleTerminal, AnyTerminalOnStandardInputHasAConsole)
     ASSERT_EQ(openpty(&master, &slave, nullptr, nullptr, nullptr), 0);
     const std::string lines = "help get\nq\n";
     EXPECT_EQ(write(master, lines.data(), lines.size()), static_cast<ssize_t>(lines.size()));
-    Outcome outcome = RunToEnd(Command(), {slave, directory.File("log")}); // not of its session
+    Process agent(Command(), {slave, directory.File("log")}); // not of the terminal's session
+    EXPECT_EQ(agent.Line(), "get: Get");
+    EXPECT_EQ(agent.Rest(), "");
     close(master);
     close(slave);
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.output, "get: Get\n");
 }
 
 TEST_F(ConsoleTerminal, ANarrowedTerminalShowsTheLineAgain)
