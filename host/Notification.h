@@ -37,7 +37,8 @@ struct SDelivery {
     // Nothing is sent, nothing again either.
     std::atomic<bool> isSuspended{false};
     std::atomic<unsigned> sent{0};
-    std::atomic<unsigned> failed{0}; // to be encoded or sent
+    // To be encoded or sent; an inform is tried as often as it may be sent.
+    std::atomic<unsigned> failed{0};
     // Of informs that were sent.
     std::atomic<unsigned> acknowledged{0};
     std::atomic<unsigned> retried{0};

@@ -45,6 +45,16 @@ void FindOwnAddress(const BTransportAddress& receiver, unsigned char (&own)[4])
     throw BHostError(eExitUsage, systemError ? what + ": " + std::strerror(systemError) : what);
 }
 
+bool WasTooLong(session_list* session)
+{
+    int systemError = 0;
+    int snmpError = 0;
+    char* text = nullptr;
+    snmp_sess_error(session, &systemError, &snmpError, &text);
+    free(text);
+    return snmpError == SNMPERR_TOO_LONG || systemError == EMSGSIZE;
+}
+
 bool IsSame(const BTransportAddress& a, const BTransportAddress& b)
 {
     return a.IsV6() == b.IsV6() && a.Port() == b.Port() &&
@@ -55,12 +65,13 @@ bool IsSame(const BTransportAddress& a, const BTransportAddress& b)
 
 // An inform that is not acknowledged.
 struct BNetSnmpReceivers::SPending {
-    enum EState { eWaiting, eAcknowledged, eRefused, eTimedOut };
+    enum EState { eWaiting, eNotSent, eAcknowledged, eRefused, eTimedOut };
 
     SLink* link = nullptr;
     SNotification notification;
     long requestId = 0;
-    unsigned sendings = 0;
+    unsigned tries = 0;
+    bool wasSent = false;
     CClock::time_point deadline;
     EState state = eWaiting;
 
@@ -220,10 +231,10 @@ void BNetSnmpReceivers::Send(SLink& link, SNotification&& notification)
         SPending& pending = link.pending.emplace_back();
         pending.link = &link;
         pending.notification = std::move(notification);
-        bool isSent = SendInform(pending);
-        ++(isSent ? delivery.sent : delivery.failed);
-        if (!isSent)
+        if (!SendInform(pending)) {
+            ++delivery.failed;
             link.pending.pop_back();
+        }
         return;
     }
     unsigned char own[4] = {};
@@ -237,22 +248,30 @@ void BNetSnmpReceivers::Send(SLink& link, SNotification&& notification)
 }
 
 // With the request id of the first time, so that the receiver can know it again.
+// False when no try can do better: the network may be there the next time, but a
+// message does not get shorter.
 bool BNetSnmpReceivers::SendInform(SPending& pending)
 {
     const SReceiver& receiver = pending.link->receiver;
+    SDelivery& delivery = *pending.link->delivery;
     netsnmp_pdu* pdu = MakeNotification(pending.notification, receiver, {});
     if (!pdu)
         return false;
-    if (pending.sendings > 0)
+    if (pending.tries > 0)
         pdu->reqid = pending.requestId;
     pending.requestId = pdu->reqid;
     pending.state = SPending::eWaiting;
     pending.deadline = CClock::now() + receiver.timeout;
-    ++pending.sendings;
-    if (snmp_sess_async_send(pending.link->session, pdu, SPending::OnAnswer, &pending))
+    ++pending.tries;
+    if (snmp_sess_async_send(pending.link->session, pdu, SPending::OnAnswer, &pending)) {
+        ++(pending.wasSent ? delivery.retried : delivery.sent);
+        pending.wasSent = true;
         return true;
+    }
+    pending.state = SPending::eNotSent;
+    bool isTooLong = WasTooLong(pending.link->session);
     snmp_free_pdu(pdu);
-    return false;
+    return !isTooLong;
 }
 
 void BNetSnmpReceivers::Sweep(SLink& link)
@@ -268,20 +287,23 @@ bool BNetSnmpReceivers::GoesOn(SPending& pending)
     switch (pending.state) {
     case SPending::eWaiting:
         return true;
+    case SPending::eNotSent:
+        if (CClock::now() < pending.deadline)
+            return true;
+        break;
     case SPending::eAcknowledged:
         ++delivery.acknowledged;
         return false;
     case SPending::eTimedOut:
-        if (pending.sendings <= pending.link->receiver.retries && !delivery.isSuspended &&
-            SendInform(pending)) {
-            ++delivery.retried;
-            return true;
-        }
         break;
     case SPending::eRefused:
-        break;
+        ++delivery.givenUp;
+        return false;
     }
-    ++delivery.givenUp;
+    if (pending.tries <= pending.link->receiver.retries && !delivery.isSuspended &&
+        SendInform(pending))
+        return true;
+    ++(pending.wasSent ? delivery.givenUp : delivery.failed);
     return false;
 }
 

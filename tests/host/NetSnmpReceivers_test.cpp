@@ -253,6 +253,34 @@ TEST_F(NetSnmpReceivers, AnInformThatIsAnsweredWithAnErrorIsGivenUp)
     EXPECT_EQ(delivery.retried, 0u);
 }
 
+TEST_F(NetSnmpReceivers, AnInformThatTheNetworkDoesNotTakeIsTriedAgain)
+{
+    SReceiver broadcast; // which the system refuses to send to
+    broadcast.address = VLK::Test::Address("udp:255.255.255.255:162");
+    broadcast.community = "traps";
+    broadcast.isInform = true;
+    broadcast.timeout = std::chrono::minutes(1);
+    SDelivery& waiting = Kept<SDelivery>();
+    SDelivery& triedTwice = Kept<SDelivery>();
+    unsigned first = Engine().AddReceiver(broadcast, waiting);
+    broadcast.timeout = std::chrono::milliseconds(20);
+    broadcast.retries = 1;
+    unsigned second = Engine().AddReceiver(broadcast, triedTwice);
+    unsigned third = Add(eSnmpV2c);
+    for (unsigned receiver : {first, second, third})
+        Engine().Notify(receiver, Notification());
+    ServeWhile([&] {
+        EXPECT_NE(listener.Receive(), "") << "the others were sent before, if they were";
+        EXPECT_TRUE(Eventually([&] { return triedTwice.failed == 1; }));
+    });
+    EXPECT_EQ(waiting.failed, 0u) << "it may go later";
+    for (const SDelivery* delivered : {&waiting, &triedTwice}) {
+        EXPECT_EQ(delivered->sent, 0u);
+        EXPECT_EQ(delivered->retried, 0u);
+        EXPECT_EQ(delivered->givenUp, 0u) << "those are of informs that were sent";
+    }
+}
+
 TEST_F(NetSnmpReceivers, TheQueueIsBoundedAndWhatOverflowsIsCounted)
 {
     unsigned receiver = Add(eSnmpV2c);
