@@ -105,6 +105,10 @@ class Rules(unittest.TestCase):
         self.refuses({"tests/A_test.cpp": "TEST(A, DISABLE" + "D_B) {}\n"}, "does not run")
         self.refuses({"tests/A_test.cpp": "GTEST_SKI" + "P();\n"}, "does not run")
 
+    def test_accepts_skips_that_say_why(self):
+        code, output = run("check_rules.py", {"tests/A_test.cpp": "GTEST_SKI" + "P() << why;\n"})
+        self.assertEqual(code, 0, output)
+
 
 if __name__ == "__main__":
     unittest.main()
