@@ -10,7 +10,7 @@ namespace VLK::modules {
 
 struct SSnapshot;
 
-// A link that came down or up, as RFC 2863 section 5 has it. `other` is the state
+// A link that came down or up, as RFC 2863 section 3.1.15 has it. `other` is the state
 // beside down: the one that it left, or entered.
 struct SLinkTransition {
     enum EDirection { eLinkDown, eLinkUp };

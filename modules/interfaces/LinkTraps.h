@@ -1,4 +1,4 @@
-// linkUp and linkDown (RFC 2863 section 5), and which links may raise them.
+// linkUp and linkDown (RFC 2863 section 6), and which links may raise them.
 #pragma once
 
 #include "modules/interfaces/LinkHistory.h"
