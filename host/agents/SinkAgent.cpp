@@ -2,6 +2,7 @@
 
 #include "host/agents/Parameters.h"
 
+#include <new>
 #include <utility>
 
 namespace VLK::host {
@@ -19,6 +20,20 @@ bool HoldsCounter64(const BVarBindList& bindings)
             return true;
     }
     return false;
+}
+
+// One that was made without memory has too few bindings, or empty names and values.
+bool IsCopy(const BVarBindList& copy, const BVarBindList& original)
+{
+    bool isCopy = copy.Count() == original.Count();
+    for (int i = 0; isCopy && i < static_cast<int>(original.Count()); ++i) {
+        const BObjectSyntax& copied = copy[i].Value();
+        const BObjectSyntax& value = original[i].Value();
+        isCopy = copy[i].Name().Length() == original[i].Name().Length() &&
+                 copied.Octets().Length() == value.Octets().Length() &&
+                 copied.ObjectId().Length() == value.ObjectId().Length();
+    }
+    return isCopy;
 }
 
 std::string VersionOf(const SReceiver& receiver)
@@ -41,6 +56,16 @@ int BSinkAgent::SendTrap(const BTrap& trap, int)
 {
     if (m_delivery.isSuspended)
         return eDone;
+    try {
+        return PassOn(trap);
+    } catch (const std::bad_alloc&) { // no concern of who raises it
+        ++m_delivery.failed;
+        return eNotWhole;
+    }
+}
+
+int BSinkAgent::PassOn(const BTrap& trap)
+{
     SNotification notification;
     if (!Fill(trap, notification)) {
         ++m_delivery.failed;
@@ -59,7 +84,7 @@ bool BSinkAgent::Fill(const BTrap& trap, SNotification& notification) const
 {
     notification.upTime = m_upTime();
     notification.bindings = trap.Bindings();
-    if (!trap.IsWhole() || notification.bindings.Count() != trap.Bindings().Count() ||
+    if (!trap.IsWhole() || !IsCopy(notification.bindings, trap.Bindings()) ||
         !trap.GetV2TrapOid(notification.trapOid) || notification.trapOid.Length() < kLeastArcs)
         return false;
     return m_sink.protocol != eSnmpV1 ||

@@ -34,6 +34,7 @@ public:
     BString GetParams() override;
 
 private:
+    int PassOn(const BTrap& trap);
     bool Fill(const BTrap& trap, SNotification& notification) const;
     bool IsShown(const SNotification& notification);
     bool IsShown(const SNotification& notification, const BObjectIdentifier& name);

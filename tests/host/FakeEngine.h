@@ -3,6 +3,7 @@
 
 #include "host/Engine.h"
 
+#include <new>
 #include <vector>
 
 namespace VLK {
@@ -32,6 +33,8 @@ public:
     }
     void Notify(unsigned receiver, host::SNotification notification) override
     {
+        if (isOutOfMemory)
+            throw std::bad_alloc();
         sent.push_back({receiver, std::move(notification)});
     }
     void Serve(int) override {}
@@ -40,6 +43,7 @@ public:
     std::vector<host::SReceiver> receivers;
     std::vector<host::SDelivery*> deliveries;
     std::vector<SSent> sent;
+    bool isOutOfMemory = false;
 };
 
 } // namespace Test

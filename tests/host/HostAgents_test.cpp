@@ -5,6 +5,7 @@
 
 #include "FakeEngine.h"
 
+#include "tests/support/AllocationSweep.h"
 #include "tests/support/FakeStore.h"
 #include "tests/support/Oids.h"
 
@@ -182,6 +183,31 @@ TEST_F(HostAgents, ANotificationIsShownWholeOrNotSent)
               std::string::npos);
 }
 
+TEST(HostAgentsInContexts, ASinkIsShownWhatItsCommunityMaySeeInItsContext)
+{
+    SConfiguration configuration = Configured();
+    configuration.contexts = {"c"};
+    SAccess inContext;
+    inContext.context = "c";
+    inContext.views[eViewNotify] = kViewEverything;
+    configuration.groups.push_back({"g", {{eModelV2c, "noc"}}, {inContext}});
+    configuration.trapSinks.resize(2);
+    for (STrapSink& sink : configuration.trapSinks) {
+        sink.protocol = eSnmpV2c;
+        sink.security = SecurityOf({"secret", "noc", "", {}}, eSnmpV2c);
+    }
+    configuration.trapSinks[1].context = BString("c");
+    BTime time;
+    BAccess access(configuration, nullptr);
+    BTrapGate gate;
+    BHostAgents agents(time, access, gate);
+    FakeEngine engine;
+    agents.Open(engine, configuration);
+    agents.Start();
+    ASSERT_EQ(engine.sent.size(), 1u);
+    EXPECT_EQ(engine.sent[0].receiver, 1u);
+}
+
 TEST_F(HostAgents, AViewThatManagersChangeCountsAtOnce)
 {
     agents.Start();
@@ -245,6 +271,90 @@ TEST_F(HostAgents, AnIdentifierThatNoMessageHoldsIsNotSent)
     EXPECT_EQ(Receivers(), Numbers());
     EXPECT_EQ(engine.deliveries[0]->failed, 1u);
     EXPECT_EQ(engine.deliveries[1]->failed, 3u);
+}
+
+namespace {
+
+// One whose copies have failed for want of memory.
+class PartialTrap : public BTrap {
+public:
+    PartialTrap() : BTrap(BVarBindList()) { NoteCopy(BObjectIdentifier(), MakeOid(kColdStart)); }
+    bool GetV2TrapOid(BObjectIdentifier& trapOid) const override
+    {
+        trapOid = MakeOid(kColdStart);
+        return true;
+    }
+    bool GetV1TrapParams(BObjectIdentifier& enterprise, ESNMPv1TrapType& generic,
+                         int& specific) const override
+    {
+        enterprise = MakeOid(kEnterprise);
+        generic = eTrapColdStart;
+        specific = 0;
+        return true;
+    }
+};
+
+} // namespace
+
+TEST_F(HostAgents, ASinkTellsWhetherItPassesTheTrapOn)
+{
+    agents.Start();
+    Receivers();
+    BAgent& all = *agents.Registry().GetAgent(BString("trap:udp:192.0.2.1:162"));
+    BAgent& none = *agents.Registry().GetAgent(BString("trap:udp:192.0.2.1:162#3"));
+    EXPECT_EQ(all.SendTrap(BTrapV2(MakeOid(kColdStart)), 0), BSinkAgent::eDone);
+    EXPECT_EQ(none.SendTrap(BTrapV2(MakeOid(kColdStart)), 0), BSinkAgent::eNotShown);
+    EXPECT_EQ(all.SendTrap(PartialTrap(), 0), BSinkAgent::eNotWhole);
+    EXPECT_EQ(Receivers(), Numbers{0});
+    EXPECT_EQ(engine.deliveries[0]->failed, 1u);
+    EXPECT_EQ(engine.deliveries[3]->failed, 0u);
+    EXPECT_NE(Parameters("trap:udp:192.0.2.1:162#3").find("outside the notify view: 2\n"),
+              std::string::npos)
+        << "with coldStart";
+}
+
+TEST_F(HostAgents, WithoutMemoryANotificationIsSentWholeOrHasFailed)
+{
+    agents.Start();
+    Receivers();
+    BObjectSyntax value;
+    value.SetOctets(BString("a name that is longer than any text that needs no memory"));
+    BVarBindList bindings = OneBinding("1.3.6.1.2.1.1.5.0", value);
+    BObjectSyntax kind;
+    kind.SetObjectId(MakeOid(kEnterprise));
+    bindings.Append(MakeOid("1.3.6.1.2.1.1.2.0"), kind);
+    const BTrapV2 trap(MakeOid(kColdStart), bindings);
+    BAgent& sink = *agents.Registry().GetAgent(BString("trap:udp:192.0.2.1:162"));
+    engine.sent.reserve(engine.sent.capacity() + 4);
+    unsigned failed = 0;
+    unsigned allocations = VLKTest::SweepAllocations(
+        [] { return 0; }, [&](int) { return sink.SendTrap(trap, 0); },
+        [&](int, int result) {
+            failed += result == BSinkAgent::eNotWhole;
+            EXPECT_EQ(engine.deliveries[0]->failed, failed);
+            ASSERT_EQ(engine.sent.size(), result == BSinkAgent::eDone ? 1u : 0u);
+            for (const FakeEngine::SSent& sent : engine.sent) {
+                EXPECT_EQ(sent.notification.trapOid, MakeOid(kColdStart));
+                ASSERT_EQ(sent.notification.bindings.Count(), 2u);
+                EXPECT_EQ(sent.notification.bindings[0].Name(), bindings[0].Name());
+                EXPECT_TRUE(sent.notification.bindings[0].Value().Octets() == value.Octets());
+                EXPECT_EQ(sent.notification.bindings[1].Name(), bindings[1].Name());
+                EXPECT_EQ(sent.notification.bindings[1].Value().ObjectId(), MakeOid(kEnterprise));
+            }
+            engine.sent.clear();
+        });
+    EXPECT_GT(allocations, 0u);
+    EXPECT_GT(failed, 0u);
+}
+
+TEST_F(HostAgents, AnEngineWithoutMemoryIsNoExceptionForWhoRaisesATrap)
+{
+    agents.Start();
+    Receivers();
+    engine.isOutOfMemory = true;
+    EXPECT_NO_THROW(gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr));
+    EXPECT_EQ(engine.deliveries[0]->failed, 1u);
+    EXPECT_EQ(engine.deliveries[1]->failed, 1u);
 }
 
 TEST_F(HostAgents, ASuspendedSinkIsGivenNothing)

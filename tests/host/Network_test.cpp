@@ -67,6 +67,9 @@ TEST(Network, MappedAddressesCountAsIPv4OnBothSides)
     EXPECT_TRUE(Holds("::ffff:10.0.0.0/104", "10.1.2.3"));
     EXPECT_TRUE(Holds("::ffff:10.0.0.0/104", "::ffff:10.1.2.3"));
     EXPECT_FALSE(Holds("::ffff:10.0.0.0/104", "11.1.2.3"));
+    EXPECT_TRUE(Holds("::ffff:0.0.0.0/96", "10.1.2.3")) << "which is all of IPv4";
+    EXPECT_FALSE(Holds("::ffff:0.0.0.0/96", "2001:db8::1"));
+    EXPECT_FALSE(Holds("::fffe:0.0.0.0/95", "10.1.2.3"));
     EXPECT_FALSE(Holds("::/0", "::ffff:10.1.2.3"));
     EXPECT_FALSE(Holds("::/0", "10.1.2.3"));
     EXPECT_FALSE(Holds("0.0.0.0/0", "2001:db8::1"));
