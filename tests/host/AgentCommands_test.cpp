@@ -2,6 +2,8 @@
 #include "PipedAgent.h"
 #include "TrapDaemon.h"
 
+#include <algorithm>
+
 namespace {
 
 const std::string kEnable = ".1.3.6.1.2.1.11.30.0";
@@ -34,28 +36,31 @@ protected:
             answer += agent->Line() + "\n";
         return answer;
     }
-    bool IsAnswered(const std::string& community = "public")
+    // One message each. A busy machine may take its time to answer.
+    bool IsAnswered() { return Ask("public", "20"); }
+    bool IsIgnored(const std::string& community = "public") { return !Ask(community, "0.5"); }
+    // What an agent counts it may count after its client knows.
+    void ExpectParameters(const std::string& name, const std::string& expected)
     {
-        return agent->Ask("snmpget", community, {oid::kSysDescr}, {"-r", "0", "-t", "0.5"})
-                   .status == 0;
-    }
-    // Once the agent has received so many messages.
-    std::string Parameters(const std::string& name, const std::string& received, int lines)
-    {
+        auto lines = static_cast<int>(std::count(expected.begin(), expected.end(), '\n'));
         std::string text;
         EXPECT_TRUE(VLK::Eventually([&] {
             text = Do("agparams " + name, lines);
-            return text.find("received: " + received + "\n") != text.npos;
+            return text == expected;
         })) << text;
-        return text;
     }
 
     TempDir directory;
     std::optional<ConfigFile> file;
     std::optional<PipedAgent> agent;
-};
 
-constexpr int kLinesOfAddress = 6;
+private:
+    bool Ask(const std::string& community, const std::string& seconds)
+    {
+        return agent->Ask("snmpget", community, {oid::kSysDescr}, {"-r", "0", "-t", seconds})
+                   .status == 0;
+    }
+};
 
 } // namespace
 
@@ -82,22 +87,22 @@ TEST_F(AgentCommands, ASuspendedAddressAnswersNobodyUntilItIsResumed)
                "\ndropped while suspended: " + std::to_string(dropped) + "\n";
     };
     EXPECT_TRUE(IsAnswered());
-    EXPECT_EQ(Parameters(name, "1", kLinesOfAddress), parameters("running", 1, 1, 0));
+    ExpectParameters(name, parameters("running", 1, 1, 0));
     EXPECT_EQ(Do("agents -s" + name), "Agent(s) suspended.\n");
-    EXPECT_FALSE(IsAnswered());
-    EXPECT_FALSE(IsAnswered("private"));
-    EXPECT_EQ(Parameters(name, "3", kLinesOfAddress), parameters("suspended", 3, 1, 2));
+    EXPECT_TRUE(IsIgnored());
+    EXPECT_TRUE(IsIgnored("private"));
+    ExpectParameters(name, parameters("suspended", 3, 1, 2));
     EXPECT_EQ(Do("get 1.3.6.1.2.1.1.7.0"), "1.3.6.1.2.1.1.7.0 = 7\n") << "the console goes on";
     EXPECT_EQ(Do("agents -r" + name), "Agent(s) resumed.\n");
     EXPECT_TRUE(IsAnswered());
-    EXPECT_EQ(Parameters(name, "4", kLinesOfAddress), parameters("running", 4, 2, 2));
+    ExpectParameters(name, parameters("running", 4, 2, 2));
 }
 
 TEST_F(AgentCommands, WithoutANameAllAreSuspendedAndResumed)
 {
     Start(Traps(Sink("udp:127.0.0.1:9")));
     EXPECT_EQ(Do("agents -s"), "Agent(s) suspended.\n");
-    EXPECT_FALSE(IsAnswered());
+    EXPECT_TRUE(IsIgnored());
     EXPECT_EQ(Do("agents -r"), "Agent(s) resumed.\n");
     EXPECT_TRUE(IsAnswered());
 }
@@ -126,17 +131,18 @@ TEST_F(AgentCommands, ASuspendedSinkIsSentNothing)
     EXPECT_NE(daemon.Next().find("1.3.6.1.6.3.1.1.5.1"), std::string::npos) << "coldStart";
     ASSERT_EQ(agent->Ask("snmpset", "private", {kEnable, "i", "1"}).status, 0);
     EXPECT_EQ(Do("agents -s" + name), "Agent(s) suspended.\n");
-    EXPECT_FALSE(IsAnswered("wrong"));
-    EXPECT_EQ(Do("agparams " + name, 9), "*** " + name + "\naddress: " + daemon.Address() +
-                                             "\nversion: 2c\n"
-                                             "community: (not shown)\n"
-                                             "state: suspended\n"
-                                             "sent: 1\n"
-                                             "failed: 0\n"
-                                             "outside the notify view: 0\n"
-                                             "dropped for want of room: 0\n");
+    EXPECT_TRUE(IsIgnored("wrong"));
+    EXPECT_TRUE(IsAnswered()) << "so that the one before has been dealt with";
+    ExpectParameters(name, "*** " + name + "\naddress: " + daemon.Address() +
+                               "\nversion: 2c\n"
+                               "community: (not shown)\n"
+                               "state: suspended\n"
+                               "sent: 1\n"
+                               "failed: 0\n"
+                               "outside the notify view: 0\n"
+                               "dropped for want of room: 0\n");
     EXPECT_EQ(Do("agents -r" + name), "Agent(s) resumed.\n");
-    EXPECT_FALSE(IsAnswered("wrong"));
+    EXPECT_TRUE(IsIgnored("wrong"));
     EXPECT_NE(daemon.Next().find("1.3.6.1.6.3.1.1.5.5"), std::string::npos);
     EXPECT_EQ(daemon.Rest(), Arguments()) << "what was raised meanwhile is not sent later";
 }
@@ -161,11 +167,7 @@ TEST_F(AgentCommands, ASinkForInformsTellsWhatBecameOfThem)
                rest;
     };
     auto becomes = [&](const std::string& address, const std::string& rest) {
-        std::string text;
-        EXPECT_TRUE(VLK::Eventually([&] {
-            text = Do("agparams trap:" + address, 12);
-            return text == parameters(address, rest);
-        })) << text;
+        ExpectParameters("trap:" + address, parameters(address, rest));
     };
     becomes(daemon.Address(), "acknowledged: 1\nretried: 0\ngiven up: 0\n");
     becomes(dead, "acknowledged: 0\nretried: 2\ngiven up: 1\n");
