@@ -129,7 +129,9 @@ void Serve(const SOptions& options, const FAddModules& addModules)
     addModules(handler, gate);
     BAuthenticationTraps failures(snmp.Group(), gate);
     BDispatcher dispatcher(handler, access, counters, &failures);
-    BNetSnmpEngine engine(dispatcher, counters);
+    BNetSnmpEngine engine(dispatcher, counters,
+                          configuration.workers ? configuration.workers
+                                                : BNetSnmpEngine::DefaultWorkers());
 
     agents.Open(engine, configuration);
     for (const BTransportAddress& address : agents.Addresses())

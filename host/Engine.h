@@ -6,6 +6,8 @@
 namespace VLK::host {
 
 // Called by the engine for every well-formed get, get-next, get-bulk and set.
+//
+// Threads: several of the engine's at once.
 class IRequestHandler {
 public:
     virtual ~IRequestHandler() = default;
@@ -23,7 +25,8 @@ struct STraffic {
     std::atomic<bool> isSuspended{false};
     std::atomic<unsigned> received{0};
     std::atomic<unsigned> answered{0};
-    std::atomic<unsigned> dropped{0}; // while it was suspended
+    std::atomic<unsigned> dropped{0};  // while it was suspended
+    std::atomic<unsigned> overload{0}; // dropped since no thread was free
 };
 
 class IEngine : public INotifier {

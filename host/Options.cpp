@@ -85,6 +85,11 @@ SLine::SLine(SOptions& options)
     console = app.add_flag("--console", "Read commands from standard input, a line each; as when "
                                         "it is a terminal. The end of the input ends the agent");
     noConsole = app.add_flag("--no-console", "Never read standard input");
+    app.add_option("--workers", options.workers,
+                   "Run up to N requests at once when modules are slow (default: as configured, "
+                   "or four for each processor)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1024));
     app.set_version_flag("--version", "vkagentd " VKMIBH_VERSION);
 }
 
@@ -171,6 +176,8 @@ SConfiguration Configure(const SOptions& options)
     }
     if (!options.store.empty())
         configuration.store = options.store;
+    if (options.workers > 0)
+        configuration.workers = options.workers;
     OpenConsole(configuration);
     return configuration;
 }

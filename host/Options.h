@@ -26,6 +26,8 @@ struct SOptions {
     bool checkConfig = false;
     // What managers set before is forgotten.
     bool resetStore = false;
+    // Requests that may be at work at once; 0: as configured.
+    unsigned workers = 0;
     // Nothing is kept: no file is opened, and what managers set ends with the
     // agent. Not on the command line.
     bool withoutStore = false;

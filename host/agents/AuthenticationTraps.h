@@ -5,6 +5,7 @@
 #include "host/RateLimit.h"
 #include "modules/SnmpGroup.h"
 
+#include <mutex>
 #include <vkmibh/agents.h>
 
 namespace VLK::host {
@@ -13,7 +14,7 @@ namespace VLK::host {
 // more often than a BRateLimit allows: requests cost their sender nothing.
 //
 // Ownership: the group and the sender outlive it.
-// Threads:   that of the requests.
+// Threads:   any.
 // Errors:    none are told.
 class BAuthenticationTraps : public IAuthenticationFailures {
 public:
@@ -26,14 +27,21 @@ public:
     void OnAuthenticationFailure() override
     {
         const BTrapOIDs* oids = BTrapOIDs::GetInstance();
-        if (oids && m_group.AreTrapsEnabled() && m_limit.Take())
+        if (oids && m_group.AreTrapsEnabled() && IsAllowed())
             m_sender.SendTrap(BTrapV1(oids->SnmpTraps(), eTrapAuthenticationFailure, 0), nullptr);
     }
 
 private:
+    bool IsAllowed()
+    {
+        std::lock_guard<std::mutex> lock(m_lock);
+        return m_limit.Take();
+    }
+
     const modules::CSnmpGroup& m_group;
     ITrapSender& m_sender;
-    BRateLimit m_limit;
+    std::mutex m_lock;
+    BRateLimit m_limit; // under the lock
 };
 
 } // namespace VLK::host

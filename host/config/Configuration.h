@@ -39,6 +39,8 @@ struct SConfiguration {
     std::string file; // empty: there is none
     std::vector<BTransportAddress> listen;
     std::string store; // empty: the file under the user's state directory
+    // Requests that may be at work at once; 0: four for each processor.
+    unsigned workers = 0;
     // What snmpEnableAuthenTraps is until a manager sets it; nothing: disabled.
     std::optional<bool> authenTraps;
     // Whether the file says who may ask, be it nobody.

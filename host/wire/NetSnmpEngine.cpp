@@ -1,21 +1,46 @@
 #include "host/wire/NetSnmpEngine.h"
 
 #include "host/HostError.h"
+#include "host/LimitedLog.h"
+#include "host/Relay.h"
 #include "host/wire/Convert.h"
 #include "host/wire/MessageReader.h"
 #include "host/wire/NetSnmpReceivers.h"
 #include "host/wire/Udp6Ends.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <mutex>
+#include <optional>
 #include <poll.h>
+#include <thread>
+#include <utility>
 #include <vector>
-#include <vkmibh/subtree.h>
+#include <vkmibh/handler.h>
 
 namespace VLK::host {
 
-// One listening address.
+namespace {
+
+// Longer than requests take that ask nobody, shorter than managers notice.
+constexpr std::chrono::milliseconds kPatience{1};
+
+struct SPduEnd {
+    void operator()(netsnmp_pdu* pdu) const { snmp_free_pdu(pdu); }
+};
+using CPdu = std::unique_ptr<netsnmp_pdu, SPduEnd>;
+
+} // namespace
+
+// A request between its arrival and its answer.
+struct BNetSnmpEngine::SArrival {
+    SRequest request;
+    CPdu pdu; // ends under the wire lock
+};
+
+// One listening address. All but Answer() happens under the wire lock.
 struct BNetSnmpEngine::SSession {
     IRequestHandler* handler = nullptr;
     modules::SSnmpCounters* counters = nullptr;
@@ -24,27 +49,42 @@ struct BNetSnmpEngine::SSession {
     int descriptor = -1;
     unsigned maxMessage = 0;
     BTransportAddress address;
+    std::optional<SArrival> arrival; // what the callback hands to ReadMessage()
 
     static int OnMessage(int operation, netsnmp_session* session, int requestId, netsnmp_pdu* pdu,
                          void* self);
-    void Answer(netsnmp_pdu& pdu);
+    void Take(netsnmp_pdu& pdu);
+    std::optional<SArrival> ReadMessage(BMessageReader& reader);
+    void Deliver(SArrival& arrival, SResponse& response);
     // 0, or the error status to answer with instead; negative when the
     // message is lost.
     int Send(netsnmp_pdu& request, const SResponse& response);
     int SendFailure() const;
-    void ReadMessage(BMessageReader& reader);
 };
 
 struct BNetSnmpEngine::SState {
-    SState(IRequestHandler& requestHandler, modules::SSnmpCounters& snmpCounters)
-        : handler(requestHandler), counters(snmpCounters), reader(snmpCounters)
+    SState(IRequestHandler& requestHandler, modules::SSnmpCounters& snmpCounters,
+           unsigned requestWorkers)
+        : handler(requestHandler), counters(snmpCounters), reader(snmpCounters),
+          workers(requestWorkers)
     {
     }
+    void Serve(BRelay& relay, int stopDescriptor);
+    bool Answer(BRelay& relay, SSession& session, SArrival& arrival);
+    bool Run(SArrival& arrival, SResponse& response);
+    bool HasPlaceFor(const BRelay& relay, const SArrival& arrival) const;
+
     IRequestHandler& handler;
     modules::SSnmpCounters& counters;
+    // Held for every call into the wire library, for none into the handler. Late
+    // threads take it for their answer.
+    std::mutex wire;
     BMessageReader reader;
     BNetSnmpReceivers receivers{reader};
     std::vector<std::unique_ptr<SSession>> sessions;
+    const unsigned workers;
+    std::atomic<unsigned> sets{0}; // at work
+    BLimitedLog overload;
 };
 
 namespace {
@@ -104,27 +144,38 @@ int BNetSnmpEngine::SSession::OnMessage(int operation, netsnmp_session* session,
     if (operation != NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE || !pdu || session->s_snmp_errno != 0)
         return 1;
     try {
-        static_cast<SSession*>(self)->Answer(*pdu);
+        static_cast<SSession*>(self)->Take(*pdu);
     } catch (const std::exception&) {
         // Out of memory: no answer, as if the datagram had been lost.
     }
     return 1;
 }
 
-void BNetSnmpEngine::SSession::Answer(netsnmp_pdu& pdu)
+// The wire library ends the PDU it has passed; what is in it stays.
+void BNetSnmpEngine::SSession::Take(netsnmp_pdu& pdu)
 {
-    SRequest request;
-    request.local = address;
-    if (!ReadRequest(pdu, request))
+    SArrival taken;
+    taken.request.local = address;
+    if (!ReadRequest(pdu, taken.request))
         return;
-    request.maxMessage = maxMessage;
-    SResponse response;
-    if (!handler->Handle(request, response))
+    taken.request.maxMessage = maxMessage;
+    taken.pdu.reset(static_cast<netsnmp_pdu*>(calloc(1, sizeof(netsnmp_pdu))));
+    if (!taken.pdu)
         return;
-    int status = Send(pdu, response);
+    std::swap(*taken.pdu, pdu);
+    arrival = std::move(taken);
+}
+
+void BNetSnmpEngine::SSession::Deliver(SArrival& delivered, SResponse& response)
+{
+    int status = Send(*delivered.pdu, response);
     if (status > 0) {
-        handler->AnswerInstead(status, request, response);
-        status = Send(pdu, response);
+        try {
+            handler->AnswerInstead(status, delivered.request, response);
+        } catch (const std::exception&) {
+            return;
+        }
+        status = Send(*delivered.pdu, response);
     }
     if (status == 0)
         ++traffic->answered;
@@ -154,10 +205,11 @@ int BNetSnmpEngine::SSession::SendFailure() const
     return tooLarge ? eSnmpTooBig : -1;
 }
 
-void BNetSnmpEngine::SSession::ReadMessage(BMessageReader& reader)
+std::optional<BNetSnmpEngine::SArrival>
+BNetSnmpEngine::SSession::ReadMessage(BMessageReader& reader)
 {
     if (!reader.Peek(descriptor))
-        return;
+        return std::nullopt;
     ++traffic->received;
     if (traffic->isSuspended) {
         ++traffic->dropped;
@@ -165,10 +217,61 @@ void BNetSnmpEngine::SSession::ReadMessage(BMessageReader& reader)
     } else {
         reader.PassOn(descriptor, handle);
     }
+    return std::exchange(arrival, std::nullopt);
 }
 
-BNetSnmpEngine::BNetSnmpEngine(IRequestHandler& handler, modules::SSnmpCounters& counters)
-    : m_state(new SState(handler, counters))
+// SETs wait for one another; half of the threads are kept for what does not.
+bool BNetSnmpEngine::SState::HasPlaceFor(const BRelay& relay, const SArrival& arrival) const
+{
+    return !relay.IsExhausted() &&
+           (arrival.request.pduType != ePduSet || sets < std::max(workers / 2, 1u));
+}
+
+// Whether it is to be answered. Out of memory: not, as if the datagram had been lost.
+bool BNetSnmpEngine::SState::Run(SArrival& arrival, SResponse& response)
+{
+    unsigned isSet = arrival.request.pduType == ePduSet;
+    bool isAnswered = false;
+    sets += isSet;
+    try {
+        isAnswered = handler.Handle(arrival.request, response);
+    } catch (const std::exception&) {
+        isAnswered = false;
+    }
+    sets -= isSet;
+    return isAnswered;
+}
+
+// Whether the thread is to go on serving.
+bool BNetSnmpEngine::SState::Answer(BRelay& relay, SSession& session, SArrival& arrival)
+{
+    bool isRole = true;
+    bool isAnswered = false;
+    SResponse response;
+    if (HasPlaceFor(relay, arrival)) {
+        int64_t ticket = relay.Begin();
+        isAnswered = Run(arrival, response);
+        isRole = relay.End(ticket);
+    } else {
+        ++session.traffic->overload;
+        overload.Write(
+            [&] { return "no thread is free: no answer to " + arrival.request.remote.ToString(); });
+    }
+    std::lock_guard<std::mutex> lock(wire);
+    if (isAnswered)
+        session.Deliver(arrival, response);
+    arrival.pdu.reset();
+    return isRole;
+}
+
+unsigned BNetSnmpEngine::DefaultWorkers()
+{
+    return 4 * std::max(std::thread::hardware_concurrency(), 1u);
+}
+
+BNetSnmpEngine::BNetSnmpEngine(IRequestHandler& handler, modules::SSnmpCounters& counters,
+                               unsigned workers)
+    : m_state(new SState(handler, counters, workers))
 {
     KeepToItself();
 }
@@ -222,14 +325,20 @@ BTransportAddress BNetSnmpEngine::Open(const BTransportAddress& address, STraffi
 
 void BNetSnmpEngine::Serve(int stopDescriptor)
 {
-    const std::vector<std::unique_ptr<SSession>>& sessions = m_state->sessions;
+    BRelay relay(m_state->workers, kPatience);
+    relay.Run([&] { m_state->Serve(relay, stopDescriptor); });
+}
+
+// Returns when it is to end, or when the thread has lost its role.
+void BNetSnmpEngine::SState::Serve(BRelay& relay, int stopDescriptor)
+{
     std::vector<pollfd> waits{{stopDescriptor, POLLIN, 0}};
     for (const std::unique_ptr<SSession>& session : sessions)
         waits.push_back({session->descriptor, POLLIN, 0});
     size_t firstOfReceivers = waits.size();
-    m_state->receivers.AddWaits(waits);
+    receivers.AddWaits(waits);
     for (;;) {
-        if (poll(waits.data(), waits.size(), m_state->receivers.Patience()) < 0) {
+        if (poll(waits.data(), waits.size(), receivers.Patience()) < 0) {
             if (errno == EINTR)
                 continue;
             throw BHostError(eExitUsage, std::string("cannot wait: ") + std::strerror(errno));
@@ -237,10 +346,16 @@ void BNetSnmpEngine::Serve(int stopDescriptor)
         if (waits[0].revents)
             return;
         for (size_t i = 0; i < sessions.size(); ++i) {
-            if (waits[i + 1].revents)
-                sessions[i]->ReadMessage(m_state->reader);
+            if (!waits[i + 1].revents)
+                continue;
+            std::unique_lock<std::mutex> lock(wire);
+            std::optional<SArrival> arrival = sessions[i]->ReadMessage(reader);
+            lock.unlock();
+            if (arrival && !Answer(relay, *sessions[i], *arrival))
+                return;
         }
-        m_state->receivers.Serve(&waits[firstOfReceivers]);
+        std::lock_guard<std::mutex> lock(wire);
+        receivers.Serve(&waits[firstOfReceivers]);
     }
 }
 
