@@ -208,6 +208,9 @@ TEST_F(ConsoleJob, PlainLinesInTheBackgroundStopNothingEither)
     session.Type(CommandText() + "| cat\r");
     session.Until("\n");
     std::string address = ReadyOn(session);
+    session.Type("help set\r");
+    EXPECT_TRUE(session.Shows("set: Set\r\n"));
+    session.Pause(); // it waits for the next line
     session.Type({Ctrl('Z')});
     session.Until("shell$ ");
     session.Type("bg\r");

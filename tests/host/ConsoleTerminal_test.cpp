@@ -221,6 +221,21 @@ TEST_F(ConsoleTerminal, AStoppedOutputHoldsUpNeitherTheWireNorTheEnd)
     EXPECT_TRUE(session.IsAsAtFirst());
 }
 
+TEST_F(ConsoleTerminal, AnOutputThatNobodyReadsHoldsUpNeitherTheWireNorTheEnd)
+{
+    TerminalSession session(Command());
+    std::string address = Start(session);
+    std::string line = "getnext";
+    for (int i = 0; i < 1500; ++i)
+        line += " 1"; // more answers than a terminal keeps
+    session.Type(line + "\r");
+    EXPECT_TRUE(VLK::Eventually([&] { return session.Pending() >= 4000; }));
+    EXPECT_EQ(Ask(address, "snmpget", "public", {oid::kSysDescr}).status, 0);
+    kill(session.Pid(), SIGTERM);
+    EXPECT_EQ(session.WaitWithoutReading(), 0);
+    EXPECT_TRUE(session.IsAsAtFirst());
+}
+
 TEST_F(ConsoleTerminal, PastedLinesRunOneAfterTheOther)
 {
     TerminalSession session(Command());

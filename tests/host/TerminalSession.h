@@ -84,19 +84,25 @@ public:
         return std::exchange(m_shown, "");
     }
 
+    // Bytes that came and that nobody has read.
+    int Pending() const
+    {
+        int bytes = -1;
+        ioctl(m_master, FIONREAD, &bytes);
+        return bytes;
+    }
+
     // Exit status, or 128 and the signal's number.
     int Wait()
     {
-        int status = 0;
-        bool ended = VLK::Eventually([&] {
+        return WaitWith([this] {
             while (ReadMore(0)) {
             }
-            return waitpid(m_pid, &status, WNOHANG) == m_pid;
         });
-        if (!ended)
-            return -1;
-        m_pid = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+    int WaitWithoutReading()
+    {
+        return WaitWith([] {});
     }
     int Kill(int signalNumber)
     {
@@ -139,6 +145,20 @@ public:
     }
 
 private:
+    template <class TMeanwhile>
+    int WaitWith(TMeanwhile&& meanwhile)
+    {
+        int status = 0;
+        bool ended = VLK::Eventually([&] {
+            meanwhile();
+            return waitpid(m_pid, &status, WNOHANG) == m_pid;
+        });
+        if (!ended)
+            return -1;
+        m_pid = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+
     termios Settings() const
     {
         termios settings;
