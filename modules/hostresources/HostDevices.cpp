@@ -1,6 +1,6 @@
 #include "modules/hostresources/HostDevices.h"
 
-#include "modules/hostresources/IndexedRows.h"
+#include <algorithm>
 
 namespace VLK::modules {
 
@@ -39,7 +39,6 @@ SDeviceRows CHostDevices::Read()
     const std::string disk = m_source.ReadLoadDevice();
     if (!disk.empty())
         rows.devices.push_back({kLoadDeviceIndex, eDeviceKindDiskStorage, disk, eDeviceUnknown});
-    SortByIndex(rows.devices);
     return rows;
 }
 

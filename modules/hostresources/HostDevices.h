@@ -35,7 +35,7 @@ class CHostDevices {
 public:
     // Of the processor with the kernel's number 0. Linux has 8192 at most.
     static constexpr unsigned kFirstProcessorIndex = 1;
-    static constexpr unsigned kLoadDeviceIndex = 100001;
+    static constexpr unsigned kLoadDeviceIndex = 100001; // after them all
 
     CHostDevices(IHostSource& source, unsigned timeToLive);
     std::shared_ptr<const SDeviceRows> At(unsigned request) { return m_rows.At(request); }

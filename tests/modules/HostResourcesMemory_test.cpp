@@ -18,6 +18,7 @@ struct SFurnished {
     {
         host.Set([](SFakeHost& now) {
             now.uptime = 1;
+            now.date = {2026, 11, 21, 1, 2, 3, 4, 60};
             now.loadParameters = std::string(100, 'p');
             now.loadDevice = std::string(100, 'd');
             now.processes.users = 1;
@@ -69,6 +70,7 @@ TEST(HostResourcesMemory, ARequestIsAnsweredOrAnError)
         const std::string value = whole[0].Value().ValToStr().c_str();
         const unsigned tag = whole[0].Value().Syntax();
         ASSERT_FALSE(whole[0].Value().IsException());
+        ASSERT_NE(value, "") << "or it would not be missed";
         struct SAsked {
             std::unique_ptr<SFurnished> furnished = std::make_unique<SFurnished>();
             BVarBindList list;
