@@ -75,10 +75,7 @@ void CSnapshots::Keep(unsigned transactionId)
         m_seen.push_back(SSeen{transactionId, m_newest});
 }
 
-bool CSnapshots::IsFresh() const
-{
-    return m_newest && m_timeToLive > 0 && m_upTime() - m_takenAt < m_timeToLive;
-}
+bool CSnapshots::IsFresh() const { return m_newest && m_upTime() - m_takenAt < m_timeToLive; }
 
 void CSnapshots::Refresh()
 {

@@ -193,6 +193,18 @@ TEST(InterfacesKernel, TellsWhatSysfsTells)
         ExpectCounters({before.at(name), after.at(name)}, link.counters);
 }
 
+TEST(InterfacesKernel, TheUptimeIsThatOfSysUpTime)
+{
+    const auto upTime = [] {
+        const std::string text = ReadFile("/proc/uptime");
+        return static_cast<unsigned>(std::stod(text.substr(0, text.find(' '))) * 100 + 0.5);
+    };
+    const unsigned before = upTime();
+    const unsigned ticks = TicksOf(HostUptime());
+    EXPECT_GE(ticks, before);
+    EXPECT_LE(ticks, upTime());
+}
+
 TEST(InterfacesKernel, CountsTheTrafficOfTheLoopback)
 {
     InOwnNetwork([] {
@@ -307,6 +319,12 @@ TEST(InterfacesKernel, RaisesWhatHappensToALink)
         ASSERT_EQ(Ip("link del left"), "");
         EXPECT_EQ(agent.client.Get(last), "Null/noSuchInstance");
         EXPECT_EQ(agent.client.Get("2.1.0"), "1");
+        // Until its message has come it goes just now, whenever that is.
+        EXPECT_TRUE(Eventually([&] {
+            const unsigned gone = agent.Ticks("31.1.5.0");
+            std::this_thread::sleep_for(std::chrono::milliseconds(30));
+            return agent.Ticks("31.1.5.0") == gone;
+        }));
     });
 }
 
@@ -362,7 +380,7 @@ TEST(InterfacesKernel, WatchingSleepsEndsAndBeginsAgain)
     };
     const double before = processorTime();
     std::this_thread::sleep_for(std::chrono::seconds(1));
-    EXPECT_LT(processorTime() - before, 0.5) << "it asks again and again";
+    EXPECT_LT(processorTime() - before, 0.1) << "it asks again and again";
 }
 
 TEST(InterfacesKernel, WhatHappenedWhileNobodyWatchedIsFound)
@@ -378,7 +396,10 @@ TEST(InterfacesKernel, WhatHappenedWhileNobodyWatchedIsFound)
         ASSERT_EQ(Ip("link set right down"), "");
         ASSERT_TRUE(Eventually([] { return ReadByName().at("left").oper != eIfUp; }));
         agent.module.Init();
-        EXPECT_TRUE(agent.Comes(LinkDown(ReadByName().at("left").index, eIfUp, eIfUp)));
+        const unsigned left = ReadByName().at("left").index;
+        EXPECT_TRUE(agent.Comes(LinkDown(left, eIfUp, eIfUp)));
+        ASSERT_EQ(Ip("link set right up"), "");
+        EXPECT_TRUE(agent.Comes(LinkUp(left, eIfUp, eIfUp))) << "and watched again";
     });
 }
 

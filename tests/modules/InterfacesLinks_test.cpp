@@ -187,6 +187,8 @@ TEST_F(InterfacesLinks, WhatARequestSeesBeforeItsMessageHappensNow)
     EXPECT_EQ(TableLastChange(), "0");
     Take(3);
     EXPECT_EQ(TableLastChange(), "30000");
+    Put(Link(5, "eth3"));
+    EXPECT_EQ(TableLastChange(), "30000") << "as many, and others";
     EXPECT_EQ(TakeSent(), Sent()) << "requests raise nothing";
 }
 

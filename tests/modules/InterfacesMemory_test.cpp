@@ -19,6 +19,8 @@ public:
     {
         ++sent;
         areWhole = areWhole && trap.IsWhole() && trap.Bindings().Count() == 3;
+        for (int i = 0; areWhole && i < 3; ++i)
+            areWhole = trap.Bindings()[i].Name().Length() == 11;
     }
     int sent = 0;
     bool areWhole = true;
