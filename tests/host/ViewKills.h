@@ -10,12 +10,19 @@
 #include <map>
 #include <random>
 
-// Every SET numbers itself: it writes its number into the mask of one row, and
-// changes up to three others. So what a restarted agent shows there tells which SET
+// Some managers change rows of their own, each with one SET on its way at a time. Every
+// SET numbers itself: it writes its number into the mask of one of its manager's rows,
+// and changes up to three others. So what a restarted agent shows there tells which SET
 // was the last it kept, and every other row has to be as that SET left it.
 class ViewKills {
 public:
-    explicit ViewKills(unsigned seed) : m_random(seed) {}
+    explicit ViewKills(unsigned seed) : m_random(seed)
+    {
+        for (unsigned i = 0; i < kManagers; ++i) {
+            m_managers[i].numbered = i * kRows;
+            m_managers[i].states = {{{i * kRows, SRow()}}};
+        }
+    }
 
     void Run(int kills)
     {
@@ -47,9 +54,16 @@ private:
         int status = eActive;
     };
     using CRows = std::map<unsigned, SRow>; // by the last arc of the subtree
+    struct SManager {
+        unsigned numbered = 0;    // the row that the configuration has; the others follow
+        std::deque<CRows> states; // acknowledged, and after the SET that is on its way
+        int number = 0;           // of the last SET
 
-    static constexpr unsigned kNumbered = 0; // in the configuration
-    static constexpr unsigned kOthers = 7;   // from 1 on
+        bool Waits() const { return states.size() > 1; }
+    };
+
+    static constexpr unsigned kManagers = 3;
+    static constexpr unsigned kRows = 8; // of each
     static constexpr int kPatience = 30000;
 
     unsigned Below(unsigned bound) { return static_cast<unsigned>(m_random() % bound); }
@@ -68,7 +82,8 @@ private:
     }
 
     // Makes, destroys, or changes and suspends or resumes a row.
-    void Change(CRows& rows, unsigned family, std::vector<ber::Bytes>& bindings)
+    void Change(CRows& rows, unsigned family, const ber::Bytes& mask,
+                std::vector<ber::Bytes>& bindings)
     {
         const bool isThere = rows.count(family) > 0;
         if (isThere && Below(3) == 0) {
@@ -77,7 +92,7 @@ private:
             return;
         }
         SRow& row = rows[family];
-        row.mask = rows[kNumbered].mask;
+        row.mask = mask;
         row.type = 1 + static_cast<int>(Below(2));
         if (isThere) {
             row.status = row.status == eActive ? eNotInService : eActive;
@@ -93,19 +108,23 @@ private:
         bindings.push_back(Number(4, family, row.type));
     }
 
-    // The next SET; its bindings stand in any order.
-    ber::Bytes MakeSet(CRows& rows)
+    // A manager's next SET; its bindings stand in any order.
+    void Send(const UdpClient& client, SManager& manager)
     {
-        rows[kNumbered].mask = ber::Reader(ber::Integer(++m_number)).Element();
-        std::vector<ber::Bytes> bindings{Mask(kNumbered, rows[kNumbered].mask)};
-        const unsigned first = Below(kOthers);
+        manager.number = ++m_number;
+        CRows rows = manager.states.back();
+        const ber::Bytes mask = ber::Reader(ber::Integer(m_number)).Element();
+        rows[manager.numbered].mask = mask;
+        std::vector<ber::Bytes> bindings{Mask(manager.numbered, mask)};
+        const unsigned first = Below(kRows - 1);
         for (unsigned i = 0, count = 1 + Below(3); i < count; ++i)
-            Change(rows, 1 + (first + i) % kOthers, bindings);
+            Change(rows, manager.numbered + 1 + (first + i) % (kRows - 1), mask, bindings);
         std::shuffle(bindings.begin(), bindings.end(), m_random);
         ber::Bytes all;
         for (const ber::Bytes& binding : bindings)
             all += binding;
-        return ber::Message(1, "boss", 0xa3, m_number, 0, 0, all);
+        ASSERT_TRUE(client.Send(ber::Message(1, "boss", 0xa3, m_number, 0, 0, all)));
+        manager.states.push_back(rows);
     }
 
     void KillWhileItStarts()
@@ -124,38 +143,39 @@ private:
         ASSERT_TRUE(agent.IsReady()) << agent.Earlier() << agent.FirstLine();
         const UdpClient client(agent.Port());
         ExpectWhole(client);
-        const size_t window = 1 + Below(4);
+        const unsigned managers = 1 + Below(kManagers);
+        auto sendAll = [&] {
+            for (unsigned i = 0; i < managers; ++i) {
+                if (!m_managers[i].Waits())
+                    Send(client, m_managers[i]);
+            }
+        };
         for (unsigned wanted = Below(12); wanted > 0; --wanted) {
-            Fill(client, window);
+            sendAll();
             ASSERT_TRUE(TakeAnswer(client, kPatience)) << "no answer";
         }
-        Fill(client, window);
+        sendAll();
         usleep(Below(Below(2) ? 500 : 8000));
         EXPECT_EQ(agent.Kill(SIGKILL), 128 + SIGKILL);
-        while (m_states.size() > 1 && TakeAnswer(client, 0)) {
+        while (TakeAnswer(client, 0)) {
         }
     }
 
-    void Fill(const UdpClient& client, size_t window)
-    {
-        while (m_states.size() <= window) {
-            CRows rows = m_states.back();
-            ASSERT_TRUE(client.Send(MakeSet(rows)));
-            m_states.push_back(rows);
-        }
-    }
-
-    // The answer to the oldest SET that is open.
     bool TakeAnswer(const UdpClient& client, int milliseconds)
     {
         const ber::Reply reply = ber::ReadReply(client.Receive(milliseconds));
         if (!reply.ok)
             return false;
-        EXPECT_EQ(reply.requestId, m_number - static_cast<int>(m_states.size()) + 2);
         EXPECT_EQ(reply.status, 0) << "at " << reply.index;
-        m_states.pop_front();
-        ++m_acknowledged;
-        return true;
+        for (SManager& manager : m_managers) {
+            if (manager.Waits() && manager.number == reply.requestId) {
+                manager.states.pop_front();
+                ++m_acknowledged;
+                return true;
+            }
+        }
+        ADD_FAILURE() << "nobody asked " << reply.requestId;
+        return false;
     }
 
     // What a restart keeps.
@@ -185,16 +205,17 @@ private:
     // All rows of the view; one that lacks a column has a 0 there.
     static CRows Read(const UdpClient& client)
     {
+        constexpr unsigned kAll = kManagers * kRows;
         ber::Bytes from;
         std::map<ber::Bytes, std::pair<unsigned, unsigned>> cells;
         for (unsigned column = 3; column <= 6; ++column) {
             ber::Oid view = Name(column, 0);
             view.resize(14);
             from += ber::Binding(view);
-            for (unsigned family = 0; family <= kOthers; ++family)
+            for (unsigned family = 0; family < kAll; ++family)
                 cells[ber::Name(Name(column, family))] = {column, family};
         }
-        EXPECT_TRUE(client.Send(ber::Message(1, "boss", 0xa5, 0, 0, kOthers + 2, from)));
+        EXPECT_TRUE(client.Send(ber::Message(1, "boss", 0xa5, 0, 0, kAll + 1, from)));
         const ber::Reply reply = ber::ReadReply(client.Receive(kPatience));
         EXPECT_TRUE(reply.ok);
         CRows rows;
@@ -213,36 +234,44 @@ private:
         return rows;
     }
 
-    // The agent must show what the last SET that was acknowledged left, or a later
-    // one, and go on from there.
+    // The agent must show what each manager's last SET that was acknowledged left, or
+    // the one after it.
     void ExpectWhole(const UdpClient& client)
     {
-        const CRows seen = Read(client);
-        const auto numbered = seen.find(kNumbered);
+        const CRows all = Read(client);
+        for (SManager& manager : m_managers)
+            ExpectWhole(manager, CRows(all.lower_bound(manager.numbered),
+                                       all.lower_bound(manager.numbered + kRows)));
+    }
+    void ExpectWhole(SManager& manager, const CRows& seen)
+    {
+        const auto numbered = seen.find(manager.numbered);
         ASSERT_NE(numbered, seen.end()) << Text(seen);
-        const auto state = std::find_if(m_states.begin(), m_states.end(), [&](const CRows& rows) {
-            return rows.at(kNumbered).mask == numbered->second.mask;
-        });
-        ASSERT_NE(state, m_states.end()) << "a SET that was acknowledged is lost:\n"
-                                         << Text(seen) << "instead of at least\n"
-                                         << Text(m_states.front());
+        const auto state =
+            std::find_if(manager.states.begin(), manager.states.end(), [&](const CRows& rows) {
+                return rows.at(manager.numbered).mask == numbered->second.mask;
+            });
+        ASSERT_NE(state, manager.states.end()) << "a SET that was acknowledged is lost:\n"
+                                               << Text(seen) << "instead of at least\n"
+                                               << Text(manager.states.front());
         const CRows kept = Kept(*state);
         EXPECT_EQ(Text(seen), Text(kept));
-        m_cutOff += static_cast<int>(m_states.end() - state) - 1;
+        m_cutOff += static_cast<int>(manager.states.end() - state) - 1;
         m_forgotten += static_cast<int>(state->size() - kept.size());
-        m_states = {kept};
+        manager.states = {kept};
     }
 
     std::mt19937 m_random;
     TempDir m_directory;
     ConfigFile m_file{"agentAddress = \"udp:127.0.0.1:0\"\n"
-                      "[[view]]\nname = \"k\"\ninclude = [\"1.3.0\"]\n"
+                      "[[view]]\nname = \"k\"\ninclude = [\"1.3.0\", \"1.3.8\", \"1.3.16\"]\n"
                       "[[community]]\nname = \"boss\"\nread = \"everything\"\n"
                       "write = \"everything\"\n"};
-    const Arguments m_line{VKAGENTD, "--store", m_directory.File("store.db"), "--config",
-                           m_file.Name()};
-    // The rows as they are acknowledged, and after each SET that is open.
-    std::deque<CRows> m_states{{{kNumbered, SRow()}}};
+    // Places for all managers' SETs at once.
+    const Arguments m_line{VKAGENTD,   "--store",     m_directory.File("store.db"),
+                           "--config", m_file.Name(), "--workers",
+                           "8"};
+    SManager m_managers[kManagers];
     int m_number = 0;
     int m_acknowledged = 0;
     int m_cutOff = 0;
