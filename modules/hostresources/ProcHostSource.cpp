@@ -58,10 +58,7 @@ std::optional<std::string> ReadFile(const std::string& path)
     }
 }
 
-bool IsNumber(const char* name)
-{
-    return *name && std::strspn(name, "0123456789") == std::strlen(name);
-}
+bool IsNumber(const char* name) { return std::strspn(name, "0123456789") == std::strlen(name); }
 
 // "cpu0 user nice system idle iowait irq softirq steal guest guest_nice". Times of
 // guests are in user and nice already; old kernels tell the first four only.
@@ -217,7 +214,7 @@ std::optional<unsigned> CProcHostSource::CountProcesses() const
 
 bool CProcHostSource::IsAlive(int process) const
 {
-    return process > 0 && access((m_proc + "/" + std::to_string(process)).c_str(), F_OK) == 0;
+    return access((m_proc + "/" + std::to_string(process)).c_str(), F_OK) == 0;
 }
 
 // A session that was killed leaves its record behind.

@@ -238,8 +238,18 @@ TEST(MeasureDisk, IsOfTheMountItselfAndOfADirectory)
     other.id = root->id + 1000000;
     EXPECT_FALSE(MeasureDisk(other)) << "another mount";
     other = *root;
-    other.mountPoint = "/proc/self/mountinfo";
-    EXPECT_FALSE(MeasureDisk(other)) << "a file";
     other.mountPoint = "/nowhere/at/all";
     EXPECT_FALSE(MeasureDisk(other));
+
+    const TempDir dir;
+    WriteFile(dir.File("file"), "");
+    const auto at = [&](const std::string& path) {
+        const auto measured = [&](SMount mount) {
+            mount.mountPoint = path;
+            return MeasureDisk(mount).has_value();
+        };
+        return std::any_of(mounts.begin(), mounts.end(), measured);
+    };
+    EXPECT_TRUE(at(dir.Path()));
+    EXPECT_FALSE(at(dir.File("file"))) << "no directory";
 }

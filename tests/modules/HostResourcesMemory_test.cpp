@@ -111,6 +111,39 @@ TEST(HostResourcesMemory, ARequestAfterwardsFindsEverything)
     }
 }
 
+TEST(HostResourcesMemory, AStepOfAWalkGoesOnOrEndsIt)
+{
+    const std::pair<int, const char*> steps[] = {{0, "1.3.6.1.2.1.25.1.3.0"},
+                                                 {2, "1.3.6.1.2.1.25.2.3.1.3.5"},
+                                                 {3, "1.3.6.1.2.1.25.3.2.1.3.2"},
+                                                 {4, "1.3.6.1.2.1.25.3.3.1.1.2"}};
+    SFurnished furnished;
+    for (const auto& [implementation, name] : steps) {
+        BMibImpl& impl = *furnished.module.GetImplAt(implementation);
+        BVarBind whole(MakeOid(name));
+        ASSERT_EQ(impl.GetNext(++furnished.requests, whole), 0);
+        for (int granted = 0;; ++granted) {
+            BVarBind binding(MakeOid(name));
+            FailingAlloc fail(granted);
+            const auto step = [&, id = ++furnished.requests] {
+                try {
+                    return impl.GetNext(id, binding);
+                } catch (const std::bad_alloc&) {
+                    return int(eSnmpGenErr);
+                }
+            };
+            const int status = step();
+            if (!fail.Failed()) {
+                EXPECT_EQ(binding.Name(), whole.Name());
+                break;
+            }
+            EXPECT_TRUE(status == eSnmpGenErr || binding.Value().Syntax() == eEndOfMibView ||
+                        binding.Name() == whole.Name())
+                << name << " " << granted << " " << TextOf(binding.Name());
+        }
+    }
+}
+
 TEST(HostResourcesMemory, ASampleThatFindsNoneIsLeftOut)
 {
     FakeHost host;

@@ -60,8 +60,9 @@ protected:
         Write("uptime", text);
         return host.ReadUptime();
     }
+    // The bytes of such records, without the last ones.
     void WriteSessions(const std::vector<std::pair<short, int>>& typesAndProcesses,
-                       const std::string& end = "")
+                       size_t missing = 0)
     {
         std::string bytes;
         for (const auto& [type, process] : typesAndProcesses) {
@@ -71,7 +72,7 @@ protected:
             std::memcpy(record.ut_user, "user", 4);
             bytes.append(reinterpret_cast<const char*>(&record), sizeof record);
         }
-        WriteFile(dir.File("utmp"), bytes + end);
+        WriteFile(dir.File("utmp"), bytes.substr(0, bytes.size() - missing));
     }
 
     TempDir dir;
@@ -201,8 +202,8 @@ TEST_F(ProcHost, UsersAreSessionsWhoseProcessLives)
     EXPECT_EQ(host.ReadProcesses().users, 3u);
     WriteSessions({});
     EXPECT_EQ(host.ReadProcesses().users, 0u);
-    WriteSessions({{USER_PROCESS, 10}}, "half a record");
-    EXPECT_EQ(host.ReadProcesses().users, 1u);
+    WriteSessions({{USER_PROCESS, 10}, {USER_PROCESS, 11}}, 1);
+    EXPECT_EQ(host.ReadProcesses().users, 1u) << "a record that is being written";
 }
 
 TEST_F(ProcHost, MemoryIsFoundByItsNames)
