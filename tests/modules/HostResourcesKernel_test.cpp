@@ -30,7 +30,7 @@ time_t Now()
     return now.tv_sec;
 }
 
-class Kernel : public testing::Test {
+class HostResourcesKernel : public testing::Test {
 protected:
     // Asks until it says true; whether it did.
     template <class Condition>
@@ -72,7 +72,7 @@ protected:
 
 } // namespace
 
-TEST_F(Kernel, UptimeIsThatOfTheSystem)
+TEST_F(HostResourcesKernel, UptimeIsThatOfTheSystem)
 {
     struct sysinfo before = {}, after = {};
     sysinfo(&before);
@@ -82,7 +82,7 @@ TEST_F(Kernel, UptimeIsThatOfTheSystem)
     EXPECT_LE(uptime / 100, after.uptime);
 }
 
-TEST_F(Kernel, DateIsNow)
+TEST_F(HostResourcesKernel, DateIsNow)
 {
     const time_t before = Now();
     Client manager(client.handler);
@@ -102,12 +102,12 @@ TEST_F(Kernel, DateIsNow)
     EXPECT_LE(utc, after);
 }
 
-TEST_F(Kernel, ParametersAreItsCommandLine)
+TEST_F(HostResourcesKernel, ParametersAreItsCommandLine)
 {
     EXPECT_EQ(client.Get("1.4.0"), ReadFile("/proc/cmdline").substr(0, 128));
 }
 
-TEST_F(Kernel, ProcessesAreCountedAndLimited)
+TEST_F(HostResourcesKernel, ProcessesAreCountedAndLimited)
 {
     const auto runs = [](long long process) {
         return std::filesystem::exists("/proc/" + std::to_string(process));
@@ -126,7 +126,7 @@ TEST_F(Kernel, ProcessesAreCountedAndLimited)
                              std::stoll(ReadFile("/proc/sys/kernel/threads-max"))));
 }
 
-TEST_F(Kernel, MemoryIsThatOfTheSystem)
+TEST_F(HostResourcesKernel, MemoryIsThatOfTheSystem)
 {
     const long long kibibytes = sysconf(_SC_PHYS_PAGES) * (sysconf(_SC_PAGESIZE) / 1024);
     EXPECT_EQ(Number("2.2.0"), std::min(kibibytes, 2147483647LL));
@@ -139,7 +139,7 @@ TEST_F(Kernel, MemoryIsThatOfTheSystem)
     EXPECT_LT(Number("2.3.1.6.1"), Number("2.3.1.5.1"));
 }
 
-TEST_F(Kernel, DisksHaveTheSizesOfStatvfs)
+TEST_F(HostResourcesKernel, DisksHaveTheSizesOfStatvfs)
 {
     for (const auto& [index, mountPoint] : Column("2.3.1.3")) {
         if (index < 101)
@@ -160,7 +160,7 @@ TEST_F(Kernel, DisksHaveTheSizesOfStatvfs)
     }
 }
 
-TEST_F(Kernel, ARootOnABlockDeviceIsThere)
+TEST_F(HostResourcesKernel, ARootOnABlockDeviceIsThere)
 {
     struct stat root = {};
     ASSERT_EQ(stat("/", &root), 0);
@@ -171,7 +171,7 @@ TEST_F(Kernel, ARootOnABlockDeviceIsThere)
     EXPECT_EQ(client.Get("1.3.0") == "100001", !source.ReadLoadDevice().empty());
 }
 
-TEST_F(Kernel, ProcessorsAreThoseOnline)
+TEST_F(HostResourcesKernel, ProcessorsAreThoseOnline)
 {
     const auto processors = Column("3.3.1.1");
     EXPECT_EQ(static_cast<long>(processors.size()), sysconf(_SC_NPROCESSORS_ONLN));
@@ -185,7 +185,7 @@ TEST_F(Kernel, ProcessorsAreThoseOnline)
 
 // The samples lie between readings of the test's own, so whatever the machine does
 // meanwhile the load lies between what these say.
-TEST_F(Kernel, LoadIsWhatTheProcessorsDid)
+TEST_F(HostResourcesKernel, LoadIsWhatTheProcessorsDid)
 {
     CProcessorLoads loads(source);
     const auto outerStart = source.ReadProcessorTimes();
@@ -211,7 +211,7 @@ TEST_F(Kernel, LoadIsWhatTheProcessorsDid)
     }
 }
 
-TEST_F(Kernel, TheLoadOfARunningAgentComesByItself)
+TEST_F(HostResourcesKernel, TheLoadOfARunningAgentComesByItself)
 {
     EXPECT_TRUE(Comes([&] { return Column("3.3.1.2").size() == Column("3.3.1.1").size(); }));
     for (const auto& [index, load] : Column("3.3.1.2")) {
