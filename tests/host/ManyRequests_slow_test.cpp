@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <deque>
+#include <map>
 #include <random>
 
 namespace {
@@ -17,8 +17,10 @@ constexpr long kMemoryMore = 1024 * 1024; // what was freed is held back
 constexpr int kRequests = 1000000;
 constexpr long kMemoryMore = 1024; // KiB
 #endif
+constexpr long kMemoryOfThread = 256;
 constexpr int kTenth = kRequests / 10; // the first one warms up
 constexpr size_t kInFlight = 32;
+constexpr int kPatience = 1000;
 
 constexpr int kV1 = 0, kV2c = 1;
 constexpr int kGet = 0xa0, kGetNext = 0xa1, kSet = 0xa3, kGetBulk = 0xa5;
@@ -31,7 +33,7 @@ const ber::Oid kOrTable{1, 3, 6, 1, 2, 1, 1, 9};
 const ber::Oid kViews{1, 3, 6, 1, 6, 3, 16, 1, 5, 2};
 const ber::Oid kNobodys{1, 3, 6, 1, 4, 1, 32473, 1, 0};
 
-// Of a view behind all others.
+// A row of a view that comes after all others.
 ber::Oid Row(unsigned column)
 {
     ber::Oid name{1, 3, 6, 1, 6, 3, 16, 1, 5, 2, 1, column, 11};
@@ -39,6 +41,23 @@ ber::Oid Row(unsigned column)
         name.push_back(static_cast<unsigned char>(c));
     name.insert(name.end(), {2, 1, 3});
     return name;
+}
+
+// The request id of an answer, read without copying anything; 0 if it has none of four
+// octets.
+int IdOf(const ber::Bytes& answer)
+{
+    auto octet = [&](size_t at) {
+        return at < answer.size() ? static_cast<unsigned char>(answer[at]) : 0u;
+    };
+    auto open = [&](size_t at) { return at + (octet(at + 1) < 128 ? 2 : 2 + octet(at + 1) % 128); };
+    size_t at = open(0);        // the message
+    for (int i = 0; i < 2; ++i) // version and community, both short
+        at += 2 + octet(at + 1);
+    at = open(at); // the PDU
+    if (octet(at) != 2 || octet(at + 1) != 4)
+        return 0;
+    return ber::Reader(answer.substr(at, 6)).Number();
 }
 
 // One kind of request, and what it is answered. Request ids have four octets in
@@ -114,9 +133,9 @@ public:
             slot = lots[random() % lots.size()];
         const ber::Bytes sets[] = {
             ber::Binding(kContact, Text("Jane at the desk")),
-            ber::Binding(Row(6), ber::Integer(4)) + ber::Binding(Row(3), Text("\xf0")),
+            ber::Binding(Row(4), ber::Integer(2)) + ber::Binding(Row(3), Text("\xf0")),
             ber::Binding(kContact, Text("Jack by the sink")),
-            ber::Binding(Row(6), ber::Integer(6)),
+            ber::Binding(Row(4), ber::Integer(1)) + ber::Binding(Row(3), Text("\x80")),
         };
         for (size_t i = 0; i < kSets; ++i) {
             m_round[100 + 250 * i] = m_kinds.size();
@@ -139,6 +158,7 @@ private:
 
 struct SFootprint {
     long memory = 0; // KiB
+    long threads = 0;
     long descriptors = 0;
     long store = 0; // octets, with the log
     long ticks = 0; // of the processor, from the start
@@ -149,6 +169,7 @@ struct SFootprint {
         SFootprint footprint;
         const std::string status = ReadFile(process + "/status");
         footprint.memory = std::stol(status.substr(status.find("VmRSS:") + 6));
+        footprint.threads = std::stol(status.substr(status.find("Threads:") + 8));
         for (const auto& entry : std::filesystem::directory_iterator(process + "/fd"))
             footprint.descriptors += !entry.path().empty();
         for (const char* file : {"", "-wal"})
@@ -171,35 +192,51 @@ class ManyRequests : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(agent.IsReady()) << agent.FirstLine(); }
 
-    bool TakeAnswer()
+    // Answers come in any order.
+    void TakeAnswer()
     {
-        const auto [kind, id] = open.front();
-        open.pop_front();
-        return kind->IsAnswer(client.Receive(30000), id);
+        const std::string datagram = client.Receive(kPatience);
+        if (datagram.empty())
+            return AskAgain();
+        silences = 0;
+        const auto answered = open.find(IdOf(datagram));
+        if (answered == open.end()) {
+            EXPECT_GT(askedAgain, 0) << "an answer that nobody waits for";
+            return;
+        }
+        ASSERT_TRUE(answered->second->IsAnswer(datagram, answered->first))
+            << "request " << answered->first - BKind::kFirstId;
+        open.erase(answered);
+    }
+    // A busy agent may drop requests, as the network may.
+    void AskAgain()
+    {
+        ++askedAgain;
+        ASSERT_LT(++silences, 30) << open.size() << " requests are not answered";
+        for (const auto& [id, kind] : open)
+            EXPECT_TRUE(client.Send(kind->Request(id)));
     }
 
-    void Ask(BKind& kind)
+    void Ask(BKind& kind, size_t inFlight = kInFlight)
     {
         const int id = BKind::kFirstId + asked++;
         ASSERT_TRUE(client.Send(kind.Request(id)));
         if (kind.IsAnswered())
-            open.emplace_back(&kind, id);
-        if (open.size() < kInFlight)
-            return;
-        ASSERT_TRUE(TakeAnswer()) << "before request " << asked;
+            open[id] = &kind;
+        while (open.size() >= inFlight && !HasFatalFailure())
+            TakeAnswer();
     }
     void WaitForAll()
     {
-        while (!open.empty()) {
-            ASSERT_TRUE(TakeAnswer()) << "before request " << asked;
-        }
+        while (!open.empty() && !HasFatalFailure())
+            TakeAnswer();
     }
 
     // Until the log of the store begins again at its beginning.
     void FillLog()
     {
         for (int i = 0; i < 600 && !HasFatalFailure(); ++i)
-            Ask(mix.SetAt(i));
+            Ask(mix.SetAt(i), 1);
         WaitForAll();
     }
     void AskTenth()
@@ -209,17 +246,34 @@ protected:
         WaitForAll();
     }
 
+    // The processor's ticks for a tenth, which leaves the agent as `footprint` says.
+    long TicksOfTenth(SFootprint& footprint)
+    {
+        const long before = footprint.ticks;
+        AskTenth();
+        footprint = SFootprint::Of(agent.Pid(), store);
+        const long ticks = footprint.ticks - before;
+        std::printf("after %7d requests: %ld KiB, %ld threads, %ld descriptors, %ld octets in the "
+                    "store, %ld ticks for the last %d\n",
+                    asked, footprint.memory, footprint.threads, footprint.descriptors,
+                    footprint.store, ticks, kTenth);
+        return ticks;
+    }
+
     TempDir directory;
     std::string store = directory.File("store.db");
     ConfigFile file{"agentAddress = \"udp:127.0.0.1:0\"\n"
+                    "[[view]]\nname = \"temporaries\"\ninclude = [\"1.3\"]\n"
                     "[[community]]\nname = \"boss\"\nread = \"everything\"\n"
                     "write = \"everything\"\n"
                     "[[community]]\nname = \"public\"\nread = \"systemonly\"\n"};
     ConfiguredAgent agent{store, file};
     UdpClient client{agent.IsReady() ? agent.Port() : 0};
     BMix mix;
-    std::deque<std::pair<BKind*, int>> open;
+    std::map<int, BKind*> open; // by request id
     int asked = 0;
+    int askedAgain = 0;
+    int silences = 0; // one after the other
 };
 
 } // namespace
@@ -232,23 +286,22 @@ TEST_F(ManyRequests, LeaveTheAgentAsItWas)
     SFootprint last = warm;
     std::vector<long> ticks;
     for (int tenth = 2; tenth <= 10; ++tenth) {
-        AskTenth();
+        ticks.push_back(TicksOfTenth(last));
         ASSERT_FALSE(HasFatalFailure());
-        const SFootprint now = SFootprint::Of(agent.Pid(), store);
-        ticks.push_back(now.ticks - last.ticks);
-        last = now;
-        std::printf("after %7d requests: %ld KiB, %ld descriptors, %ld octets in the store, "
-                    "%ld ticks for the last %d\n",
-                    asked, now.memory, now.descriptors, now.store, ticks.back(), kTenth);
-        EXPECT_EQ(now.descriptors, warm.descriptors);
-        EXPECT_LE(now.store, warm.store);
-        EXPECT_LE(now.memory, warm.memory + kMemoryMore);
+        EXPECT_EQ(last.descriptors, warm.descriptors);
+        EXPECT_LE(last.store, warm.store);
+        EXPECT_LE(last.memory,
+                  warm.memory + kMemoryMore + kMemoryOfThread * (last.threads - warm.threads));
     }
-    // Another process may slow one of the last two down, not both.
-    const long atTheEnd = std::min(ticks[7], ticks[8]);
+    long atTheEnd = ticks.back();
     std::sort(ticks.begin(), ticks.end());
-    EXPECT_LE(2 * atTheEnd, 3 * ticks[4]);
+    const long median = ticks[ticks.size() / 2];
+    // What slows the agent down from outside passes, what grows in it stays.
+    for (int more = 0; more < 20 && 2 * atTheEnd > 3 * median; ++more)
+        atTheEnd = TicksOfTenth(last);
+    EXPECT_LE(2 * atTheEnd, 3 * median);
     EXPECT_EQ(agent.Ask("snmpget", "2c", "public", {oid::kSysContact}, {"-Oqv"}).output,
               "\"Jack by the sink\"\n");
+    std::printf("asked again %d times\n", askedAgain);
     EXPECT_EQ(agent.Kill(SIGTERM), 0);
 }
