@@ -354,6 +354,8 @@ TEST_F(HostAgents, AnEngineWithoutMemoryIsNoExceptionForWhoRaisesATrap)
     engine.isOutOfMemory = true;
     EXPECT_NO_THROW(gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr));
     EXPECT_EQ(engine.deliveries[0]->failed, 1u);
+    BAgent& sink = *agents.Registry().GetAgent(BString("trap:udp:192.0.2.1:162"));
+    EXPECT_EQ(sink.SendTrap(BTrapV2(MakeOid(kColdStart)), 0), BSinkAgent::eNotWhole);
     EXPECT_EQ(engine.deliveries[1]->failed, 1u);
 }
 
