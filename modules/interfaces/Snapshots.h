@@ -33,7 +33,8 @@ struct SSnapshot {
 // sees one snapshot from its first question to its end, however long it takes.
 //
 // Ownership: not of source and history, which outlive it.
-// Threads:   any.
+// Threads:   any. Its lock is held while the source is asked, and comes before those of
+//            the transaction registry and of the history.
 // Errors:    throws what the source throws, and std::bad_alloc.
 class CSnapshots {
 public:
