@@ -5,6 +5,7 @@
 #include "host/EditedLines.h"
 #include "host/HostError.h"
 #include "host/Log.h"
+#include "host/Modules.h"
 #include "host/PlainLines.h"
 #include "host/StopSignals.h"
 #include "host/Store.h"
@@ -14,7 +15,6 @@
 #include "host/agents/HostAgents.h"
 #include "host/config/ConfigFile.h"
 #include "host/wire/NetSnmpEngine.h"
-#include "modules/ViewTreeFamily.h"
 
 #include <fcntl.h>
 #include <iostream>
@@ -68,25 +68,6 @@ std::unique_ptr<BStore> OpenStore(const SOptions& options, const SConfiguration&
     return store;
 }
 
-modules::EAuthenTraps AuthenTrapsOf(const SConfiguration& configuration)
-{
-    return configuration.authenTraps.value_or(false) ? modules::eAuthenTrapsEnabled
-                                                     : modules::eAuthenTrapsDisabled;
-}
-
-void TellOfAuthenTraps(const SConfiguration& configuration, const modules::CSnmpGroup& snmp)
-{
-    if (configuration.authenTraps.value_or(snmp.AreTrapsEnabled()) != snmp.AreTrapsEnabled())
-        LogLine("snmpEnableAuthenTraps is as managers have set it, not as in " +
-                configuration.file + "; --reset-store returns to the file");
-}
-
-void AddGroup(IMIBHandler& handler, BMibImplGroup& group)
-{
-    if (!handler.RegisterGroup(&group) || group.Init() != group.GetNumImpls())
-        throw std::bad_alloc();
-}
-
 // It is there as long as modules may raise traps: always.
 BTrapGate& TrapGate()
 {
@@ -117,17 +98,14 @@ void Serve(const SOptions& options, const FAddModules& addModules)
     time.RecordStartTime();
     BAccess access(configuration, store.get());
     modules::SSnmpCounters counters;
-    modules::CSnmpModule snmp(counters, store.get(), AuthenTrapsOf(configuration));
-    TellOfAuthenTraps(configuration, snmp.Group());
-    modules::CViewModule views(access.Views(), store.get());
+    BTrapGate& gate = TrapGate();
+    BModules own(configuration, access, counters, store.get(), gate);
     BReportingHandler handler(access, store ? *store : static_cast<ISetSaves&>(noSaves));
     handler.Init(&time, store.get());
-    AddGroup(handler, snmp);
-    AddGroup(handler, views);
-    BTrapGate& gate = TrapGate();
+    own.Register(handler);
     BHostAgents agents(time, access, gate);
     addModules(handler, gate);
-    BAuthenticationTraps failures(snmp.Group(), gate);
+    BAuthenticationTraps failures(own.Snmp(), gate);
     BDispatcher dispatcher(handler, access, counters, &failures);
     BNetSnmpEngine engine(dispatcher, counters,
                           configuration.workers ? configuration.workers

@@ -26,7 +26,7 @@ struct STraffic {
     std::atomic<unsigned> received{0};
     std::atomic<unsigned> answered{0};
     std::atomic<unsigned> dropped{0};  // while it was suspended
-    std::atomic<unsigned> overload{0}; // dropped since no thread was free
+    std::atomic<unsigned> overload{0}; // dropped for want of a thread
 };
 
 class IEngine : public INotifier {

@@ -89,7 +89,7 @@ SLine::SLine(SOptions& options)
                    "Run up to N requests at once when modules are slow (default: as configured, "
                    "or four for each processor)")
         ->type_name("N")
-        ->check(CLI::Range(1, 1024));
+        ->check(CLI::Range(1u, kMostWorkers));
     app.set_version_flag("--version", "vkagentd " VKMIBH_VERSION);
 }
 

@@ -37,6 +37,7 @@ BString BListenAgent::GetParams()
         .Add("received", m_traffic.received)
         .Add("answered", m_traffic.answered)
         .Add("dropped while suspended", m_traffic.dropped)
+        .Add("dropped for want of a thread", m_traffic.overload)
         .Text();
 }
 

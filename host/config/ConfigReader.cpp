@@ -11,6 +11,7 @@ namespace {
 constexpr double kLeastTimeout = 0.01;
 constexpr double kMostTimeout = 3600;
 constexpr int64_t kMostRetries = 255;
+constexpr int64_t kMostTimeToLive = 3600000; // an hour
 
 struct SWord {
     const char* text;
@@ -55,6 +56,10 @@ SConfiguration BConfigReader::Read(const toml::table& root)
     ReadStore(table);
     ReadContexts(table);
     m_made.authenTraps = table.Flag("snmpEnableAuthenTraps");
+    m_made.workers =
+        static_cast<unsigned>(table.Integer("workers", 1, kMostWorkers).value_or(m_made.workers));
+    m_made.timeToLive = static_cast<unsigned>(
+        table.Integer("timeToLive", 0, kMostTimeToLive).value_or(m_made.timeToLive));
     // Each kind may name things of those before it.
     table.Tables("view", [this](BConfigTable& view) { ReadView(view); });
     table.Tables("group", [this](BConfigTable& group) { ReadGroup(group); });

@@ -35,12 +35,16 @@ struct STrapSink : SReceiver {
 // model USM; requests from the wire have model SNMPv1 or SNMPv2c.
 constexpr const char* kGroupConsole = "console";
 
+constexpr unsigned kMostWorkers = 1024;
+
 struct SConfiguration {
     std::string file; // empty: there is none
     std::vector<BTransportAddress> listen;
     std::string store; // empty: the file under the user's state directory
     // Requests that may be at work at once; 0: four for each processor.
     unsigned workers = 0;
+    // Milliseconds that what the kernel has told is shown to later requests.
+    unsigned timeToLive = 1000;
     // What snmpEnableAuthenTraps is until a manager sets it; nothing: disabled.
     std::optional<bool> authenTraps;
     // Whether the file says who may ask, be it nobody.

@@ -84,7 +84,8 @@ TEST_F(AgentCommands, ASuspendedAddressAnswersNobodyUntilItIsResumed)
         return "*** " + name + "\naddress: " + name + "\nstate: " + state +
                "\nreceived: " + std::to_string(received) +
                "\nanswered: " + std::to_string(answered) +
-               "\ndropped while suspended: " + std::to_string(dropped) + "\n";
+               "\ndropped while suspended: " + std::to_string(dropped) +
+               "\ndropped for want of a thread: 0\n";
     };
     EXPECT_TRUE(IsAnswered());
     ExpectParameters(name, parameters("running", 1, 1, 0));

@@ -81,6 +81,8 @@ TEST(ConfigFile, AnEmptyFileConfiguresNothing)
     EXPECT_TRUE(configuration.communities.empty());
     EXPECT_TRUE(configuration.trapSinks.empty());
     EXPECT_FALSE(configuration.authenTraps.has_value());
+    EXPECT_EQ(configuration.workers, 0u);
+    EXPECT_EQ(configuration.timeToLive, 1000u);
     EXPECT_FALSE(configuration.hasCommunities);
     ASSERT_EQ(configuration.groups.size(), 1u);
     EXPECT_EQ(configuration.groups[0].name, "console");
@@ -114,6 +116,16 @@ TEST(ConfigFile, AuthenticationTrapsAreOnOrOffOrNotMentioned)
     EXPECT_EQ(Read({"snmpEnableAuthenTraps = true"}).authenTraps, true);
     EXPECT_EQ(Read({"snmpEnableAuthenTraps = false"}).authenTraps, false);
     EXPECT_EQ(Read({"store = \"/a\""}).authenTraps, std::nullopt);
+}
+
+TEST(ConfigFile, WorkersAndTimeToLiveGoToTheirLimits)
+{
+    SConfiguration least = Read({"workers = 1", "timeToLive = 0"});
+    EXPECT_EQ(least.workers, 1u);
+    EXPECT_EQ(least.timeToLive, 0u);
+    SConfiguration most = Read({"workers = 1024", "timeToLive = 3600000"});
+    EXPECT_EQ(most.workers, 1024u);
+    EXPECT_EQ(most.timeToLive, 3600000u);
 }
 
 TEST(ConfigFile, StoreAndContextsAreTakenAsTheyStand)

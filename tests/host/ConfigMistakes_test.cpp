@@ -33,8 +33,10 @@ const std::string kNoMask = " is no mask: write 1 to 16 octets in hexadecimal, l
 const std::string kLong = "123456789012345678901234567890123";
 
 // At the top of a file.
-const std::string kKeys = " is no key of the file, which has agentAddress, store, contexts, "
-                          "snmpEnableAuthenTraps, view, group, community, access, trapSink";
+const std::string kKeys =
+    " is no key of the file, which has agentAddress, store, contexts, "
+    "snmpEnableAuthenTraps, workers, timeToLive, view, group, community, access, "
+    "trapSink";
 
 const std::vector<SMistake> kTopMistakes = {
     {"a = 1\na = 2\n",
@@ -66,6 +68,15 @@ const std::vector<SMistake> kTopMistakes = {
     {"snmpEnableAuthenTraps = 1\n", {"f:1: snmpEnableAuthenTraps '1' is neither true nor false"}},
     {"snmpEnableAuthenTraps = \"enabled\"\n",
      {"f:1: snmpEnableAuthenTraps 'enabled' is neither true nor false"}},
+    {"workers = 0\ntimeToLive = -1\n",
+     {"f:1: workers '0' is no integer from 1 to 1024",
+      "f:2: timeToLive '-1' is no integer from 0 to 3600000"}},
+    {"workers = 1025\ntimeToLive = 3600001\n",
+     {"f:1: workers '1025' is no integer from 1 to 1024",
+      "f:2: timeToLive '3600001' is no integer from 0 to 3600000"}},
+    {"workers = \"4\"\ntimeToLive = 1.5\n",
+     {"f:1: workers '4' is no integer from 1 to 1024",
+      "f:2: timeToLive '1.5' is no integer from 0 to 3600000"}},
 };
 
 const std::vector<SMistake> kViewMistakes = {

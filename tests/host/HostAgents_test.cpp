@@ -389,11 +389,13 @@ TEST_F(HostAgents, ParametersOfAListeningAddress)
     engine.traffics[1]->received = 3;
     engine.traffics[1]->answered = 2;
     engine.traffics[1]->dropped = 4294967295u;
+    engine.traffics[1]->overload = 5;
     EXPECT_EQ(Parameters("udp:127.0.0.1:1161"), "address: udp:127.0.0.1:1161\n"
                                                 "state: running\n"
                                                 "received: 3\n"
                                                 "answered: 2\n"
-                                                "dropped while suspended: 4294967295");
+                                                "dropped while suspended: 4294967295\n"
+                                                "dropped for want of a thread: 5");
 }
 
 TEST_F(HostAgents, ParametersOfASinkDoNotShowItsCommunity)

@@ -168,6 +168,7 @@ TEST_F(SlowModules, AnswerEachOfTheirOwnClients)
 TEST_F(SlowModules, AreServedAgainAndAgain)
 {
     Start(2);
+    long before = Status("Threads:");
     for (int round = 0; round < 20; ++round) {
         auto slow = Client();
         ASSERT_TRUE(slow->Send(Get(round, SlowGet(1))));
@@ -176,8 +177,8 @@ TEST_F(SlowModules, AreServedAgainAndAgain)
         EXPECT_EQ(RequestId(slow->Receive()), round);
         HoldAgain();
     }
-    // The first, one for each worker, and the keeper of the gate.
-    EXPECT_LE(Status("Threads:"), 4);
+    // Another standby, when the first had taken over.
+    EXPECT_LE(Status("Threads:"), before + 1);
 }
 
 // The agent's socket hands messages out in the order they came: what comes behind

@@ -1,0 +1,52 @@
+#include "host/Modules.h"
+
+#include "host/Log.h"
+#include "host/Store.h"
+
+#include <new>
+
+namespace VLK::host {
+
+namespace {
+
+modules::EAuthenTraps AuthenTrapsOf(const SConfiguration& configuration)
+{
+    return configuration.authenTraps.value_or(false) ? modules::eAuthenTrapsEnabled
+                                                     : modules::eAuthenTrapsDisabled;
+}
+
+void TellOfAuthenTraps(const SConfiguration& configuration, const modules::CSnmpGroup& snmp)
+{
+    if (configuration.authenTraps.value_or(snmp.AreTrapsEnabled()) != snmp.AreTrapsEnabled())
+        LogLine("snmpEnableAuthenTraps is as managers have set it, not as in " +
+                configuration.file + "; --reset-store returns to the file");
+}
+
+void AddGroup(IMIBHandler& handler, BMibImplGroup& group)
+{
+    if (!handler.RegisterGroup(&group) || group.Init() != group.GetNumImpls())
+        throw std::bad_alloc();
+}
+
+} // namespace
+
+BModules::BModules(const SConfiguration& configuration, BAccess& access,
+                   modules::SSnmpCounters& counters, BStore* store, ITrapSender& traps)
+    : m_snmp(counters, store, AuthenTrapsOf(configuration)), m_views(access.Views(), store),
+      m_interfaces(traps, store, {configuration.timeToLive}),
+      m_hostResources(m_host, configuration.timeToLive)
+{
+    TellOfAuthenTraps(configuration, m_snmp.Group());
+}
+
+void BModules::Register(IMIBHandler& handler)
+{
+    AddGroup(handler, m_snmp);
+    AddGroup(handler, m_views);
+    AddGroup(handler, m_interfaces);
+    AddGroup(handler, m_hostResources);
+    if (!m_interfaces.WatchProblem().empty())
+        LogLine("interfaces are not watched: " + m_interfaces.WatchProblem());
+}
+
+} // namespace VLK::host

@@ -1,0 +1,36 @@
+// The MIB modules that the agent serves beside the system group.
+#pragma once
+
+#include "host/access/Access.h"
+#include "modules/SnmpGroup.h"
+#include "modules/ViewTreeFamily.h"
+#include "modules/hostresources/HostResourcesModule.h"
+#include "modules/hostresources/ProcHostSource.h"
+#include "modules/interfaces/InterfacesModule.h"
+
+#include <vkmibh/agents.h>
+
+namespace VLK::host {
+
+// Tells the operator what is not as the configuration has it.
+//
+// Ownership: all it is given outlives it; the store may be null. Outlives the
+//            handler that it is registered with.
+// Errors:    the constructor and Register() throw std::bad_alloc.
+class BModules {
+public:
+    BModules(const SConfiguration& configuration, BAccess& access, modules::SSnmpCounters& counters,
+             BStore* store, ITrapSender& traps);
+    void Register(IMIBHandler& handler);
+
+    const modules::CSnmpGroup& Snmp() const { return m_snmp.Group(); }
+
+private:
+    modules::CSnmpModule m_snmp;
+    modules::CViewModule m_views;
+    modules::CInterfacesModule m_interfaces;
+    modules::CProcHostSource m_host;
+    modules::CHostResourcesModule m_hostResources;
+};
+
+} // namespace VLK::host
