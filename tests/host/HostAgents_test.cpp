@@ -331,6 +331,7 @@ TEST_F(HostAgents, WithoutMemoryANotificationIsSentWholeOrHasFailed)
         [] { return 0; }, [&](int) { return sink.SendTrap(trap, 0); },
         [&](int, int result) {
             failed += result == BSinkAgent::eNotWhole;
+            EXPECT_NE(result, BSinkAgent::eNotShown) << "its objects are shown";
             EXPECT_EQ(engine.deliveries[0]->failed, failed);
             ASSERT_EQ(engine.sent.size(), result == BSinkAgent::eDone ? 1u : 0u);
             for (const FakeEngine::SSent& sent : engine.sent) {

@@ -263,6 +263,7 @@ TEST_F(NetSnmpReceivers, AnInformThatTheNetworkDoesNotTakeIsTriedAgain)
     broadcast.community = "traps";
     broadcast.isInform = true;
     broadcast.timeout = std::chrono::minutes(1);
+    broadcast.retries = 0;
     SDelivery& waiting = Kept<SDelivery>();
     SDelivery& triedTwice = Kept<SDelivery>();
     unsigned first = Engine().AddReceiver(broadcast, waiting);
