@@ -185,8 +185,6 @@ int CAlarmSampler::Run()
 
 int CAlarmSampler::Test(const BObjectIdentifier& variable) const
 {
-    if (!m_agent)
-        return eSnmpResourceUnavailable;
     SSample sample;
     const EAnswer answer = Ask(variable, sample);
     if (answer == eMissed)
@@ -196,13 +194,14 @@ int CAlarmSampler::Test(const BObjectIdentifier& variable) const
 
 CAlarmSampler::EAnswer CAlarmSampler::Ask(const BObjectIdentifier& variable, SSample& sample) const
 {
+    IMIBHandler* const agent = m_agent;
     const BOpenTransaction transaction;
     BVarBindList list;
-    if (!list.Append(variable) || list[0].Name() != variable)
+    if (!agent || !list.Append(variable) || list[0].Name() != variable)
         return eMissed;
     int errorIndex = 0;
-    const int status = m_agent.load()->Query(ePduGet, transaction.Id(), m_identity.security,
-                                             m_identity.context, list, errorIndex);
+    const int status = agent->Query(ePduGet, transaction.Id(), m_identity.security,
+                                    m_identity.context, list, errorIndex);
     if (status != eSnmpNoError)
         return SaysGone(status) ? eGone : eMissed;
     const std::optional<SSample> taken = SampleOf(list[0].Value());

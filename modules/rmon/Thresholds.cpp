@@ -49,11 +49,8 @@ unsigned CCrossings::Feed(const SThresholds& thresholds, int value)
 {
     const bool isHigh = value >= thresholds.rising;
     const bool isLow = value <= thresholds.falling;
-    // A threshold that was reached is behind the value when it is on its other side.
-    if (isLow && !isHigh)
-        m_mayRise = true;
-    if (isHigh && !isLow)
-        m_mayFall = true;
+    m_mayRise = m_mayRise || isLow;
+    m_mayFall = m_mayFall || isHigh;
     const bool rises =
         isHigh && (m_before ? *m_before < thresholds.rising : thresholds.startup & eStartRising);
     const bool falls =
