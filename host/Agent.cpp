@@ -3,6 +3,7 @@
 #include "host/Console.h"
 #include "host/Dispatcher.h"
 #include "host/EditedLines.h"
+#include "host/EngineIdentity.h"
 #include "host/HostError.h"
 #include "host/Log.h"
 #include "host/Modules.h"
@@ -64,7 +65,7 @@ std::unique_ptr<BStore> OpenStore(const SOptions& options, const SConfiguration&
     auto store = std::make_unique<BStore>(configuration.store.empty() ? DefaultStorePath()
                                                                       : configuration.store);
     if (options.resetStore)
-        store->Reset();
+        store->Reset(kEngineSection);
     return store;
 }
 
@@ -73,6 +74,18 @@ BTrapGate& TrapGate()
 {
     static auto* const gate = new BTrapGate;
     return *gate;
+}
+
+// Before any address is open: a number of boots counts from the first packet.
+void SpeakV3(BNetSnmpEngine& engine, const SConfiguration& configuration, BStore* store)
+{
+    if (!configuration.v3 || configuration.users.empty())
+        return;
+    const SEngineIdentity identity = StartEngine(store);
+    if (identity.boots == kMostBoots)
+        LogLine("SNMPv3 has started as often as an engine can: no authenticated request is "
+                "answered until there is another store");
+    engine.SpeakV3(identity, configuration.users);
 }
 
 // From coldStart to the end, however it comes.
@@ -111,6 +124,7 @@ void Serve(const SOptions& options, const FAddModules& addModules)
                           configuration.workers ? configuration.workers
                                                 : BNetSnmpEngine::DefaultWorkers());
 
+    SpeakV3(engine, configuration, store.get());
     agents.Open(engine, configuration);
     for (const BTransportAddress& address : agents.Addresses())
         LogLine("ready on " + address.ToString());

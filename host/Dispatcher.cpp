@@ -38,17 +38,21 @@ bool MayBeRefused(const SResponse& response)
                [](const BVarBind& binding) { return binding.Value().Syntax() == eEndOfMibView; });
 }
 
-BMessageBudget BudgetOf(const SRequest& request)
+// A manager with SNMPv3 may take less than it has sent.
+bool FitsEcho(const SRequest& request)
 {
-    return {request.maxMessage, request.community.size(), request.requestId};
+    return request.protocol != eSnmpV3 || BMessageBudget(request).Take(request.bindings);
 }
 
-void Finish(const SRequest& request, SResponse& response)
+void Finish(const SRequest& request, bool fitsEcho, SResponse& response)
 {
+    if (response.status != eSnmpNoError && response.status != eSnmpTooBig) {
+        AnswerError(request, response);
+        if (!fitsEcho)
+            response.status = eSnmpTooBig;
+    }
     if (response.status == eSnmpTooBig)
         AnswerTooBig(request, response);
-    else if (response.status != eSnmpNoError)
-        AnswerError(request, response);
 }
 
 } // namespace
@@ -60,7 +64,7 @@ BDispatcher::BDispatcher(IMIBHandler& handler, BAccess& access, modules::SSnmpCo
 }
 
 // The name of an unknown community is not logged: it may be a secret, mistyped.
-const SRequester* BDispatcher::Admit(const SRequest& request)
+const SRequester* BDispatcher::AdmitCommunity(const SRequest& request)
 {
     BCommunities::EAdmission admission;
     const SRequester* requester =
@@ -79,33 +83,59 @@ const SRequester* BDispatcher::Admit(const SRequest& request)
     return requester;
 }
 
+// Nobody with SNMPv3 is the operator at the console, whose security name is empty.
+std::optional<BDispatcher::SAsker> BDispatcher::Admit(const SRequest& request)
+{
+    if (request.protocol == eSnmpV3) {
+        if (request.security.securityName.empty())
+            return std::nullopt;
+        return SAsker{request.security, request.context};
+    }
+    const SRequester* requester = AdmitCommunity(request);
+    if (!requester)
+        return std::nullopt;
+    return SAsker{requester->Security(request.protocol), requester->context};
+}
+
+bool BDispatcher::IsContextUnknown(const SRequest& request, const SAsker& asker)
+{
+    return request.protocol == eSnmpV3 &&
+           m_access.Vacm().FindView(asker.security, eViewRead, asker.context).answer ==
+               eVacmNoSuchContext;
+}
+
 bool BDispatcher::Handle(SRequest& request, SResponse& response)
 {
-    const SRequester* requester = Admit(request);
-    if (!requester)
+    std::optional<SAsker> asker = Admit(request);
+    if (!asker)
         return false;
     response = SResponse();
-    if (!Answer(request, *requester, response))
+    if (IsContextUnknown(request, *asker)) {
+        response.isContextUnknown = true;
+        return true;
+    }
+    const bool fitsEcho = FitsEcho(request); // before its bindings take values
+    if (!Answer(request, *asker, response))
         return false;
-    CountBadUse(request, *requester, response);
-    Finish(request, response);
+    CountBadUse(request, *asker, response);
+    Finish(request, fitsEcho, response);
     return true;
 }
 
-bool BDispatcher::Answer(SRequest& request, const SRequester& requester, SResponse& response)
+bool BDispatcher::Answer(SRequest& request, const SAsker& asker, SResponse& response)
 {
     switch (request.pduType) {
     case ePduGet:
     case ePduGetNext:
-        AnswerList(request, requester, response);
+        AnswerList(request, asker, response);
         break;
     case ePduGetBulk:
         if (request.protocol == eSnmpV1)
             return false;
-        AnswerBulk(request, requester, response);
+        AnswerBulk(request, asker, response);
         break;
     case ePduSet:
-        AnswerSet(request, requester, response);
+        AnswerSet(request, asker, response);
         break;
     default:
         return false;
@@ -114,14 +144,12 @@ bool BDispatcher::Answer(SRequest& request, const SRequester& requester, SRespon
 }
 
 // An operation for which the community has no view at all.
-void BDispatcher::CountBadUse(const SRequest& request, const SRequester& requester,
+void BDispatcher::CountBadUse(const SRequest& request, const SAsker& asker,
                               const SResponse& response)
 {
     EViewType type = request.pduType == ePduSet ? eViewWrite : eViewRead;
-    if (MayBeRefused(response) &&
-        m_access.Vacm()
-                .FindView(requester.Security(request.protocol), type, requester.context)
-                .answer != eVacmAllowed)
+    if (request.protocol != eSnmpV3 && MayBeRefused(response) &&
+        m_access.Vacm().FindView(asker.security, type, asker.context).answer != eVacmAllowed)
         ++m_counters.inBadCommunityUses;
 }
 
@@ -129,20 +157,19 @@ void BDispatcher::AnswerInstead(int status, const SRequest& request, SResponse& 
 {
     response = SResponse();
     response.status = status;
-    Finish(request, response);
+    Finish(request, true, response);
 }
 
 // The answers take the places of the request's bindings.
-void BDispatcher::AnswerList(SRequest& request, const SRequester& requester, SResponse& response)
+void BDispatcher::AnswerList(SRequest& request, const SAsker& asker, SResponse& response)
 {
-    const BSecurityParams& security = requester.Security(request.protocol);
-    BRequestTransaction transaction(request, security, requester.context);
+    BRequestTransaction transaction(request, asker.security, asker.context);
     BVarBindList& list = request.bindings;
-    response.status = m_handler.Query(request.pduType, static_cast<int>(transaction.Id()), security,
-                                      requester.context, list, response.index);
+    response.status = m_handler.Query(request.pduType, static_cast<int>(transaction.Id()),
+                                      asker.security, asker.context, list, response.index);
     if (response.status != eSnmpNoError)
         return;
-    BMessageBudget budget = BudgetOf(request);
+    BMessageBudget budget(request);
     response.bindings.reserve(list.Count());
     for (unsigned i = 0; i < list.Count(); ++i) {
         if (!budget.Take(list[static_cast<int>(i)])) {
@@ -153,41 +180,41 @@ void BDispatcher::AnswerList(SRequest& request, const SRequester& requester, SRe
     }
 }
 
-void BDispatcher::AnswerBulk(const SRequest& request, const SRequester& requester,
-                             SResponse& response)
+void BDispatcher::AnswerBulk(const SRequest& request, const SAsker& asker, SResponse& response)
 {
-    const BSecurityParams& security = requester.Security(request.protocol);
-    BRequestTransaction transaction(request, security, requester.context);
+    BRequestTransaction transaction(request, asker.security, asker.context);
     auto step = [&](BVarBindList& list, int& errorIndex) {
-        return m_handler.Query(ePduGetBulk, static_cast<int>(transaction.Id()), security,
-                               requester.context, list, errorIndex);
+        return m_handler.Query(ePduGetBulk, static_cast<int>(transaction.Id()), asker.security,
+                               asker.context, list, errorIndex);
     };
-    BMessageBudget budget = BudgetOf(request);
+    BMessageBudget budget(request);
     response.status =
         AnswerGetBulk(step, request.bindings, request.nonRepeaters, request.maxRepetitions, budget,
                       response.bindings, response.index);
 }
 
-void BDispatcher::AnswerSet(SRequest& request, const SRequester& requester, SResponse& response)
+void BDispatcher::AnswerSet(SRequest& request, const SAsker& asker, SResponse& response)
 {
     if (request.unfitStatus != eSnmpNoError)
-        return AnswerUnfit(request, requester, response);
-    const BSecurityParams& security = requester.Security(request.protocol);
-    BRequestTransaction transaction(request, security, requester.context);
-    response.status = m_handler.Query(ePduSet, static_cast<int>(transaction.Id()), security,
-                                      requester.context, request.bindings, response.index);
+        return AnswerUnfit(request, asker, response);
+    // RFC 3416 section 4.2.5: before anything is set.
+    if (!FitsEcho(request)) {
+        response.status = eSnmpTooBig;
+        return;
+    }
+    BRequestTransaction transaction(request, asker.security, asker.context);
+    response.status = m_handler.Query(ePduSet, static_cast<int>(transaction.Id()), asker.security,
+                                      asker.context, request.bindings, response.index);
     response.echo = true;
 }
 
 // Who may not write learns that, and not what is wrong with the values.
-void BDispatcher::AnswerUnfit(const SRequest& request, const SRequester& requester,
-                              SResponse& response)
+void BDispatcher::AnswerUnfit(const SRequest& request, const SAsker& asker, SResponse& response)
 {
-    const BSecurityParams& security = requester.Security(request.protocol);
     response.status = request.unfitStatus;
     response.index = request.unfitIndex;
     for (int i = 0; i < static_cast<int>(request.bindings.Count()); ++i) {
-        SVacmDecision decision = m_access.Vacm().Decide(security, eViewWrite, requester.context,
+        SVacmDecision decision = m_access.Vacm().Decide(asker.security, eViewWrite, asker.context,
                                                         request.bindings[i].Name());
         if (decision.answer != eVacmAllowed) {
             response.status = eSnmpNoAccess;

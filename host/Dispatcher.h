@@ -5,6 +5,8 @@
 #include "host/access/Access.h"
 #include "modules/SnmpCounters.h"
 
+#include <optional>
+
 namespace VLK::host {
 
 // Is told of every request under a community that is unknown, or not answered there.
@@ -14,8 +16,9 @@ public:
     virtual void OnAuthenticationFailure() = 0;
 };
 
-// Answers requests from the MIB handler: admits by community, opens the
-// transaction, asks, and gives the answer the form of its protocol version.
+// Answers requests from the MIB handler: admits by community, or takes the user that
+// a message of SNMPv3 has proved, opens the transaction, asks, and gives the answer the
+// form of its protocol version.
 //
 // Ownership: what it is given outlives it.
 // Threads:   unchanging after construction; as safe side by side as Query() is.
@@ -29,14 +32,21 @@ public:
     void AnswerInstead(int status, const SRequest& request, SResponse& response) override;
 
 private:
-    const SRequester* Admit(const SRequest& request);
-    bool Answer(SRequest& request, const SRequester& requester, SResponse& response);
-    void CountBadUse(const SRequest& request, const SRequester& requester,
-                     const SResponse& response);
-    void AnswerList(SRequest& request, const SRequester& requester, SResponse& response);
-    void AnswerBulk(const SRequest& request, const SRequester& requester, SResponse& response);
-    void AnswerSet(SRequest& request, const SRequester& requester, SResponse& response);
-    void AnswerUnfit(const SRequest& request, const SRequester& requester, SResponse& response);
+    // Who asks, and in which context.
+    struct SAsker {
+        const BSecurityParams& security;
+        const BString& context;
+    };
+
+    std::optional<SAsker> Admit(const SRequest& request);
+    const SRequester* AdmitCommunity(const SRequest& request);
+    bool Answer(SRequest& request, const SAsker& asker, SResponse& response);
+    void CountBadUse(const SRequest& request, const SAsker& asker, const SResponse& response);
+    void AnswerList(SRequest& request, const SAsker& asker, SResponse& response);
+    void AnswerBulk(const SRequest& request, const SAsker& asker, SResponse& response);
+    bool IsContextUnknown(const SRequest& request, const SAsker& asker);
+    void AnswerSet(SRequest& request, const SAsker& asker, SResponse& response);
+    void AnswerUnfit(const SRequest& request, const SAsker& asker, SResponse& response);
 
     IMIBHandler& m_handler;
     BAccess& m_access;

@@ -1,5 +1,7 @@
 #include "host/MessageSize.h"
 
+#include <vkmibh/labels.h>
+
 namespace VLK::host {
 
 namespace {
@@ -73,6 +75,39 @@ unsigned long ValueContent(const BObjectSyntax& value)
     }
 }
 
+const unsigned long kHeader = 4;  // tag and length of a message, PDU or list
+const unsigned long kInteger = 6; // of 32 bits, with tag and length
+
+// PDU, list and the integers before it.
+unsigned long PduFrame(int requestId)
+{
+    // One that came as an unsigned number goes back as such, in five bytes.
+    unsigned long id = requestId < 0 ? 5 : IntegerContent(requestId);
+    // Error status and index are one byte each.
+    return 2 * kHeader + Wrapped(id) + 2 * Wrapped(1);
+}
+
+unsigned long CommunityFrame(unsigned long communityLength, int requestId)
+{
+    return kHeader + Wrapped(1) + Wrapped(communityLength) + PduFrame(requestId);
+}
+
+// Of RFC 3412 section 6, with the security parameters of RFC 3414 section 2.4. The
+// privacy that there is pads nothing.
+unsigned long V3Frame(const SRequest& request)
+{
+    const unsigned long longestDigest = 48; // RFC 7860 section 4
+    const unsigned long salt = 8;           // RFC 3826 section 3.1.2.1
+    const unsigned long engineId = Wrapped(request.engineIdLength);
+    unsigned long global = kHeader + 2 * kInteger + 2 * Wrapped(1);
+    unsigned long security =
+        2 * kHeader + engineId + 2 * kInteger + Wrapped(request.security.securityName.length()) +
+        Wrapped(request.security.securityLevel >= eAuthNoPriv ? longestDigest : 0) +
+        Wrapped(request.security.securityLevel >= eAuthPriv ? salt : 0);
+    unsigned long scoped = 2 * kHeader + engineId + Wrapped(request.context.length());
+    return kHeader + Wrapped(1) + global + security + scoped + PduFrame(request.requestId);
+}
+
 } // namespace
 
 unsigned long BindingSize(const BVarBind& binding)
@@ -80,14 +115,17 @@ unsigned long BindingSize(const BVarBind& binding)
     return Wrapped(Wrapped(OidContent(binding.Name())) + Wrapped(ValueContent(binding.Value())));
 }
 
-BMessageBudget::BMessageBudget(unsigned maxMessage, unsigned long communityLength, int requestId)
-    : m_max(maxMessage), m_used(0)
+BMessageBudget::BMessageBudget(const SRequest& request)
+    : m_max(request.maxMessage),
+      m_used(request.protocol == eSnmpV3
+                 ? V3Frame(request)
+                 : CommunityFrame(request.community.size(), request.requestId))
 {
-    const unsigned long header = 4; // tag and length of message, PDU and list
-    // One that came as an unsigned number goes back as such, in five bytes.
-    unsigned long id = requestId < 0 ? 5 : IntegerContent(requestId);
-    // The other three integers are one byte each.
-    m_used = 3 * header + Wrapped(id) + 3 * Wrapped(1) + Wrapped(communityLength);
+}
+
+BMessageBudget::BMessageBudget(unsigned maxMessage, unsigned long communityLength, int requestId)
+    : m_max(maxMessage), m_used(CommunityFrame(communityLength, requestId))
+{
 }
 
 bool BMessageBudget::Take(const BVarBind& binding)
@@ -96,6 +134,15 @@ bool BMessageBudget::Take(const BVarBind& binding)
     if (m_used + size > m_max)
         return false;
     m_used += size;
+    return true;
+}
+
+bool BMessageBudget::Take(const BVarBindList& bindings)
+{
+    for (int i = 0; i < static_cast<int>(bindings.Count()); ++i) {
+        if (!Take(bindings[i]))
+            return false;
+    }
     return true;
 }
 

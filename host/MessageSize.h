@@ -1,7 +1,7 @@
 // How large an answer becomes when it is encoded (X.690, definite lengths).
 #pragma once
 
-#include <vkmibh/values.h>
+#include "host/Request.h"
 
 namespace VLK::host {
 
@@ -13,9 +13,12 @@ class BMessageBudget {
 public:
     // The frame around the bindings is counted at its largest: below 64 KiB
     // every length takes at most three bytes, and above 255 no less.
+    explicit BMessageBudget(const SRequest& request);
     BMessageBudget(unsigned maxMessage, unsigned long communityLength, int requestId);
     // Takes the binding's bytes; false, and nothing taken, when they do not fit.
     bool Take(const BVarBind& binding);
+    // The same for all of them.
+    bool Take(const BVarBindList& bindings);
 
 private:
     unsigned long m_max;

@@ -62,7 +62,10 @@ BStore::BStore(const std::string& path)
       m_dropFields(m_database, "DELETE FROM field WHERE record IN"
                                " (SELECT id FROM record WHERE section = ?1)"),
       m_dropRecords(m_database, "DELETE FROM record WHERE section = ?1"),
-      m_count(m_database, "SELECT count(*) FROM record WHERE section = ?1")
+      m_count(m_database, "SELECT count(*) FROM record WHERE section = ?1"),
+      m_resetFields(m_database, "DELETE FROM field WHERE record IN"
+                                " (SELECT id FROM record WHERE section <> ?1)"),
+      m_resetRecords(m_database, "DELETE FROM record WHERE section <> ?1")
 {
 }
 
@@ -232,11 +235,15 @@ bool BStore::WasSaved(const char* section)
     return m_findRecord.Step() == BStatement::eRow;
 }
 
-void BStore::Reset()
+void BStore::Reset(const char* keptSection)
 {
     CLock lock(m_lock);
-    if (m_database.Execute("BEGIN IMMEDIATE") && m_database.Execute("DELETE FROM field") &&
-        m_database.Execute("DELETE FROM record") && m_database.Execute("COMMIT"))
+    BUse useFields(m_resetFields);
+    BUse useRecords(m_resetRecords);
+    m_resetFields.Bind(1, keptSection);
+    m_resetRecords.Bind(1, keptSection);
+    if (m_database.Execute("BEGIN IMMEDIATE") && m_resetFields.Step() == BStatement::eDone &&
+        m_resetRecords.Step() == BStatement::eDone && m_database.Execute("COMMIT"))
         return;
     std::string why = m_database.LastError();
     m_database.Execute("ROLLBACK");

@@ -54,8 +54,8 @@ public:
 
     // Whether the section was ever opened for a save, even if nothing was saved.
     bool WasSaved(const char* section);
-    // Starts over with nothing. Throws BHostError.
-    void Reset();
+    // Starts over with nothing but one section. Throws BHostError.
+    void Reset(const char* keptSection = "");
 
 private:
     enum EFieldKind { eString = 1, eOctets = 2, eOid = 3, eInteger = 4 };
@@ -82,6 +82,8 @@ private:
     BStatement m_dropFields;
     BStatement m_dropRecords;
     BStatement m_count;
+    BStatement m_resetFields;
+    BStatement m_resetRecords;
     std::map<std::thread::id, std::vector<INVCallback*>> m_held;
     bool m_updating = false;
     bool m_updateFailed = false;

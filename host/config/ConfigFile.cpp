@@ -2,6 +2,7 @@
 
 #include "host/config/ConfigReader.h"
 #include "host/config/ConfigTable.h"
+#include "host/config/PrivateFile.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -17,10 +18,10 @@ constexpr size_t kMostBytes = 1 << 20;
 
 } // namespace
 
-SConfiguration ReadConfigText(const std::string& text, const std::string& file)
+SConfiguration ReadConfigText(const std::string& text, const std::string& file, bool isPrivate)
 {
     BProblems problems(file);
-    BConfigReader reader(problems);
+    BConfigReader reader(problems, isPrivate);
     SConfiguration configuration;
     try {
         const toml::table root = toml::parse(std::string_view(text));
@@ -48,7 +49,7 @@ SConfiguration ReadConfigFile(const std::string& path)
     }
     if (!file || std::ferror(file.get()))
         throw BConfigError({path + ": " + std::strerror(errno)});
-    return ReadConfigText(text, path);
+    return ReadConfigText(text, path, IsPrivate(fileno(file.get())));
 }
 
 } // namespace VLK::host

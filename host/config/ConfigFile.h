@@ -22,7 +22,9 @@ private:
 // Throws BConfigError: with lines "FILE:LINE: reason", or with one line
 // "FILE: reason" for a file that cannot be read.
 SConfiguration ReadConfigFile(const std::string& path);
-// The same for a text; `file` is its name in messages.
-SConfiguration ReadConfigText(const std::string& text, const std::string& file);
+// The same for a text; `file` is its name in messages. Passphrases are refused unless
+// the file is its owner's alone.
+SConfiguration ReadConfigText(const std::string& text, const std::string& file,
+                              bool isPrivate = false);
 
 } // namespace VLK::host

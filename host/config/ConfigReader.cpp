@@ -60,10 +60,12 @@ SConfiguration BConfigReader::Read(const toml::table& root)
         static_cast<unsigned>(table.Integer("workers", 1, kMostWorkers).value_or(m_made.workers));
     m_made.timeToLive = static_cast<unsigned>(
         table.Integer("timeToLive", 0, kMostTimeToLive).value_or(m_made.timeToLive));
+    m_made.v3 = table.Flag("v3").value_or(m_made.v3);
     // Each kind may name things of those before it.
     table.Tables("view", [this](BConfigTable& view) { ReadView(view); });
     table.Tables("group", [this](BConfigTable& group) { ReadGroup(group); });
     table.Tables("community", [this](BConfigTable& community) { ReadCommunity(community); });
+    table.Tables("user", [this](BConfigTable& user) { ReadUser(user); });
     table.Tables("access", [this](BConfigTable& access) { ReadAccess(access); });
     table.Tables("trapSink", [this](BConfigTable& sink) { ReadTrapSink(sink); });
     m_made.hasCommunities = table.Has("community");

@@ -15,7 +15,11 @@ namespace VLK::host {
 // was none.
 class BConfigReader {
 public:
-    explicit BConfigReader(BProblems& problems) : m_problems(problems) {}
+    // `isPrivate`: nobody but its owner may read or write the file.
+    BConfigReader(BProblems& problems, bool isPrivate)
+        : m_problems(problems), m_isPrivate(isPrivate)
+    {
+    }
     SConfiguration Read(const toml::table& root);
 
 private:
@@ -35,6 +39,9 @@ private:
     void ReadCommunity(BConfigTable& table);
     void ReadRights(BConfigTable& table, const SText& who, SCommunity& community);
     std::vector<BNetwork> ReadSources(BConfigTable& table);
+    void ReadUser(BConfigTable& table);
+    std::string ReadPassphrase(BConfigTable& table, const char* protocol, const char* key,
+                               const char* fileKey);
     void ReadAccess(BConfigTable& table);
     void ReadTrapSink(BConfigTable& table);
 
@@ -51,12 +58,14 @@ private:
     void Refuse(const SText& value, const std::string& why);
 
     BProblems& m_problems;
+    const bool m_isPrivate;
     SConfiguration m_made;
     std::set<std::string> m_subtrees; // of the view that is read
     std::set<std::tuple<std::string, std::string, int, bool>> m_sinks;
     CPlaces m_views;
     CPlaces m_groups;
     CPlaces m_communities;
+    CPlaces m_users;
     std::map<std::pair<int, std::string>, std::string> m_members; // their group
 };
 

@@ -140,6 +140,15 @@ std::optional<SText> BConfigTable::Text(const char* key)
     return node ? TextOf(key, *node, kText) : std::nullopt;
 }
 
+std::optional<SText> BConfigTable::Secret(const char* key)
+{
+    const toml::node* node = Find(key);
+    if (!node || node->is_string())
+        return Text(key);
+    m_problems.Add(PlaceOf(node->source()), std::string(key) + " " + kText);
+    return std::nullopt;
+}
+
 std::optional<SText> BConfigTable::NeedText(const char* key)
 {
     if (!Has(key))

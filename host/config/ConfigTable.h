@@ -61,6 +61,8 @@ public:
     std::optional<SText> Text(const char* key);
     // Its absence is a problem.
     std::optional<SText> NeedText(const char* key);
+    // As Text(); no problem with it shows its value.
+    std::optional<SText> Secret(const char* key);
     // One text, or a list of them.
     std::vector<SText> Texts(const char* key);
     // A list of texts and tables; `what` names the latter in messages.

@@ -43,6 +43,17 @@ void AddCommunity(SConfiguration& configuration, const SCommunity& community,
          {access}});
 }
 
+void AddUser(SConfiguration& configuration, const SUser& user, const std::string (&views)[3])
+{
+    SAccess access;
+    access.isPrefix = true;
+    access.model = eModelUsm;
+    access.level = user.StrongestLevel();
+    std::copy(std::begin(views), std::end(views), access.views);
+    configuration.users.push_back(user);
+    configuration.groups.push_back({user.name, {{eModelUsm, user.name}}, {access}});
+}
+
 void OpenConsole(SConfiguration& configuration)
 {
     SGroup& console = configuration.groups.front();

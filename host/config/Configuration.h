@@ -4,6 +4,7 @@
 
 #include "host/Notification.h"
 #include "host/access/Communities.h"
+#include "host/access/Users.h"
 #include "host/access/Vacm.h"
 
 #include <optional>
@@ -32,7 +33,7 @@ struct STrapSink : SReceiver {
 };
 
 // The group of the operator at the console, who has an empty security name with
-// model USM; requests from the wire have model SNMPv1 or SNMPv2c.
+// model USM; no request from the wire has an empty one with that model.
 constexpr const char* kGroupConsole = "console";
 
 constexpr unsigned kMostWorkers = 1024;
@@ -52,6 +53,9 @@ struct SConfiguration {
     std::vector<std::string> contexts;
     std::vector<SView> views; // without those that are built in
     std::vector<SCommunity> communities;
+    // SNMPv3 is spoken when there is one, and it is not switched off.
+    std::vector<SUser> users;
+    bool v3 = true;
     // The first is the console's.
     std::vector<SGroup> groups{{kGroupConsole, {{eModelUsm, ""}}, {}}};
     std::vector<STrapSink> trapSinks;
@@ -66,6 +70,8 @@ const std::vector<SView>& BuiltInViews();
 // EViewType, in any context.
 void AddCommunity(SConfiguration& configuration, const SCommunity& community,
                   const std::string (&views)[3]);
+// The same for a user, at the strongest level that he has.
+void AddUser(SConfiguration& configuration, const SUser& user, const std::string (&views)[3]);
 // Where nothing else is said, the operator sees and changes everything.
 void OpenConsole(SConfiguration& configuration);
 

@@ -120,6 +120,35 @@ bool ReadBindings(const netsnmp_pdu& pdu, SRequest& request)
     return true;
 }
 
+BString TextOf(const char* text, size_t length)
+{
+    return text ? BString(text, static_cast<unsigned>(length)) : BString();
+}
+
+// By community, or by user.
+bool ReadRequester(const netsnmp_pdu& pdu, SRequest& request)
+{
+    switch (pdu.version) {
+    case SNMP_VERSION_1:
+    case SNMP_VERSION_2c:
+        request.protocol = pdu.version == SNMP_VERSION_1 ? eSnmpV1 : eSnmpV2c;
+        if (pdu.community)
+            request.community.assign(reinterpret_cast<const char*>(pdu.community),
+                                     pdu.community_len);
+        return true;
+    case SNMP_VERSION_3:
+        request.protocol = eSnmpV3;
+        request.security.securityModel = pdu.securityModel;
+        request.security.securityName = TextOf(pdu.securityName, pdu.securityNameLen);
+        request.security.securityLevel = pdu.securityLevel;
+        request.context = TextOf(pdu.contextName, pdu.contextNameLen);
+        request.engineIdLength = pdu.securityEngineIDLen;
+        return pdu.securityModel == SNMP_SEC_MODEL_USM;
+    default:
+        return false;
+    }
+}
+
 size_t FillOid(const BObjectIdentifier& from, oid* out)
 {
     for (unsigned i = 0; i < from.Length(); ++i)
@@ -250,26 +279,25 @@ netsnmp_pdu* CopyPdu(netsnmp_pdu& request, bool withBindings)
 
 } // namespace
 
-bool ReadRequest(const netsnmp_pdu& pdu, SRequest& request)
+bool IsRequest(const netsnmp_pdu& pdu)
 {
     switch (pdu.command) {
     case SNMP_MSG_GET:
     case SNMP_MSG_GETNEXT:
     case SNMP_MSG_GETBULK:
     case SNMP_MSG_SET:
-        break;
+        return true;
     default:
         return false;
     }
-    if (pdu.version != SNMP_VERSION_1 && pdu.version != SNMP_VERSION_2c)
+}
+
+bool ReadRequest(const netsnmp_pdu& pdu, SRequest& request)
+{
+    if (!IsRequest(pdu) || !ReadRequester(pdu, request) || !ReadAddresses(pdu, request))
         return false;
-    if (!ReadAddresses(pdu, request))
-        return false;
-    request.protocol = pdu.version == SNMP_VERSION_1 ? eSnmpV1 : eSnmpV2c;
     request.pduType = pdu.command;
     request.requestId = static_cast<int>(pdu.reqid);
-    if (pdu.community)
-        request.community.assign(reinterpret_cast<const char*>(pdu.community), pdu.community_len);
     if (pdu.command == SNMP_MSG_GETBULK) {
         request.nonRepeaters = ClampToInt(pdu.non_repeaters);
         request.maxRepetitions = ClampToInt(pdu.max_repetitions);
@@ -296,6 +324,22 @@ netsnmp_pdu* MakeNotification(const SNotification& notification, const SReceiver
                                        : receiver.isInform ? SNMP_MSG_INFORM
                                                            : SNMP_MSG_TRAP2);
     if (!pdu || WriteNotification(*pdu, notification, agent))
+        return pdu;
+    snmp_free_pdu(pdu);
+    return nullptr;
+}
+
+netsnmp_pdu* MakeReport(netsnmp_pdu& request, const oid* counter, size_t count, unsigned value)
+{
+    netsnmp_pdu* pdu = CopyPdu(request, false);
+    if (!pdu)
+        return nullptr;
+    pdu->command = SNMP_MSG_REPORT;
+    pdu->errstat = 0;
+    pdu->errindex = 0;
+    u_long number = value;
+    if (snmp_varlist_add_variable(&pdu->variables, counter, count, ASN_COUNTER, &number,
+                                  sizeof number))
         return pdu;
     snmp_free_pdu(pdu);
     return nullptr;

@@ -7,7 +7,7 @@ namespace VLK::host {
 
 namespace {
 
-const int kDeepest = 4; // message, PDU, list, binding
+const int kDeepest = 5; // message, scoped PDU, PDU, list, binding
 enum ETag {
     eInteger = 0x02,
     eObjectId = 0x06,

@@ -22,26 +22,35 @@ void BMessageReader::Discard(int descriptor)
     recv(descriptor, m_message.data(), m_message.size(), MSG_DONTWAIT);
 }
 
-modules::SSnmpCounters::CCounter* BMessageReader::Fault() const
+bool BMessageReader::IsV3() const
+{
+    return MessageVersion(m_message.data(), m_length) == SNMP_VERSION_3;
+}
+
+modules::SSnmpCounters::CCounter* BMessageReader::Fault(bool takesV3) const
 {
     std::optional<int> version = MessageVersion(m_message.data(), m_length);
     if (!version)
         return &m_counters.inASNParseErrs;
-    if (*version != SNMP_VERSION_1 && *version != SNMP_VERSION_2c)
+    if (*version != SNMP_VERSION_1 && *version != SNMP_VERSION_2c &&
+        !(takesV3 && *version == SNMP_VERSION_3))
         return &m_counters.inBadVersions;
     return KeepsItsNumbers(m_message.data(), m_length) ? nullptr : &m_counters.inASNParseErrs;
 }
 
-void BMessageReader::PassOn(int descriptor, session_list* session)
+void BMessageReader::PassOn(int descriptor, session_list* session, bool takesV3)
 {
-    if (modules::SSnmpCounters::CCounter* fault = Fault()) {
+    if (modules::SSnmpCounters::CCounter* fault = Fault(takesV3)) {
         ++*fault;
         return Discard(descriptor);
     }
     netsnmp_large_fd_set ready;
     netsnmp_large_fd_set_init(&ready, FD_SETSIZE);
     netsnmp_large_fd_setfd(descriptor, &ready);
-    if (snmp_sess_read2(session, &ready) != 0)
+    // A message of SNMPv3 may fail for its security, which others count.
+    unsigned before = snmp_get_statistic(STAT_SNMPINASNPARSEERRS);
+    bool isRead = snmp_sess_read2(session, &ready) == 0;
+    if (!isRead && (!IsV3() || snmp_get_statistic(STAT_SNMPINASNPARSEERRS) != before))
         ++m_counters.inASNParseErrs;
     netsnmp_large_fd_set_cleanup(&ready);
 }

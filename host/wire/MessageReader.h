@@ -21,12 +21,13 @@ public:
     // Then it is to be discarded or passed on.
     bool Peek(int descriptor);
     void Discard(int descriptor);
-    void PassOn(int descriptor, session_list* session);
+    void PassOn(int descriptor, session_list* session, bool takesV3 = false);
 
 private:
     // The counter of what is wrong with the message, as far as the wire library
     // would not say it; null when nothing is.
-    modules::SSnmpCounters::CCounter* Fault() const;
+    modules::SSnmpCounters::CCounter* Fault(bool takesV3) const;
+    bool IsV3() const;
 
     modules::SSnmpCounters& m_counters;
     std::vector<unsigned char> m_message = std::vector<unsigned char>(65536);

@@ -6,10 +6,12 @@
 #include "host/wire/Convert.h"
 #include "host/wire/MessageReader.h"
 #include "host/wire/NetSnmpReceivers.h"
+#include "host/wire/NetSnmpUsm.h"
 #include "host/wire/Udp6Ends.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <fcntl.h>
 #include <mutex>
@@ -48,12 +50,14 @@ struct BNetSnmpEngine::SSession {
     session_list* handle = nullptr;
     int descriptor = -1;
     unsigned maxMessage = 0;
+    bool takesV3 = false;
     BTransportAddress address;
     std::optional<SArrival> arrival; // what the callback hands to ReadMessage()
 
     static int OnMessage(int operation, netsnmp_session* session, int requestId, netsnmp_pdu* pdu,
                          void* self);
     void Take(netsnmp_pdu& pdu);
+    void SendReport(netsnmp_pdu& request, int counter);
     std::optional<SArrival> ReadMessage(BMessageReader& reader);
     void Deliver(SArrival& arrival, SResponse& response);
     // 0, or the error status to answer with instead; negative when the
@@ -83,6 +87,7 @@ struct BNetSnmpEngine::SState {
     BNetSnmpReceivers receivers{reader};
     std::vector<std::unique_ptr<SSession>> sessions;
     const unsigned workers;
+    bool speaksV3 = false;
     std::atomic<unsigned> sets{0}; // at work
     BLimitedLog overload;
 };
@@ -90,6 +95,8 @@ struct BNetSnmpEngine::SState {
 namespace {
 
 void SwitchOn(int setting) { netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, setting, 1); }
+
+void SwitchOff(int setting) { netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, setting, 0); }
 
 // No file of the wire library is read or written, nothing is printed.
 void KeepToItself()
@@ -154,11 +161,17 @@ int BNetSnmpEngine::SSession::OnMessage(int operation, netsnmp_session* session,
 // The wire library ends the PDU it has passed; what is in it stays.
 void BNetSnmpEngine::SSession::Take(netsnmp_pdu& pdu)
 {
+    const int fault = pdu.version == SNMP_VERSION_3 ? FaultOf(pdu) : -1;
+    if (fault >= 0)
+        return SendReport(pdu, fault);
     SArrival taken;
     taken.request.local = address;
     if (!ReadRequest(pdu, taken.request))
         return;
     taken.request.maxMessage = maxMessage;
+    if (pdu.version == SNMP_VERSION_3 && pdu.msgMaxSize > 0)
+        taken.request.maxMessage =
+            std::min(maxMessage, static_cast<unsigned>(std::min<long>(pdu.msgMaxSize, INT_MAX)));
     taken.pdu.reset(static_cast<netsnmp_pdu*>(calloc(1, sizeof(netsnmp_pdu))));
     if (!taken.pdu)
         return;
@@ -166,8 +179,17 @@ void BNetSnmpEngine::SSession::Take(netsnmp_pdu& pdu)
     arrival = std::move(taken);
 }
 
+void BNetSnmpEngine::SSession::SendReport(netsnmp_pdu& request, int counter)
+{
+    netsnmp_pdu* pdu = Report(request, counter);
+    if (pdu && !snmp_sess_send(handle, pdu))
+        snmp_free_pdu(pdu);
+}
+
 void BNetSnmpEngine::SSession::Deliver(SArrival& delivered, SResponse& response)
 {
+    if (response.isContextUnknown)
+        return SendReport(*delivered.pdu, STAT_SNMPUNKNOWNCONTEXTS);
     int status = Send(*delivered.pdu, response);
     if (status > 0) {
         try {
@@ -215,7 +237,7 @@ BNetSnmpEngine::SSession::ReadMessage(BMessageReader& reader)
         ++traffic->dropped;
         reader.Discard(descriptor);
     } else {
-        reader.PassOn(descriptor, handle);
+        reader.PassOn(descriptor, handle, takesV3);
     }
     return std::exchange(arrival, std::nullopt);
 }
@@ -284,6 +306,13 @@ BNetSnmpEngine::~BNetSnmpEngine()
     snmp_shutdown("vkagentd");
 }
 
+void BNetSnmpEngine::SpeakV3(const SEngineIdentity& engine, const std::vector<SUser>& users)
+{
+    StartUsm(engine, users);
+    SwitchOff(NETSNMP_DS_LIB_DISABLE_V3);
+    m_state->speaksV3 = true;
+}
+
 unsigned BNetSnmpEngine::AddReceiver(const SReceiver& receiver, SDelivery& delivery)
 {
     return m_state->receivers.Add(receiver, delivery);
@@ -307,11 +336,13 @@ BTransportAddress BNetSnmpEngine::Open(const BTransportAddress& address, STraffi
     session->traffic = &traffic;
     session->descriptor = transport->sock;
     session->maxMessage = static_cast<unsigned>(transport->msgMaxSize);
+    session->takesV3 = m_state->speaksV3;
     session->address = address;
     session->address.SetPort(BoundPort(transport->sock));
 
     settings.version = SNMP_DEFAULT_VERSION; // every version that is switched on
     settings.peername = SNMP_DEFAULT_PEERNAME;
+    settings.isAuthoritative = SNMP_SESS_AUTHORITATIVE; // learns of no other engine
     settings.callback = SSession::OnMessage;
     settings.callback_magic = session.get();
     // Takes the transport over, also when it fails.

@@ -1,9 +1,10 @@
-// The protocol engine on Net-SNMP's client library: SNMPv1 and SNMPv2c over
-// UDP.
+// The protocol engine on Net-SNMP's client library: SNMPv1, SNMPv2c and, when asked
+// to, SNMPv3 with USM over UDP.
 //
 // It counts what it receives, and sends notifications. It reads and writes no files,
 // and loads no MIBs. Everything but get, get-next, get-bulk and set requests is
-// ignored, SNMPv3 too.
+// ignored; a message of SNMPv3 gets the report that it may ask for (RFC 3412 section
+// 7.2, RFC 3414 section 3.2, RFC 3413 section 3.2).
 //
 // The thread that reads a request runs it as well. When it takes long, another
 // thread goes on with reading (see BRelay), so that no other request waits. Up to
@@ -13,13 +14,16 @@
 // Threads: construct, Open(), Serve() and destroy on one thread; the request
 //          handler is called on it and on others, which end with Serve(). Notify()
 //          on any, until it is destroyed.
-// Errors:  Open() throws BHostError.
+// Errors:  SpeakV3() and Open() throw BHostError.
 #pragma once
 
 #include "host/Engine.h"
+#include "host/EngineIdentity.h"
+#include "host/access/Users.h"
 #include "modules/SnmpCounters.h"
 
 #include <memory>
+#include <vector>
 
 namespace VLK::host {
 
@@ -31,6 +35,9 @@ public:
     ~BNetSnmpEngine() override;
     static unsigned DefaultWorkers(); // four for each processor
 
+    // Before anything is opened, and once in a process; until then messages of SNMPv3
+    // are of a bad version.
+    void SpeakV3(const SEngineIdentity& engine, const std::vector<SUser>& users);
     BTransportAddress Open(const BTransportAddress& address, STraffic& traffic) override;
     unsigned AddReceiver(const SReceiver& receiver, SDelivery& delivery) override;
     void Notify(unsigned receiver, SNotification notification) override;

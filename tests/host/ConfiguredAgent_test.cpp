@@ -270,7 +270,7 @@ TEST(Documents, EveryExampleOfTheReferenceIsRight)
             text += lines[i] + "\n";
         ++examples;
         try {
-            ReadConfigText(text, "configuration.md");
+            ReadConfigText(text, "configuration.md", true);
         } catch (const BConfigError& error) {
             for (const std::string& line : error.Lines())
                 ADD_FAILURE() << line;

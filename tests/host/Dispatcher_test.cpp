@@ -203,6 +203,44 @@ TEST_F(Dispatcher, TheTransactionTellsTheRequest)
     EXPECT_EQ(handler.remotePort, 4001u);
 }
 
+TEST_F(Dispatcher, AUserIsWhoTheMessageSays)
+{
+    SRequest request = Request(eSnmpV3, ePduGet, "");
+    request.security.securityModel = eModelUsm;
+    request.security.securityName = BString("alice");
+    request.security.securityLevel = eAuthPriv;
+    ASSERT_TRUE(Handle(request));
+    EXPECT_FALSE(response.isContextUnknown);
+    EXPECT_EQ(handler.protocolId, 3);
+    EXPECT_EQ(handler.parameters.securityModel, 3);
+    EXPECT_STREQ(handler.parameters.securityName.c_str(), "alice");
+    EXPECT_EQ(handler.parameters.securityLevel, eAuthPriv);
+    Fail(eSnmpAuthorizationError, 1);
+    ASSERT_TRUE(Handle(request));
+    EXPECT_EQ(response.status, eSnmpAuthorizationError);
+    EXPECT_EQ(counters.inBadCommunityUses, 0u);
+}
+
+TEST_F(Dispatcher, AnUnknownContextIsToldAndNothingIsAsked)
+{
+    SRequest request = Request(eSnmpV3, ePduGet, "");
+    request.security.securityModel = eModelUsm;
+    request.security.securityName = BString("alice");
+    request.context = BString("ports");
+    ASSERT_TRUE(Handle(request));
+    EXPECT_TRUE(response.isContextUnknown);
+    EXPECT_EQ(handler.calls, 0);
+}
+
+// Who has no name is the operator at the console.
+TEST_F(Dispatcher, AUserWithoutANameGetsNoAnswer)
+{
+    SRequest request = Request(eSnmpV3, ePduSet, "private");
+    request.security.securityModel = eModelUsm;
+    EXPECT_FALSE(Handle(request));
+    EXPECT_EQ(handler.calls, 0);
+}
+
 TEST_F(Dispatcher, TheThreadKnowsItsRequestWhileItServesIt)
 {
     std::string remote;

@@ -386,3 +386,18 @@ TEST_F(Store, AResetStoreHoldsNothingAndGoesOn)
     EXPECT_EQ(again.GetRecordCount("s"), 0);
     EXPECT_EQ(String(again, "t", "key"), "y");
 }
+
+TEST_F(Store, AResetCanKeepASection)
+{
+    BStore store(file);
+    Callback save([&] {
+        for (const char* section : {"s", "t"}) {
+            store.OpenSection(section);
+            store.SetString(section, "key", BString("x"), 0, 0);
+        }
+    });
+    store.RequestUpdate(&save);
+    store.Reset("t");
+    EXPECT_EQ(String(store, "s", "key"), "none");
+    EXPECT_EQ(String(store, "t", "key"), "x");
+}

@@ -1,0 +1,142 @@
+#include "host/wire/NetSnmpUsm.h"
+
+#include "host/HostError.h"
+#include "host/wire/Convert.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace VLK::host {
+
+namespace {
+
+void Configure(std::string line) { netsnmp_config_remember(line.data()); }
+
+std::string Hexadecimal(const std::string& octets)
+{
+    static const char digits[] = "0123456789abcdef";
+    std::string text = "0x";
+    for (char octet : octets) {
+        text += digits[static_cast<unsigned char>(octet) >> 4];
+        text += digits[octet & 0xf];
+    }
+    return text;
+}
+
+// One word to the wire library's configuration, whatever is in it.
+std::string Word(const std::string& text)
+{
+    std::string word = "\"";
+    for (char c : text) {
+        if (c == '"' || c == '\\')
+            word += '\\';
+        word += c;
+    }
+    return word + "\"";
+}
+
+// The wire library adds one to the boots that it is told, and starts with 1 when the
+// engine ID is another than the old one.
+void Identify(const SEngineIdentity& engine)
+{
+    const std::string id = Hexadecimal(engine.id);
+    Configure("exactEngineID " + id);
+    Configure("oldEngineID " + id);
+    Configure("engineBoots " + std::to_string(engine.boots - 1));
+    read_premib_configs();
+    read_configs();
+    unsigned char is[MAX_ENGINEID_LENGTH];
+    const size_t length = snmpv3_get_engineID(is, sizeof is);
+    if (std::string(reinterpret_cast<char*>(is), length) != engine.id ||
+        snmpv3_local_snmpEngineBoots() != static_cast<unsigned long>(engine.boots))
+        throw BHostError(eExitUsage, "the SNMPv3 engine does not start");
+}
+
+size_t PrivKeyLength(const SUser& user)
+{
+    return user.priv.empty() ? 0 : user.priv == "AES-256" ? 32 : user.priv == "AES-192" ? 24 : 16;
+}
+
+// Whether the wire library has made of the user what he is: the last arc of an
+// authentication protocol is its type.
+bool IsMade(const SEngineIdentity& engine, const SUser& user)
+{
+    const usmUser* made = usm_get_user(reinterpret_cast<const unsigned char*>(engine.id.data()),
+                                       engine.id.size(), user.name.c_str());
+    if (!made || !made->authProtocol || made->authProtocolLen == 0)
+        return false;
+    const oid auth = user.auth.empty() ? NETSNMP_USMAUTH_NOAUTH
+                                       : static_cast<oid>(usm_lookup_auth_type(user.auth.c_str()));
+    return made->authProtocol[made->authProtocolLen - 1] == auth &&
+           (user.auth.empty() || made->authKeyLen > 0) && made->privKeyLen >= PrivKeyLength(user);
+}
+
+void Make(const SEngineIdentity& engine, const SUser& user)
+{
+    const std::string who = "user '" + user.name + "': ";
+    if (!user.auth.empty() && usm_lookup_auth_type(user.auth.c_str()) < 0)
+        throw BHostError(eExitUsage, who + "the wire library has no " + user.auth);
+    if (!user.priv.empty() && usm_lookup_priv_type(user.priv.c_str()) < 0)
+        throw BHostError(eExitUsage, who + "the wire library has no " + user.priv);
+    std::string line = Word(user.name);
+    if (!user.auth.empty())
+        line += " " + user.auth + " " + Word(user.authPassphrase);
+    if (!user.priv.empty())
+        line += " " + user.priv + " " + Word(user.privPassphrase);
+    usm_parse_create_usmUser("createUser", line.data());
+    std::fill(line.begin(), line.end(), '\0');
+    if (!IsMade(engine, user))
+        throw BHostError(eExitUsage, who + "the wire library does not take it");
+}
+
+struct SCounter {
+    int number;
+    oid name[MAX_OID_LEN];
+    size_t length;
+};
+
+// usmStatsUnknownUserNames, snmpUnknownPDUHandlers, snmpUnknownContexts.
+constexpr SCounter kCounters[] = {
+    {STAT_USMSTATSUNKNOWNUSERNAMES, {1, 3, 6, 1, 6, 3, 15, 1, 1, 3, 0}, 11},
+    {STAT_SNMPUNKNOWNPDUHANDLERS, {1, 3, 6, 1, 6, 3, 11, 2, 1, 3, 0}, 11},
+    {STAT_SNMPUNKNOWNCONTEXTS, {1, 3, 6, 1, 6, 3, 12, 1, 5, 0}, 10},
+};
+
+} // namespace
+
+void StartUsm(const SEngineIdentity& engine, const std::vector<SUser>& users)
+{
+    netsnmp_session unused;
+    snmp_sess_init(&unused); // starts what is below USM
+    netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_APPTYPE, "vkagentd");
+    init_snmpv3("vkagentd");
+    Identify(engine);
+    for (const SUser& user : users)
+        Make(engine, user);
+}
+
+// The user without a name is for the discovery of the engine ID: no request is his.
+int FaultOf(const netsnmp_pdu& pdu)
+{
+    unsigned char own[MAX_ENGINEID_LENGTH];
+    const size_t length = snmpv3_get_engineID(own, sizeof own);
+    if (pdu.securityNameLen == 0)
+        return STAT_USMSTATSUNKNOWNUSERNAMES;
+    if (!IsRequest(pdu) || pdu.contextEngineIDLen != length ||
+        std::memcmp(pdu.contextEngineID, own, length) != 0)
+        return STAT_SNMPUNKNOWNPDUHANDLERS;
+    return -1;
+}
+
+netsnmp_pdu* Report(netsnmp_pdu& request, int counter)
+{
+    const unsigned value = snmp_increment_statistic(counter);
+    auto known =
+        std::find_if(std::begin(kCounters), std::end(kCounters),
+                     [=](const SCounter& candidate) { return candidate.number == counter; });
+    if (!(request.flags & SNMP_MSG_FLAG_RPRT_BIT) || known == std::end(kCounters))
+        return nullptr;
+    return MakeReport(request, known->name, known->length, value);
+}
+
+} // namespace VLK::host

@@ -1,0 +1,24 @@
+// The user-based security model of the wire library: one engine and its users.
+#pragma once
+
+#include "host/EngineIdentity.h"
+#include "host/access/Users.h"
+
+#include <net-snmp/net-snmp-config.h>
+#include <net-snmp/net-snmp-includes.h>
+#include <vector>
+
+namespace VLK::host {
+
+// Once, before the first session. Whoever knows none of the users learns the engine ID
+// only. Reads and writes no file. Throws BHostError for what the wire library cannot do.
+void StartUsm(const SEngineIdentity& engine, const std::vector<SUser>& users);
+
+// What is wrong with a message of SNMPv3 that the wire library has let through: the
+// number of its counter, or -1 for nothing.
+int FaultOf(const netsnmp_pdu& pdu);
+
+// Counts it, and makes the report on it; null when there is none to be sent.
+netsnmp_pdu* Report(netsnmp_pdu& request, int counter);
+
+} // namespace VLK::host
