@@ -65,17 +65,6 @@ CAlarmTable::CAlarmTable(CAlarmRows& rows, CAlarmSampler& sampler, int activatio
 {
 }
 
-// Walks step over the values that are not there yet.
-int CAlarmTable::NextIndex(unsigned id, unsigned column, const BObjectIdentifier& index,
-                           BObjectIdentifier& nextIndex)
-{
-    int found = TEntryTable::NextIndex(id, column, index, nextIndex);
-    int value = 0;
-    while (found && column == eAlarmValue && OnGet_Value(nextIndex, id, value) != eSnmpNoError)
-        found = TEntryTable::NextIndex(id, column, BObjectIdentifier(nextIndex), nextIndex);
-    return found;
-}
-
 int CAlarmTable::Set(unsigned id, const BVarBindList& list, ESnmpSetOpCode op, void** slots,
                      int& index, int count)
 {

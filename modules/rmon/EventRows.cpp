@@ -116,11 +116,10 @@ bool CEventRows::LookAtLog(unsigned index, unsigned number, SLogEntry& entry) co
 bool CEventRows::LogAfter(unsigned& index, unsigned& number) const
 {
     TMutexLock lock(m_lock);
-    unsigned behind = number;
     for (auto row = m_entries.lower_bound(index); row != m_entries.end(); ++row) {
         const auto& log = row->second.run.log;
-        const auto at = Behind(log, row->first == index ? behind : 0);
-        if (row->second.status == eEntryValid && at != log.end()) {
+        const auto at = Behind(log, row->first == index ? number : 0);
+        if (at != log.end()) {
             index = row->first;
             number = at->number;
             return true;

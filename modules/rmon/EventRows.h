@@ -62,7 +62,8 @@ public:
 
     // False: there is no such entry.
     bool LookAtLog(unsigned index, unsigned number, SLogEntry& entry) const;
-    // The first entry of a log behind that one, in the order of logTable.
+    // The first entry of a log behind that one, in the order of logTable; also one that
+    // LookAtLog() does not show.
     bool LogAfter(unsigned& index, unsigned& number) const;
 
 private:

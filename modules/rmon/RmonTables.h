@@ -17,8 +17,6 @@ public:
 
     SRqHndlrMapEntry* GetRqHndlrMap() const override { return s_map; }
     const SConstraintMapEntry* GetConstraintMap() const override { return s_constraints; }
-    int NextIndex(unsigned id, unsigned column, const BObjectIdentifier& index,
-                  BObjectIdentifier& nextIndex) override;
     using TEntryTable::Set;
     int Set(unsigned id, const BVarBindList& list, ESnmpSetOpCode op, void** slots, int& index,
             int count) override;

@@ -157,7 +157,9 @@ TEST_F(AlarmEvents, TheOldestEntriesOfALogGoFirst)
 TEST_F(AlarmEvents, TheLogGoesWithTheValidEvent)
 {
     agent.AddEvent(1, eEventLog);
+    agent.AddEvent(2, eEventLog);
     AddAlarm(7, 1);
+    AddAlarm(8, 2);
     Happen(100);
     const Lines before = agent.client.Walk();
     for (int status : {3, 4}) {
@@ -165,10 +167,12 @@ TEST_F(AlarmEvents, TheLogGoesWithTheValidEvent)
         EXPECT_EQ(agent.client.Walk(), before) << status;
     }
     ASSERT_EQ(Set({{At(kEvent, 7, 1), Number(3)}}), 0);
-    EXPECT_EQ(Log(), Lines());
+    EXPECT_EQ(Log().size(), 4u);
+    EXPECT_EQ(Log().front(), "1.2.1=2") << "that of the other event";
     EXPECT_EQ(agent.client.Get(kLog + "1.1.1"), kNoInstance);
     ASSERT_EQ(Set({{At(kEvent, 7, 1), Number(1)}}), 0);
-    EXPECT_EQ(Log(), Lines());
+    EXPECT_EQ(Log().size(), 4u);
+    EXPECT_EQ(Log().front(), "1.2.1=2") << "that of the other event";
     Happen(200);
     EXPECT_EQ(Log().front(), "1.1.2=1") << "numbers go on";
 }
@@ -194,6 +198,10 @@ TEST_F(AlarmEvents, ALongTextIsCut)
 
 TEST_F(AlarmEvents, ValidRowsAreThereAfterARestart)
 {
+    // The saves that follow leave these out.
+    agent.Let(1, 0);
+    ASSERT_EQ(Set({{At(kEvent, 7, 3), Number(2)}}), 0);
+    ASSERT_EQ(Set({{At(kAlarm, 12, 9), Number(2)}, {At(kAlarm, 3, 9), Oid(NumberName(1))}}), 0);
     const std::string community("c\0\xfe", 3);
     agent.AddEvent(1, eEventLogAndTrap);
     ASSERT_EQ(Set({{At(kEvent, 2, 1), Bytes("what")},
@@ -201,24 +209,20 @@ TEST_F(AlarmEvents, ValidRowsAreThereAfterARestart)
                    {At(kEvent, 6, 1), Bytes("me")}}),
               0);
     agent.AddEvent(2, eEventNone);
-    ASSERT_EQ(Set({{At(kEvent, 7, 3), Number(2)}}), 0);
     AddAlarm(7, 1);
     AddAlarm(8, 2);
     ASSERT_EQ(Set({{At(kAlarm, 11, 8), Bytes("you\r\n")}}), 0);
-    ASSERT_EQ(Set({{At(kAlarm, 12, 9), Number(2)}}), 0);
-    Lines before = agent.client.Walk();
+    const Lines before = agent.client.Walk();
 
     AlarmAgent later(&agent.store);
     later.Let(1, 0);
     later.Seconds(2);
     Lines kept;
-    for (const std::string& line : before) { // those that are valid
+    for (const std::string& line : before) {
         const std::string name = line.substr(0, line.find('='));
-        if (name.substr(0, 2) != kLog.substr(0, 2) || name.substr(0, 4) == "9.1.") {
-            const std::string index = name.substr(name.rfind('.') + 1);
-            if (!(name[0] == '3' && index == "9") && !(name[0] == '9' && index == "3"))
-                kept.push_back(line);
-        }
+        const std::string index = name.substr(name.rfind('.'));
+        if (index != (name[0] == '3' ? ".9" : ".3"))
+            kept.push_back(line);
     }
     EXPECT_EQ(later.client.Walk(), kept);
     later.upTime = 5;
