@@ -16,8 +16,8 @@ int64_t Now() { return std::chrono::steady_clock::now().time_since_epoch().count
 
 } // namespace
 
-BRelay::BRelay(unsigned workers, std::chrono::nanoseconds patience)
-    : m_workers(std::max(workers, 1u)), m_patience(patience.count()),
+BRelay::BRelay(unsigned workers, std::chrono::nanoseconds patience, std::chrono::milliseconds grace)
+    : m_workers(std::max(workers, 1u)), m_patience(patience.count()), m_grace(grace),
       m_timer(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC))
 {
     if (!m_timer.IsOpen())
@@ -46,6 +46,17 @@ int64_t BRelay::Begin()
 }
 
 bool BRelay::End(int64_t ticket) { return m_begun.compare_exchange_strong(ticket, kNone); }
+
+bool BRelay::HasWorker()
+{
+    if (m_late < m_workers)
+        return true;
+    std::unique_lock<std::mutex> lock(m_lock);
+    if (m_waitedAt == m_returned)
+        return false;
+    m_waitedAt = m_returned;
+    return m_return.wait_for(lock, m_grace, [this] { return m_late < m_workers; });
+}
 
 // The ticket of work that has taken too long, or kNone at the end.
 int64_t BRelay::WaitForOverdue()
@@ -126,6 +137,8 @@ bool BRelay::Work(const std::function<void()>& serve)
         std::lock_guard<std::mutex> lock(m_lock);
         if (m_owner != std::this_thread::get_id()) {
             --m_late;
+            ++m_returned;
+            m_return.notify_one();
             return true;
         }
     }

@@ -20,6 +20,7 @@
 #include <exception>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -31,16 +32,17 @@ namespace VLK::host {
 // the late thread finishes what it is at and stands by.
 //
 // Up to `workers` threads may be late or at work. When all are late, one thread
-// more has the role, and IsExhausted() tells it that it must begin no work.
+// more has the role, and HasWorker() tells it that it must begin no work.
 //
-// Threads: Begin(), End() and IsExhausted() on the thread that has the role, and
-//          End() on one that has lost it; Run() on one thread, which serves first.
+// Threads: Begin(), End() and HasWorker() on the thread that has the role, and End()
+//          on one that has lost it; Run() on one thread, which serves first.
 // Errors:  the constructor throws BHostError, Run() what `serve` throws, which it
 //          may do with the role only, and not between Begin() and End(). Where no
 //          thread can be started, the role stays where it is.
 class BRelay {
 public:
-    BRelay(unsigned workers, std::chrono::nanoseconds patience);
+    BRelay(unsigned workers, std::chrono::nanoseconds patience,
+           std::chrono::milliseconds grace = std::chrono::milliseconds(100));
     BRelay(const BRelay&) = delete;
     BRelay& operator=(const BRelay&) = delete;
 
@@ -53,7 +55,10 @@ public:
     // once it has delivered its result.
     bool End(int64_t ticket);
 
-    bool IsExhausted() const { return m_late >= m_workers; }
+    // Whether work can begin. Where all threads are late it waits the grace for one,
+    // as they may only lack a processor; but not again before one has come back.
+    bool HasWorker();
+    bool HasEnded() const { return m_hasEnded; }
     // Threads that are at work without the role.
     unsigned Late() const { return m_late; }
 
@@ -69,6 +74,7 @@ private:
 
     const unsigned m_workers;
     const int64_t m_patience;
+    const std::chrono::milliseconds m_grace;
     BDescriptor m_timer; // readable when it is time to look
     // When the work of the thread with the role began, in nanoseconds and different
     // each time: its ticket.
@@ -82,8 +88,11 @@ private:
     std::condition_variable m_change;
     std::thread::id m_owner; // of the role
     unsigned m_standbys = 0;
-    bool m_isWatched = false; // a standby waits for the timer
-    std::atomic<bool> m_hasEnded{false};
+    bool m_isWatched = false;            // a standby waits for the timer
+    std::atomic<bool> m_hasEnded{false}; // read without it too
+    std::condition_variable m_return;    // of a late thread
+    uint64_t m_returned = 0;
+    std::optional<uint64_t> m_waitedAt; // m_returned, when a thread was waited for in vain
     std::exception_ptr m_failure;
     std::vector<std::thread> m_threads;
 };

@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <deque>
 #include <fcntl.h>
 #include <mutex>
 #include <optional>
@@ -29,6 +30,8 @@ namespace {
 // Longer than requests take that ask nobody, shorter than managers notice.
 constexpr std::chrono::milliseconds kPatience{1};
 
+constexpr size_t kMostQueuedSets = 64;
+
 struct SPduEnd {
     void operator()(netsnmp_pdu* pdu) const { snmp_free_pdu(pdu); }
 };
@@ -38,6 +41,7 @@ using CPdu = std::unique_ptr<netsnmp_pdu, SPduEnd>;
 
 // A request between its arrival and its answer.
 struct BNetSnmpEngine::SArrival {
+    SSession* session = nullptr;
     SRequest request;
     CPdu pdu; // ends under the wire lock
 };
@@ -74,9 +78,13 @@ struct BNetSnmpEngine::SState {
     {
     }
     void Serve(BRelay& relay, int stopDescriptor);
-    bool Answer(BRelay& relay, SSession& session, SArrival& arrival);
+    bool Accept(BRelay& relay, SArrival& arrival);
+    bool Answer(BRelay* relay, SArrival& arrival);
     bool Run(SArrival& arrival, SResponse& response);
-    bool HasPlaceFor(const BRelay& relay, const SArrival& arrival) const;
+    void Drop(SArrival& arrival);
+    bool QueueSet(SArrival& arrival);
+    void AnswerQueuedSets(const BRelay& relay);
+    std::optional<SArrival> NextSet(const BRelay& relay);
 
     IRequestHandler& handler;
     modules::SSnmpCounters& counters;
@@ -88,8 +96,11 @@ struct BNetSnmpEngine::SState {
     std::vector<std::unique_ptr<SSession>> sessions;
     const unsigned workers;
     bool speaksV3 = false;
-    std::atomic<unsigned> sets{0}; // at work
     BLimitedLog overload;
+    // SETs wait for one another: here, and not with a thread each.
+    std::mutex sets;
+    std::deque<SArrival> queuedSets; // under that lock
+    bool isSetAtWork = false;        // under that lock
 };
 
 namespace {
@@ -165,6 +176,7 @@ void BNetSnmpEngine::SSession::Take(netsnmp_pdu& pdu)
     if (fault >= 0)
         return SendReport(pdu, fault);
     SArrival taken;
+    taken.session = this;
     taken.request.local = address;
     if (!ReadRequest(pdu, taken.request))
         return;
@@ -242,47 +254,89 @@ BNetSnmpEngine::SSession::ReadMessage(BMessageReader& reader)
     return std::exchange(arrival, std::nullopt);
 }
 
-// SETs wait for one another; half of the threads are kept for what does not.
-bool BNetSnmpEngine::SState::HasPlaceFor(const BRelay& relay, const SArrival& arrival) const
-{
-    return !relay.IsExhausted() &&
-           (arrival.request.pduType != ePduSet || sets < std::max(workers / 2, 1u));
-}
-
 // Whether it is to be answered. Out of memory: not, as if the datagram had been lost.
 bool BNetSnmpEngine::SState::Run(SArrival& arrival, SResponse& response)
 {
-    unsigned isSet = arrival.request.pduType == ePduSet;
-    bool isAnswered = false;
-    sets += isSet;
     try {
-        isAnswered = handler.Handle(arrival.request, response);
+        return handler.Handle(arrival.request, response);
     } catch (const std::exception&) {
-        isAnswered = false;
+        return false;
     }
-    sets -= isSet;
-    return isAnswered;
+}
+
+void BNetSnmpEngine::SState::Drop(SArrival& arrival)
+{
+    ++arrival.session->traffic->overload;
+    overload.Write(
+        [&] { return "no thread is free: no answer to " + arrival.request.remote.ToString(); });
+    std::lock_guard<std::mutex> lock(wire);
+    arrival.pdu.reset();
+}
+
+// With a relay: on the thread that has the role. Whether it has it still.
+bool BNetSnmpEngine::SState::Answer(BRelay* relay, SArrival& arrival)
+{
+    SResponse response;
+    int64_t ticket = relay ? relay->Begin() : 0;
+    bool isAnswered = Run(arrival, response);
+    bool isRole = relay && relay->End(ticket);
+    std::lock_guard<std::mutex> lock(wire);
+    if (isAnswered)
+        arrival.session->Deliver(arrival, response);
+    arrival.pdu.reset();
+    return isRole;
+}
+
+// False when the SET is its caller's to run: no other is at work.
+bool BNetSnmpEngine::SState::QueueSet(SArrival& arrival)
+{
+    {
+        std::lock_guard<std::mutex> lock(sets);
+        if (!isSetAtWork) {
+            isSetAtWork = true;
+            return false;
+        }
+        if (queuedSets.size() < kMostQueuedSets) {
+            queuedSets.push_back(std::move(arrival));
+            return true;
+        }
+    }
+    Drop(arrival);
+    return true;
+}
+
+// The next one, which is at work then; at the end none.
+std::optional<BNetSnmpEngine::SArrival> BNetSnmpEngine::SState::NextSet(const BRelay& relay)
+{
+    std::lock_guard<std::mutex> lock(sets);
+    isSetAtWork = !queuedSets.empty() && !relay.HasEnded();
+    if (!isSetAtWork)
+        return std::nullopt;
+    std::optional<SArrival> next = std::move(queuedSets.front());
+    queuedSets.pop_front();
+    return next;
+}
+
+// Only a thread that has lost its role finds any: another has read them meanwhile.
+void BNetSnmpEngine::SState::AnswerQueuedSets(const BRelay& relay)
+{
+    while (std::optional<SArrival> arrival = NextSet(relay))
+        Answer(nullptr, *arrival);
 }
 
 // Whether the thread is to go on serving.
-bool BNetSnmpEngine::SState::Answer(BRelay& relay, SSession& session, SArrival& arrival)
+bool BNetSnmpEngine::SState::Accept(BRelay& relay, SArrival& arrival)
 {
-    bool isRole = true;
-    bool isAnswered = false;
-    SResponse response;
-    if (HasPlaceFor(relay, arrival)) {
-        int64_t ticket = relay.Begin();
-        isAnswered = Run(arrival, response);
-        isRole = relay.End(ticket);
-    } else {
-        ++session.traffic->overload;
-        overload.Write(
-            [&] { return "no thread is free: no answer to " + arrival.request.remote.ToString(); });
+    if (!relay.HasWorker()) {
+        Drop(arrival);
+        return true;
     }
-    std::lock_guard<std::mutex> lock(wire);
-    if (isAnswered)
-        session.Deliver(arrival, response);
-    arrival.pdu.reset();
+    bool isSet = arrival.request.pduType == ePduSet;
+    if (isSet && QueueSet(arrival))
+        return true;
+    bool isRole = Answer(&relay, arrival);
+    if (isSet)
+        AnswerQueuedSets(relay);
     return isRole;
 }
 
@@ -358,6 +412,7 @@ void BNetSnmpEngine::Serve(int stopDescriptor)
 {
     BRelay relay(m_state->workers, kPatience);
     relay.Run([&] { m_state->Serve(relay, stopDescriptor); });
+    m_state->queuedSets.clear();
 }
 
 // Returns when it is to end, or when the thread has lost its role.
@@ -382,7 +437,7 @@ void BNetSnmpEngine::SState::Serve(BRelay& relay, int stopDescriptor)
             std::unique_lock<std::mutex> lock(wire);
             std::optional<SArrival> arrival = sessions[i]->ReadMessage(reader);
             lock.unlock();
-            if (arrival && !Answer(relay, *sessions[i], *arrival))
+            if (arrival && !Accept(relay, *arrival))
                 return;
         }
         std::lock_guard<std::mutex> lock(wire);

@@ -8,8 +8,8 @@
 //
 // The thread that reads a request runs it as well. When it takes long, another
 // thread goes on with reading (see BRelay), so that no other request waits. Up to
-// `workers` requests run at once, and half as many SETs; what comes then is dropped
-// and counted.
+// `workers` requests run at once, one SET among them; up to 64 other SETs wait for
+// it. What comes then is dropped and counted.
 //
 // Threads: construct, Open(), Serve() and destroy on one thread; the request
 //          handler is called on it and on others, which end with Serve(). Notify()

@@ -81,9 +81,10 @@ private:
 // A relay that serves jobs on a thread of its own.
 class Relay : public testing::Test {
 protected:
-    void Start(unsigned workers, std::chrono::nanoseconds patience = 1ms)
+    void Start(unsigned workers, std::chrono::nanoseconds patience = 1ms,
+               std::chrono::milliseconds grace = 1ms)
     {
-        m_relay = std::make_unique<BRelay>(workers, patience);
+        m_relay = std::make_unique<BRelay>(workers, patience, grace);
         m_serving = std::thread([this] {
             try {
                 m_relay->Run([this] { Serve(); });
@@ -102,7 +103,7 @@ protected:
     {
         CJob job;
         while (m_jobs.Next(job)) {
-            if (m_relay->IsExhausted()) {
+            if (!m_relay->HasWorker()) {
                 ++m_refused;
                 continue;
             }
@@ -186,6 +187,35 @@ TEST_F(Relay, OneThreadMoreThanMayBeLateTellsThatNoneIsFree)
     gates[0].Open();
     gates[2].Open();
     EXPECT_TRUE(Comes([&] { return m_done == 5 && m_relay->Late() == 0; }));
+    Finish();
+}
+
+TEST_F(Relay, AThreadThatComesBackSoonIsWaitedFor)
+{
+    Start(1, 1ms, 1h);
+    Gate gate;
+    m_jobs.Add([&] { gate.Wait(); });
+    EXPECT_TRUE(Comes([&] { return m_relay->Late() == 1; }));
+    m_jobs.Add([] {});
+    GiveOthersTime();
+    EXPECT_EQ(m_done, 0);
+    gate.Open();
+    EXPECT_TRUE(Comes([&] { return m_done == 2; }));
+    EXPECT_EQ(m_refused, 0);
+    Finish();
+}
+
+TEST_F(Relay, ThreadsThatDoNotComeBackAreWaitedForOnce)
+{
+    Start(1, 1ms, 200ms);
+    Gate gate;
+    m_jobs.Add([&] { gate.Wait(); });
+    EXPECT_TRUE(Comes([&] { return m_relay->Late() == 1; }));
+    for (int i = 0; i < 1000; ++i)
+        m_jobs.Add([] { ADD_FAILURE() << "was to be refused"; });
+    EXPECT_TRUE(Comes([&] { return m_refused == 1000; })) << "waited for each";
+    gate.Open();
+    EXPECT_TRUE(Comes([&] { return m_relay->Late() == 0; }));
     Finish();
 }
 
