@@ -130,6 +130,7 @@ void Serve(const SOptions& options, const FAddModules& addModules)
         LogLine("ready on " + address.ToString());
     std::vector<ICmdHandler*> commands{&handler, &agents.Registry()};
     SRun run(agents);
+    modules::CAlarmRun sampling(own.Alarms(), handler);
     std::unique_ptr<BConsole> console;
     if (kind != eConsoleOff)
         console = std::make_unique<BConsole>(

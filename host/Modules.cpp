@@ -22,6 +22,14 @@ void TellOfAuthenTraps(const SConfiguration& configuration, const modules::CSnmp
                 configuration.file + "; --reset-store returns to the file");
 }
 
+modules::SAlarmOptions AlarmOptions(const SConfiguration& configuration)
+{
+    modules::SAlarmOptions options;
+    options.identity.security = configuration.alarms.security;
+    options.identity.context = configuration.alarms.context;
+    return options;
+}
+
 void AddGroup(IMIBHandler& handler, BMibImplGroup& group)
 {
     if (!handler.RegisterGroup(&group) || group.Init() != group.GetNumImpls())
@@ -34,7 +42,8 @@ BModules::BModules(const SConfiguration& configuration, BAccess& access,
                    modules::SSnmpCounters& counters, BStore* store, ITrapSender& traps)
     : m_snmp(counters, store, AuthenTrapsOf(configuration)), m_views(access.Views(), store),
       m_interfaces(traps, store, {configuration.timeToLive}),
-      m_hostResources(m_host, configuration.timeToLive)
+      m_hostResources(m_host, configuration.timeToLive),
+      m_alarms(traps, store, AlarmOptions(configuration), [this] { return m_upTime.Ticks(); })
 {
     TellOfAuthenTraps(configuration, m_snmp.Group());
 }
@@ -45,6 +54,7 @@ void BModules::Register(IMIBHandler& handler)
     AddGroup(handler, m_views);
     AddGroup(handler, m_interfaces);
     AddGroup(handler, m_hostResources);
+    AddGroup(handler, m_alarms);
     if (!m_interfaces.WatchProblem().empty())
         LogLine("interfaces are not watched: " + m_interfaces.WatchProblem());
 }

@@ -1,12 +1,14 @@
 // The MIB modules that the agent serves beside the system group.
 #pragma once
 
+#include "host/SysUpTime.h"
 #include "host/access/Access.h"
 #include "modules/SnmpGroup.h"
 #include "modules/ViewTreeFamily.h"
 #include "modules/hostresources/HostResourcesModule.h"
 #include "modules/hostresources/ProcHostSource.h"
 #include "modules/interfaces/InterfacesModule.h"
+#include "modules/rmon/AlarmModule.h"
 
 #include <vkmibh/agents.h>
 
@@ -24,13 +26,16 @@ public:
     void Register(IMIBHandler& handler);
 
     const modules::CSnmpGroup& Snmp() const { return m_snmp.Group(); }
+    modules::CAlarmModule& Alarms() { return m_alarms; }
 
 private:
+    BSysUpTime m_upTime;
     modules::CSnmpModule m_snmp;
     modules::CViewModule m_views;
     modules::CInterfacesModule m_interfaces;
     modules::CProcHostSource m_host;
     modules::CHostResourcesModule m_hostResources;
+    modules::CAlarmModule m_alarms;
 };
 
 } // namespace VLK::host

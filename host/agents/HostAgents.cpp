@@ -14,7 +14,7 @@ BString TextOf(const std::string& text)
 } // namespace
 
 BHostAgents::BHostAgents(BTime& time, BAccess& access, BTrapGate& gate)
-    : m_registry(time), m_access(access), m_gate(gate), m_system(m_record)
+    : m_registry(time), m_access(access), m_gate(gate)
 {
 }
 
@@ -24,11 +24,7 @@ void BHostAgents::Open(IEngine& engine, const SConfiguration& configuration)
         m_listening.push_back(std::make_unique<BListenAgent>(engine, address));
         Register(m_listening.back()->Address().ToString(), *m_listening.back());
     }
-    auto upTime = [this] {
-        unsigned ticks = 0;
-        m_system.OnGet_SysUpTime(0, ticks);
-        return ticks;
-    };
+    auto upTime = [this] { return m_upTime.Ticks(); };
     for (const STrapSink& sink : configuration.trapSinks) {
         m_sinks.push_back(std::make_unique<BSinkAgent>(engine, sink, m_access, upTime));
         Register("trap:" + sink.address.ToString(), *m_sinks.back());

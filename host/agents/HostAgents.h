@@ -2,6 +2,7 @@
 // each receiver of its traps.
 #pragma once
 
+#include "host/SysUpTime.h"
 #include "host/agents/ListenAgent.h"
 #include "host/agents/SinkAgent.h"
 #include "host/agents/TrapGate.h"
@@ -9,7 +10,6 @@
 
 #include <memory>
 #include <vector>
-#include <vkmibh/system.h>
 
 namespace VLK::host {
 
@@ -45,9 +45,7 @@ private:
     BAgents m_registry;
     BAccess& m_access;
     BTrapGate& m_gate;
-    // Read for sysUpTime only, which is that of every system group.
-    BMib2System m_record;
-    CSystem m_system;
+    BSysUpTime m_upTime;
     std::vector<std::unique_ptr<BListenAgent>> m_listening;
     std::vector<std::unique_ptr<BSinkAgent>> m_sinks;
 };

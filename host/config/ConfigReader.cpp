@@ -67,6 +67,7 @@ SConfiguration BConfigReader::Read(const toml::table& root)
     table.Tables("community", [this](BConfigTable& community) { ReadCommunity(community); });
     table.Tables("user", [this](BConfigTable& user) { ReadUser(user); });
     table.Tables("access", [this](BConfigTable& access) { ReadAccess(access); });
+    ReadAlarmCommunity(table);
     table.Tables("trapSink", [this](BConfigTable& sink) { ReadTrapSink(sink); });
     m_made.hasCommunities = table.Has("community");
     table.Finish();
@@ -381,6 +382,31 @@ void BConfigReader::ReadAccess(BConfigTable& table)
     group->access.push_back(std::move(access));
 }
 
+// A community of the file; null, and a problem, when it is none. (One that has
+// problems of its own is none of its mentions'.)
+const SCommunity* BConfigReader::Known(const SText& name)
+{
+    auto known =
+        std::find_if(m_made.communities.begin(), m_made.communities.end(),
+                     [&](const SCommunity& candidate) { return candidate.name == name.text; });
+    if (known != m_made.communities.end())
+        return &*known;
+    if (!m_communities.count(name.text))
+        Refuse(name, "is no community");
+    return nullptr;
+}
+
+void BConfigReader::ReadAlarmCommunity(BConfigTable& root)
+{
+    std::optional<SText> name = root.Text("alarmCommunity");
+    const SCommunity* known = name ? Known(*name) : nullptr;
+    if (!known)
+        return;
+    m_made.alarms.security = SecurityOf(*known, eSnmpV2c);
+    m_made.alarms.context =
+        BString(known->context.data(), static_cast<unsigned>(known->context.size()));
+}
+
 void BConfigReader::ReadTrapSink(BConfigTable& table)
 {
     STrapSink sink;
@@ -401,14 +427,9 @@ void BConfigReader::ReadTrapSink(BConfigTable& table)
     if (!community)
         return;
     sink.community = community->text;
-    auto known = std::find_if(
-        m_made.communities.begin(), m_made.communities.end(),
-        [&](const SCommunity& candidate) { return candidate.name == community->text; });
-    if (known == m_made.communities.end()) {
-        if (!m_communities.count(community->text))
-            Refuse(*community, "is no community");
+    const SCommunity* known = Known(*community);
+    if (!known)
         return;
-    }
     sink.security = SecurityOf(*known, sink.protocol);
     sink.context = BString(known->context.data(), static_cast<unsigned>(known->context.size()));
     if (hasAddress &&

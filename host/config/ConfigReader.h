@@ -43,7 +43,9 @@ private:
     std::string ReadPassphrase(BConfigTable& table, const char* protocol, const char* key,
                                const char* fileKey);
     void ReadAccess(BConfigTable& table);
+    void ReadAlarmCommunity(BConfigTable& root);
     void ReadTrapSink(BConfigTable& table);
+    const SCommunity* Known(const SText& name);
 
     // The value of `key`, checked as a name; nothing when it is absent or wrong.
     std::optional<SText> Name(BConfigTable& table, const char* key, bool isNeeded);

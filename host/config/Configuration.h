@@ -32,6 +32,11 @@ struct STrapSink : SReceiver {
     BString context;
 };
 
+struct SAlarmReader {
+    BSecurityParams security;
+    BString context;
+};
+
 // The group of the operator at the console, who has an empty security name with
 // model USM; no request from the wire has an empty one with that model.
 constexpr const char* kGroupConsole = "console";
@@ -59,6 +64,8 @@ struct SConfiguration {
     // The first is the console's.
     std::vector<SGroup> groups{{kGroupConsole, {{eModelUsm, ""}}, {}}};
     std::vector<STrapSink> trapSinks;
+    // In whose name alarms read their variables. Without one: of nobody, who has no view.
+    SAlarmReader alarms;
 };
 
 // Views that are always there.

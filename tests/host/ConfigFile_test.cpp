@@ -128,6 +128,18 @@ TEST(ConfigFile, WorkersAndTimeToLiveGoToTheirLimits)
     EXPECT_EQ(most.timeToLive, 3600000u);
 }
 
+TEST(ConfigFile, AlarmsReadAsTheirCommunity)
+{
+    SConfiguration configuration =
+        Read({"contexts = [\"lab\"]", "alarmCommunity = \"noc\"", "[[community]]", "name = \"noc\"",
+              "securityName = \"watch\"", "context = \"lab\"", "read = \"everything\""});
+    EXPECT_EQ(configuration.alarms.security.securityName, BString("watch"));
+    EXPECT_EQ(configuration.alarms.security.securityModel, eModelV2c);
+    EXPECT_EQ(configuration.alarms.context, BString("lab"));
+    EXPECT_TRUE(Read({}).alarms.security.securityName.empty());
+    EXPECT_EQ(Read({}).alarms.security.securityModel, 0);
+}
+
 TEST(ConfigFile, StoreAndContextsAreTakenAsTheyStand)
 {
     SConfiguration configuration =

@@ -36,7 +36,7 @@ const std::string kLong = "123456789012345678901234567890123";
 const std::string kKeys =
     " is no key of the file, which has agentAddress, store, contexts, "
     "snmpEnableAuthenTraps, workers, timeToLive, v3, view, group, community, user, access, "
-    "trapSink";
+    "alarmCommunity, trapSink";
 
 const std::vector<SMistake> kTopMistakes = {
     {"a = 1\na = 2\n",
@@ -68,6 +68,8 @@ const std::vector<SMistake> kTopMistakes = {
     {"snmpEnableAuthenTraps = 1\n", {"f:1: snmpEnableAuthenTraps '1' is neither true nor false"}},
     {"snmpEnableAuthenTraps = \"enabled\"\n",
      {"f:1: snmpEnableAuthenTraps 'enabled' is neither true nor false"}},
+    {"alarmCommunity = \"noc\"\n", {"f:1: alarmCommunity 'noc' is no community"}},
+    {"alarmCommunity = true\n", {"f:1: alarmCommunity 'true' is no text"}},
     {"workers = 0\ntimeToLive = -1\n",
      {"f:1: workers '0' is no integer from 1 to 1024",
       "f:2: timeToLive '-1' is no integer from 0 to 3600000"}},

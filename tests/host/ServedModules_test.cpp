@@ -56,4 +56,32 @@ TEST_F(ServedModules, MakeOneWalkThatRisesAndEnds)
         EXPECT_NE(walk.output.find(std::string(object) + " = "), walk.output.npos) << object;
 }
 
+// Alarms read in the name of the community that the file says.
+TEST(ServedAlarms, SampleWhatTheirCommunityMaySee)
+{
+    const std::string communities = "agentAddress = \"udp:127.0.0.1:0\"\n"
+                                    "[[community]]\nname = \"boss\"\nwrite = \"everything\"\n"
+                                    "read = \"everything\"\n"
+                                    "[[community]]\nname = \"system\"\nread = \"systemonly\"\n";
+    const std::string alarm = ".1.3.6.1.2.1.16.3.1.1.";
+    auto setVariable = [&](const std::string& first, const char* variable) {
+        TempDir directory;
+        ConfigFile file(first + communities);
+        ConfiguredAgent agent(directory.File("store.db"), file);
+        EXPECT_TRUE(agent.IsReady()) << agent.FirstLine();
+        return agent.Ask(
+            "snmpset", "2c", "boss",
+            {alarm + "12.7", "i", "2", alarm + "3.7", "o", variable, alarm + "2.7", "i", "1"});
+    };
+    const char* upTime = ".1.3.6.1.2.1.1.3.0";
+    const char* packets = ".1.3.6.1.2.1.11.1.0";
+    const std::string named = "alarmCommunity = \"system\"\n";
+    Outcome seen = setVariable(named, upTime);
+    EXPECT_EQ(seen.status, 0) << seen.output;
+    Outcome hidden = setVariable(named, packets);
+    EXPECT_NE(hidden.output.find("wrongValue"), hidden.output.npos) << hidden.output;
+    Outcome nobodys = setVariable("", upTime);
+    EXPECT_NE(nobodys.output.find("wrongValue"), nobodys.output.npos) << nobodys.output;
+}
+
 } // namespace
