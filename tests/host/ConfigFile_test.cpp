@@ -132,7 +132,8 @@ TEST(ConfigFile, AlarmsReadAsTheirCommunity)
 {
     SConfiguration configuration =
         Read({"contexts = [\"lab\"]", "alarmCommunity = \"noc\"", "[[community]]", "name = \"noc\"",
-              "securityName = \"watch\"", "context = \"lab\"", "read = \"everything\""});
+              "securityName = \"watch\"", "context = \"lab\"", "[[group]]", "name = \"g\"",
+              "members = [\"watch\"]"});
     EXPECT_EQ(configuration.alarms.security.securityName, BString("watch"));
     EXPECT_EQ(configuration.alarms.security.securityModel, eModelV2c);
     EXPECT_EQ(configuration.alarms.context, BString("lab"));
