@@ -24,7 +24,7 @@ public:
     explicit Process(const Arguments& arguments, const ProcessFiles& files = {})
     {
         int ends[2];
-        if (pipe(ends) != 0)
+        if (pipe2(ends, O_CLOEXEC) != 0) // no other child is to hold them open
             return;
         m_pid = fork();
         if (m_pid == 0) {
