@@ -48,7 +48,7 @@ struct SLine {
     explicit SLine(SOptions& options);
     void Check() const;
 
-    CLI::App app{"SNMP agent serving the MIB-II system group.", "vkagentd"};
+    CLI::App app{"SNMP agent: the system, interfaces and resources of this host.", "vkagentd"};
     std::vector<std::string> listen;
     std::vector<std::string> communities;
     CLI::Option* config;

@@ -382,8 +382,8 @@ void BConfigReader::ReadAccess(BConfigTable& table)
     group->access.push_back(std::move(access));
 }
 
-// A community of the file; null, and a problem, when it is none. (One that has
-// problems of its own is none of its mentions'.)
+// A community of the file. Null when there is none, which is a problem, or when it has
+// problems of its own, which are told where it stands.
 const SCommunity* BConfigReader::Known(const SText& name)
 {
     auto known =
