@@ -146,7 +146,8 @@ std::vector<std::string> NamesOfThisNamespace()
     struct if_nameindex* all = if_nameindex();
     for (const struct if_nameindex* at = all; at && at->if_index != 0; ++at)
         names.push_back(at->if_name);
-    if_freenameindex(all);
+    if (all)
+        if_freenameindex(all);
     std::sort(names.begin(), names.end());
     return names;
 }
