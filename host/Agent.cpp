@@ -77,15 +77,15 @@ BTrapGate& TrapGate()
 }
 
 // Before any address is open: a number of boots counts from the first packet.
-void SpeakV3(BNetSnmpEngine& engine, const SConfiguration& configuration, BStore* store)
+std::optional<SEngineIdentity> StartV3(const SConfiguration& configuration, BStore* store)
 {
-    if (!configuration.v3 || configuration.users.empty())
-        return;
+    if (!configuration.SpeaksV3())
+        return std::nullopt;
     const SEngineIdentity identity = StartEngine(store);
     if (identity.boots == kMostBoots)
         LogLine("SNMPv3 has started as often as an engine can: no authenticated request is "
                 "answered until there is another store");
-    engine.SpeakV3(identity, configuration.users);
+    return identity;
 }
 
 // From coldStart to the end, however it comes.
@@ -112,10 +112,12 @@ void Serve(const SOptions& options, const FAddModules& addModules)
     BAccess access(configuration, store.get());
     modules::SSnmpCounters counters;
     BTrapGate& gate = TrapGate();
-    BModules own(configuration, access, counters, store.get(), gate);
-    BReportingHandler handler(access, store ? *store : static_cast<ISetSaves&>(noSaves));
+    const std::optional<SEngineIdentity> identity = StartV3(configuration, store.get());
+    BModules own(configuration, identity, access, counters, store.get(), gate);
+    BMibTree tree;
+    BReportingHandler handler(access, store ? *store : static_cast<ISetSaves&>(noSaves), &tree);
     handler.Init(&time, store.get());
-    own.Register(handler);
+    own.Register(handler, *handler.SystemGroup(), tree);
     BHostAgents agents(time, access, gate);
     addModules(handler, gate);
     BAuthenticationTraps failures(own.Snmp(), gate);
@@ -124,7 +126,8 @@ void Serve(const SOptions& options, const FAddModules& addModules)
                           configuration.workers ? configuration.workers
                                                 : BNetSnmpEngine::DefaultWorkers());
 
-    SpeakV3(engine, configuration, store.get());
+    if (identity)
+        engine.SpeakV3(*identity, configuration.users);
     agents.Open(engine, configuration);
     for (const BTransportAddress& address : agents.Addresses())
         LogLine("ready on " + address.ToString());

@@ -1,6 +1,7 @@
 #include "host/Modules.h"
 
 #include "host/Log.h"
+#include "host/Resources.h"
 #include "host/Store.h"
 
 #include <new>
@@ -8,6 +9,8 @@
 namespace VLK::host {
 
 namespace {
+
+constexpr int kMostOfMessage = 65507; // of UDP over IPv4
 
 modules::EAuthenTraps AuthenTrapsOf(const SConfiguration& configuration)
 {
@@ -38,7 +41,8 @@ void AddGroup(IMIBHandler& handler, BMibImplGroup& group)
 
 } // namespace
 
-BModules::BModules(const SConfiguration& configuration, BAccess& access,
+BModules::BModules(const SConfiguration& configuration,
+                   const std::optional<SEngineIdentity>& engine, BAccess& access,
                    modules::SSnmpCounters& counters, BStore* store, ITrapSender& traps)
     : m_snmp(counters, store, AuthenTrapsOf(configuration)), m_views(access.Views(), store),
       m_interfaces(traps, store, {configuration.timeToLive}),
@@ -46,15 +50,30 @@ BModules::BModules(const SConfiguration& configuration, BAccess& access,
       m_alarms(traps, store, AlarmOptions(configuration), [this] { return m_upTime.Ticks(); })
 {
     TellOfAuthenTraps(configuration, m_snmp.Group());
+    if (engine)
+        m_engine.emplace(modules::SSnmpEngine{engine->id, engine->boots, kMostOfMessage}, counters);
 }
 
-void BModules::Register(IMIBHandler& handler)
+// In the place of the library's table, which is registered under other names.
+void BModules::RegisterResources(IMIBHandler& handler, BMib2System& system, BMibTree& tree)
 {
+    SetResources(system, Resources(m_engine.has_value()));
+    BObjectIdentifier table(lenOidSysORTable, oidSysORTable);
+    tree.Unregister(table);
+    m_resources.emplace(system, [this] { return m_upTime.Ticks(); });
+    AddGroup(handler, *m_resources);
+}
+
+void BModules::Register(IMIBHandler& handler, BMib2System& system, BMibTree& tree)
+{
+    RegisterResources(handler, system, tree);
     AddGroup(handler, m_snmp);
     AddGroup(handler, m_views);
     AddGroup(handler, m_interfaces);
     AddGroup(handler, m_hostResources);
     AddGroup(handler, m_alarms);
+    if (m_engine)
+        AddGroup(handler, *m_engine);
     if (!m_interfaces.WatchProblem().empty())
         LogLine("interfaces are not watched: " + m_interfaces.WatchProblem());
 }

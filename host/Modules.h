@@ -1,15 +1,19 @@
 // The MIB modules that the agent serves beside the system group.
 #pragma once
 
+#include "host/EngineIdentity.h"
 #include "host/SysUpTime.h"
 #include "host/access/Access.h"
+#include "modules/SnmpEngine.h"
 #include "modules/SnmpGroup.h"
+#include "modules/SysORTable.h"
 #include "modules/ViewTreeFamily.h"
 #include "modules/hostresources/HostResourcesModule.h"
 #include "modules/hostresources/ProcHostSource.h"
 #include "modules/interfaces/InterfacesModule.h"
 #include "modules/rmon/AlarmModule.h"
 
+#include <optional>
 #include <vkmibh/agents.h>
 
 namespace VLK::host {
@@ -21,14 +25,18 @@ namespace VLK::host {
 // Errors:    the constructor and Register() throw std::bad_alloc.
 class BModules {
 public:
-    BModules(const SConfiguration& configuration, BAccess& access, modules::SSnmpCounters& counters,
-             BStore* store, ITrapSender& traps);
-    void Register(IMIBHandler& handler);
+    // Without an engine SNMPv3 is not spoken.
+    BModules(const SConfiguration& configuration, const std::optional<SEngineIdentity>& engine,
+             BAccess& access, modules::SSnmpCounters& counters, BStore* store, ITrapSender& traps);
+    // With the handler's own system group, registered in its tree; before any request.
+    void Register(IMIBHandler& handler, BMib2System& system, BMibTree& tree);
 
     const modules::CSnmpGroup& Snmp() const { return m_snmp.Group(); }
     modules::CAlarmModule& Alarms() { return m_alarms; }
 
 private:
+    void RegisterResources(IMIBHandler& handler, BMib2System& system, BMibTree& tree);
+
     BSysUpTime m_upTime;
     modules::CSnmpModule m_snmp;
     modules::CViewModule m_views;
@@ -36,6 +44,8 @@ private:
     modules::CProcHostSource m_host;
     modules::CHostResourcesModule m_hostResources;
     modules::CAlarmModule m_alarms;
+    std::optional<modules::CSnmpEngineModule> m_engine;
+    std::optional<modules::CSysORModule> m_resources;
 };
 
 } // namespace VLK::host

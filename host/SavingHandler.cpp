@@ -4,8 +4,8 @@
 
 namespace VLK::host {
 
-BSavingHandler::BSavingHandler(IAccessControl* accessControl, ISetSaves& saves)
-    : BMibHandler(accessControl), m_saves(saves)
+BSavingHandler::BSavingHandler(IAccessControl* accessControl, ISetSaves& saves, BMibTree* tree)
+    : BMibHandler(tree, accessControl), m_saves(saves)
 {
 }
 

@@ -20,7 +20,8 @@ namespace VLK::host {
 // Errors:  what the saves throw is a general error of the request.
 class BSavingHandler : public BMibHandler {
 public:
-    BSavingHandler(IAccessControl* accessControl, ISetSaves& saves);
+    // On a tree of its own, or on that of the caller.
+    BSavingHandler(IAccessControl* accessControl, ISetSaves& saves, BMibTree* tree = nullptr);
 
     int Query(int pduType, int transactionId, const BSecurityParams& security,
               const BString& context, BVarBindList& list, int& errorIndex) override;

@@ -1,11 +1,12 @@
-// What a protocol engine counts for the snmp group.
+// What a protocol engine counts.
 #pragma once
 
 #include <atomic>
 
 namespace VLK::modules {
 
-// Each wraps at 2^32 and is named after its object in RFC 3418.
+// Each wraps at 2^32 and is named after its object in RFC 3418, RFC 3412 (snmpMPDStats)
+// or RFC 3414 (usmStats).
 //
 // Threads: any may count and read.
 struct SSnmpCounters {
@@ -18,6 +19,17 @@ struct SSnmpCounters {
     CCounter inASNParseErrs{0};
     CCounter silentDrops{0};
     CCounter proxyDrops{0};
+
+    CCounter unknownSecurityModels{0};
+    CCounter invalidMsgs{0};
+    CCounter unknownPDUHandlers{0};
+
+    CCounter unsupportedSecLevels{0};
+    CCounter notInTimeWindows{0};
+    CCounter unknownUserNames{0};
+    CCounter unknownEngineIDs{0};
+    CCounter wrongDigests{0};
+    CCounter decryptionErrors{0};
 };
 
 } // namespace VLK::modules

@@ -72,8 +72,8 @@ std::string Reason(const SVacmDecision& decision, EViewType type)
 
 } // namespace
 
-BReportingHandler::BReportingHandler(BAccess& access, ISetSaves& saves)
-    : BSavingHandler(&access.Vacm(), saves), m_access(access)
+BReportingHandler::BReportingHandler(BAccess& access, ISetSaves& saves, BMibTree* tree)
+    : BSavingHandler(&access.Vacm(), saves, tree), m_access(access)
 {
 }
 

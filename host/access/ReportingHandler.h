@@ -14,7 +14,7 @@ namespace VLK::host {
 // Errors:    as BSavingHandler; a line without memory is lost.
 class BReportingHandler : public BSavingHandler {
 public:
-    BReportingHandler(BAccess& access, ISetSaves& saves);
+    BReportingHandler(BAccess& access, ISetSaves& saves, BMibTree* tree = nullptr);
 
     int Query(int pduType, int transactionId, const BSecurityParams& security,
               const BString& context, BVarBindList& list, int& errorIndex) override;

@@ -61,6 +61,7 @@ struct SConfiguration {
     // SNMPv3 is spoken when there is one, and it is not switched off.
     std::vector<SUser> users;
     bool v3 = true;
+    bool SpeaksV3() const { return v3 && !users.empty(); }
     // The first is the console's.
     std::vector<SGroup> groups{{kGroupConsole, {{eModelUsm, ""}}, {}}};
     std::vector<STrapSink> trapSinks;

@@ -250,6 +250,8 @@ BNetSnmpEngine::SSession::ReadMessage(BMessageReader& reader)
         reader.Discard(descriptor);
     } else {
         reader.PassOn(descriptor, handle, takesV3);
+        if (takesV3)
+            CopyStatistics(*counters);
     }
     return std::exchange(arrival, std::nullopt);
 }

@@ -139,4 +139,25 @@ netsnmp_pdu* Report(netsnmp_pdu& request, int counter)
     return MakeReport(request, known->name, known->length, value);
 }
 
+void CopyStatistics(modules::SSnmpCounters& counters)
+{
+    using Counters = modules::SSnmpCounters;
+    static constexpr struct {
+        int number;
+        Counters::CCounter Counters::*copy;
+    } kStatistics[] = {
+        {STAT_SNMPUNKNOWNSECURITYMODELS, &Counters::unknownSecurityModels},
+        {STAT_SNMPINVALIDMSGS, &Counters::invalidMsgs},
+        {STAT_SNMPUNKNOWNPDUHANDLERS, &Counters::unknownPDUHandlers},
+        {STAT_USMSTATSUNSUPPORTEDSECLEVELS, &Counters::unsupportedSecLevels},
+        {STAT_USMSTATSNOTINTIMEWINDOWS, &Counters::notInTimeWindows},
+        {STAT_USMSTATSUNKNOWNUSERNAMES, &Counters::unknownUserNames},
+        {STAT_USMSTATSUNKNOWNENGINEIDS, &Counters::unknownEngineIDs},
+        {STAT_USMSTATSWRONGDIGESTS, &Counters::wrongDigests},
+        {STAT_USMSTATSDECRYPTIONERRORS, &Counters::decryptionErrors},
+    };
+    for (const auto& statistic : kStatistics)
+        counters.*statistic.copy = snmp_get_statistic(statistic.number);
+}
+
 } // namespace VLK::host

@@ -3,6 +3,7 @@
 
 #include "host/EngineIdentity.h"
 #include "host/access/Users.h"
+#include "modules/SnmpCounters.h"
 
 #include <net-snmp/net-snmp-config.h>
 #include <net-snmp/net-snmp-includes.h>
@@ -20,5 +21,8 @@ int FaultOf(const netsnmp_pdu& pdu);
 
 // Counts it, and makes the report on it; null when there is none to be sent.
 netsnmp_pdu* Report(netsnmp_pdu& request, int counter);
+
+// What the wire library has counted of messages of SNMPv3.
+void CopyStatistics(modules::SSnmpCounters& counters);
 
 } // namespace VLK::host

@@ -14,7 +14,7 @@ contexts = ["ports"]
 name = "lan"
 include = [
   "1.3.6.1.2.1.1",
-  { subtree = "1.3.6.1.2.1.1.9.0.3", mask = "ff:7f" },  # row 3 of sysORTable
+  { subtree = "1.3.6.1.2.1.1.9.1.0.3", mask = "ff:bf" },  # row 3 of sysORTable
 ]
 exclude = ["1.3.6.1.2.1.1.4", "1.3.6.1.2.1.1.9", "1.3.6.1.2.1.1.5.0"]
 
@@ -96,7 +96,7 @@ bool Shows(const std::vector<SRule>& rules, const std::string& name)
 }
 
 const std::vector<SRule> kLan{{"1.3.6.1.2.1.1", true},
-                              {"1.3.6.1.2.1.1.9.0.3", true, 8},
+                              {"1.3.6.1.2.1.1.9.1.0.3", true, 9},
                               {"1.3.6.1.2.1.1.4", false},
                               {"1.3.6.1.2.1.1.9", false},
                               {"1.3.6.1.2.1.1.5.0", false}};
@@ -157,7 +157,12 @@ protected:
 TEST_F(Access, AWalkShowsExactlyTheInstancesOfTheView)
 {
     Arguments all = Walk("2c", "all");
-    ASSERT_GE(all.size(), 8u + 3 * 8);
+    const auto system =
+        static_cast<size_t>(std::count_if(all.begin(), all.end(), [](const std::string& name) {
+            return name.compare(0, oid::kSystem.size() + 1, oid::kSystem + ".") == 0;
+        }));
+    ASSERT_GE(system, 8u + 3 * 5);
+    ASSERT_GT(all.size(), system);
     struct SCase {
         const char* community;
         const char* version;
@@ -165,7 +170,7 @@ TEST_F(Access, AWalkShowsExactlyTheInstancesOfTheView)
         size_t count;
     };
     for (const SCase& test : {SCase{"lan", "1", kLan, 6 + 3}, SCase{"lan", "2c", kLan, 6 + 3},
-                              SCase{"few", "1", kSystem, 32}, SCase{"few", "2c", kNames, 1}}) {
+                              SCase{"few", "1", kSystem, system}, SCase{"few", "2c", kNames, 1}}) {
         Arguments expected = Shown(test.rules, all);
         EXPECT_EQ(expected.size(), test.count) << "the rule leaves something out";
         EXPECT_EQ(Walk(test.version, test.community), expected)
@@ -178,7 +183,7 @@ TEST_F(Access, AWalkShowsExactlyTheInstancesOfTheView)
 TEST_F(Access, WalksFromTheMiddleAreCutAlike)
 {
     for (const std::string root :
-         {"1.3.6.1.2.1.1.9", "1.3.6.1.2.1.1.9.3", "1.3.6.1.2.1.1.3", "1.3.6.1.2.1.1.5"}) {
+         {"1.3.6.1.2.1.1.9", "1.3.6.1.2.1.1.9.1.3", "1.3.6.1.2.1.1.3", "1.3.6.1.2.1.1.5"}) {
         Arguments all = Walk("2c", "all", "snmpwalk", root);
         ASSERT_FALSE(all.empty());
         for (const std::string version : {"1", "2c"})
@@ -191,12 +196,12 @@ TEST_F(Access, GetNextStepsOverWhatIsHiddenWithoutATrace)
     // sysContact and sysName are hidden; so is sysORTable but for row 3.
     for (const std::string version : {"1", "2c"}) {
         Outcome next = agent.Ask("snmpgetnext", version, "lan",
-                                 {".1.3.6.1.2.1.1.3.0", ".1.3.6.1.2.1.1.9.3.1"});
+                                 {".1.3.6.1.2.1.1.3.0", ".1.3.6.1.2.1.1.9.1.3.1"});
         EXPECT_EQ(next.status, 0);
         Arguments lines = Lines(next.output);
         ASSERT_EQ(lines.size(), 2u) << next.output;
         EXPECT_EQ(lines[0].find(".1.3.6.1.2.1.1.6.0 = "), 0u);
-        EXPECT_EQ(lines[1].find(".1.3.6.1.2.1.1.9.3.3 = "), 0u);
+        EXPECT_EQ(lines[1].find(".1.3.6.1.2.1.1.9.1.3.3 = "), 0u);
     }
     EXPECT_EQ(agent.Kill(SIGTERM), 0);
     EXPECT_EQ(agent.Rest(), "") << "nothing is refused";

@@ -229,7 +229,7 @@ TEST_P(ManagedViewsByTool, CreatesAndDeletesWhatOthersSeeAtOnce)
 TEST_P(ManagedViewsByTool, AMaskLeavesNumbersOpen)
 {
     // Any column of the table, the second row.
-    EXPECT_EQ(Vacm({"createView", "shown", ".1.3.6.1.2.1.1.9.0.2", "ff:40"}).status, 0);
+    EXPECT_EQ(Vacm({"createView", "shown", ".1.3.6.1.2.1.1.9.1.0.2", "ff:a0"}).status, 0);
     Arguments second{oid::kSysDescr};
     for (const std::string& instance : Under({kSysOr})) {
         if (instance.substr(instance.rfind('.')) == ".2")
@@ -238,7 +238,7 @@ TEST_P(ManagedViewsByTool, AMaskLeavesNumbersOpen)
     EXPECT_EQ(second.size(), 4u);
     ExpectShown(second);
     EXPECT_EQ(RowsOf("shown", GetParam()).back(),
-              "10.1.3.6.1.2.1.1.9.0.2,\"FF 40 \",included,nonVolatile,active");
+              "11.1.3.6.1.2.1.1.9.1.0.2,\"FF A0 \",included,nonVolatile,active");
 }
 
 TEST_P(ManagedViewsByTool, IsToldWhatCannotBe)
