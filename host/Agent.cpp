@@ -131,7 +131,7 @@ void Serve(const SOptions& options, const FAddModules& addModules)
     agents.Open(engine, configuration);
     for (const BTransportAddress& address : agents.Addresses())
         LogLine("ready on " + address.ToString());
-    std::vector<ICmdHandler*> commands{&handler, &agents.Registry()};
+    std::vector<ICmdHandler*> commands{&handler, &agents.Commands()};
     SRun run(agents);
     modules::CAlarmRun sampling(own.Alarms(), handler);
     std::unique_ptr<BConsole> console;

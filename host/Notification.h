@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <vkmibh/traps.h>
 
 namespace VLK::host {
@@ -50,11 +51,15 @@ struct SDelivery {
 class INotifier {
 public:
     virtual ~INotifier() = default;
-    // Before serving. The number to notify by; the delivery outlives the notifier.
-    // Throws BHostError.
-    virtual unsigned AddReceiver(const SReceiver& receiver, SDelivery& delivery) = 0;
+    // On any thread, each of these, while it serves too.
+    //
+    // The number to notify by, which is given once only. Throws BHostError.
+    virtual unsigned AddReceiver(const SReceiver& receiver,
+                                 std::shared_ptr<SDelivery> delivery) = 0;
+    // Nothing is sent to it from here on, nothing again either.
+    virtual void RemoveReceiver(unsigned receiver) = 0;
     // Has the notification sent by the thread that serves, and does not wait for it.
-    // On any thread.
+    // One for a receiver that was removed goes nowhere.
     virtual void Notify(unsigned receiver, SNotification notification) = 0;
 };
 

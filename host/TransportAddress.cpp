@@ -31,6 +31,12 @@ bool ParsePort(const std::string& text, unsigned& port)
 
 } // namespace
 
+bool BTransportAddress::operator==(const BTransportAddress& other) const
+{
+    return m_v6 == other.m_v6 && m_port == other.m_port &&
+           std::memcmp(m_bytes, other.m_bytes, m_v6 ? 16 : 4) == 0;
+}
+
 BTransportAddress BTransportAddress::V4(const unsigned char bytes[4], unsigned port)
 {
     BTransportAddress address;

@@ -25,6 +25,9 @@ public:
     unsigned Port() const { return m_port; }
     void SetPort(unsigned port) { m_port = port; }
 
+    bool operator==(const BTransportAddress& other) const;
+    bool operator!=(const BTransportAddress& other) const { return !(*this == other); }
+
 private:
     bool m_v6 = false;
     unsigned char m_bytes[16] = {};

@@ -1,51 +1,138 @@
 #include "host/agents/HostAgents.h"
 
+#include "host/HostError.h"
+#include "host/Log.h"
+
+#include <algorithm>
 #include <new>
+#include <utility>
 
 namespace VLK::host {
 
 namespace {
 
-BString TextOf(const std::string& text)
+template <class TNamed>
+bool IsTaken(const std::vector<TNamed>& all, const std::string& name)
 {
-    return BString(text.data(), static_cast<unsigned>(text.size()));
+    return std::any_of(all.begin(), all.end(),
+                       [&](const TNamed& named) { return named.name == name; });
+}
+
+// One receiver may be there more than once, under several communities.
+template <class TNamed>
+std::string FreeName(const std::string& name, const std::vector<TNamed>& taken)
+{
+    std::string unique = name;
+    for (int number = 2; IsTaken(taken, unique); ++number)
+        unique = name + "#" + std::to_string(number);
+    return unique;
 }
 
 } // namespace
 
 BHostAgents::BHostAgents(BTime& time, BAccess& access, BTrapGate& gate)
-    : m_registry(time), m_access(access), m_gate(gate)
+    : m_list(time), m_access(access), m_gate(gate)
 {
 }
 
 void BHostAgents::Open(IEngine& engine, const SConfiguration& configuration)
 {
-    for (const BTransportAddress& address : configuration.listen) {
-        m_listening.push_back(std::make_unique<BListenAgent>(engine, address));
-        Register(m_listening.back()->Address().ToString(), *m_listening.back());
+    m_engine = &engine;
+    for (const BTransportAddress& address : configuration.listen)
+        m_listening.push_back(std::make_shared<BListenAgent>(engine, address));
+    Change(configuration.trapSinks, eRefusalThrown);
+}
+
+void BHostAgents::SetSinks(const std::vector<STrapSink>& sinks) { Change(sinks, eRefusalLogged); }
+
+void BHostAgents::Change(const std::vector<STrapSink>& sinks, ERefusal refusal)
+{
+    std::lock_guard<std::mutex> lock(m_changes);
+    CSinks gone = m_sinks;
+    CSinks next = Keep(sinks, gone);
+    std::vector<std::shared_ptr<BSinkAgent>> added;
+    try {
+        added.reserve(next.size());
+        Add(sinks, refusal, next, added);
+        Publish(next);
+    } catch (...) {
+        for (const std::shared_ptr<BSinkAgent>& agent : added)
+            agent->Leave();
+        throw;
     }
-    auto upTime = [this] { return m_upTime.Ticks(); };
-    for (const STrapSink& sink : configuration.trapSinks) {
-        m_sinks.push_back(std::make_unique<BSinkAgent>(engine, sink, m_access, upTime));
-        Register("trap:" + sink.address.ToString(), *m_sinks.back());
+    m_sinks.swap(next);
+    for (const SSink& sink : gone)
+        sink.agent->Leave();
+}
+
+// The agents that there are for these sinks, which are taken out of `all`; none where
+// one has to be made.
+BHostAgents::CSinks BHostAgents::Keep(const std::vector<STrapSink>& sinks, CSinks& all)
+{
+    CSinks kept(sinks.size());
+    for (size_t i = 0; i < sinks.size(); ++i) {
+        auto found = std::find_if(all.begin(), all.end(), [&](const SSink& candidate) {
+            return candidate.agent->Sink() == sinks[i];
+        });
+        if (found == all.end())
+            continue;
+        kept[i] = std::move(*found);
+        all.erase(found);
+    }
+    return kept;
+}
+
+// Makes those that are missing, and leaves out those that cannot be. There is room for
+// all in `added`.
+void BHostAgents::Add(const std::vector<STrapSink>& sinks, ERefusal refusal, CSinks& next,
+                      std::vector<std::shared_ptr<BSinkAgent>>& added)
+{
+    for (size_t i = 0; i < sinks.size(); ++i) {
+        if (next[i].agent)
+            continue;
+        next[i].name = FreeName("trap:" + sinks[i].address.ToString(), next);
+        next[i].agent = Make(sinks[i], refusal);
+        if (next[i].agent)
+            added.push_back(next[i].agent);
+    }
+    next.erase(
+        std::remove_if(next.begin(), next.end(), [](const SSink& sink) { return !sink.agent; }),
+        next.end());
+}
+
+std::shared_ptr<BSinkAgent> BHostAgents::Make(const STrapSink& sink, ERefusal refusal)
+{
+    try {
+        auto agent = std::make_shared<BSinkAgent>(*m_engine, sink, m_access,
+                                                  [this] { return m_upTime.Ticks(); });
+        if (agent->Sink() == sink)
+            return agent;
+        agent->Leave(); // there was no memory for its texts
+        throw std::bad_alloc();
+    } catch (const BHostError& error) {
+        if (refusal == eRefusalThrown)
+            throw;
+        LogLine(error.what());
+        return nullptr;
     }
 }
 
-// One receiver may be there more than once, under several communities.
-void BHostAgents::Register(const std::string& name, BAgent& agent)
+void BHostAgents::Publish(const CSinks& sinks)
 {
-    std::string unique = name;
-    for (int number = 2; m_registry.GetAgent(TextOf(unique)); ++number)
-        unique = name + "#" + std::to_string(number);
-    if (m_registry.Register(TextOf(unique), &agent) != 0)
-        throw std::bad_alloc();
+    std::vector<BAgentList::SNamed> all;
+    for (const std::shared_ptr<BListenAgent>& agent : m_listening)
+        all.push_back({FreeName(agent->Address().ToString(), all), agent});
+    for (const SSink& sink : sinks)
+        all.push_back({sink.name, sink.agent});
+    m_list.Replace(std::move(all));
 }
 
 void BHostAgents::Start()
 {
-    m_registry.Init();
-    m_registry.Start();
-    m_gate.Open(m_registry);
+    std::shared_ptr<BAgents> registry = m_list.Registry();
+    registry->Init();
+    registry->Start();
+    m_gate.Open(m_list);
     const BTrapOIDs* oids = BTrapOIDs::GetInstance();
     if (!oids)
         throw std::bad_alloc();
@@ -57,7 +144,7 @@ void BHostAgents::Stop() { m_gate.Close(); }
 std::vector<BTransportAddress> BHostAgents::Addresses() const
 {
     std::vector<BTransportAddress> addresses;
-    for (const std::unique_ptr<BListenAgent>& agent : m_listening)
+    for (const std::shared_ptr<BListenAgent>& agent : m_listening)
         addresses.push_back(agent->Address());
     return addresses;
 }

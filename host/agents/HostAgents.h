@@ -3,12 +3,15 @@
 #pragma once
 
 #include "host/SysUpTime.h"
+#include "host/agents/AgentList.h"
 #include "host/agents/ListenAgent.h"
 #include "host/agents/SinkAgent.h"
 #include "host/agents/TrapGate.h"
 #include "host/config/Configuration.h"
 
 #include <memory>
+#include <mutex>
+#include <string>
 #include <vector>
 
 namespace VLK::host {
@@ -22,10 +25,11 @@ namespace VLK::host {
 //   engine.Serve(...);
 //   agents.Stop(); // before the engine goes
 //
-// Ownership: outlives the engine; clock, access control and gate outlive it.
-// Threads:   one, but for the registry, which the console's thread drives once it
-//            is there, and whoever raises traps reads.
-// Errors:    Open() throws BHostError.
+// Ownership: outlives the engine, and is not used when that is gone; clock, access
+//            control and gate outlive it.
+// Threads:   one, but for SetSinks(), which any may call from Open() to the engine's
+//            end, and the registry, which is anybody's.
+// Errors:    Open() throws BHostError, and std::bad_alloc as SetSinks() does.
 class BHostAgents {
 public:
     BHostAgents(BTime& time, BAccess& access, BTrapGate& gate);
@@ -34,20 +38,41 @@ public:
     void Start();
     void Stop();
 
+    // Makes these the receivers of traps, at once. Those that were there before stay as
+    // they are, with their counters and the informs that they have not acknowledged.
+    // One that cannot be sent to is told in the log and left out. What it throws
+    // changes nothing.
+    void SetSinks(const std::vector<STrapSink>& sinks);
+
     // Where it listens, in the order of the configuration.
     std::vector<BTransportAddress> Addresses() const;
-    // With the console's commands.
-    BAgents& Registry() { return m_registry; }
+    // As it is now.
+    std::shared_ptr<BAgents> Registry() const { return m_list.Registry(); }
+    ICmdHandler& Commands() { return m_list; }
 
 private:
-    void Register(const std::string& name, BAgent& agent);
+    struct SSink {
+        std::string name;
+        std::shared_ptr<BSinkAgent> agent;
+    };
+    using CSinks = std::vector<SSink>;
+    enum ERefusal { eRefusalThrown, eRefusalLogged };
 
-    BAgents m_registry;
+    void Change(const std::vector<STrapSink>& sinks, ERefusal refusal);
+    static CSinks Keep(const std::vector<STrapSink>& sinks, CSinks& all);
+    void Add(const std::vector<STrapSink>& sinks, ERefusal refusal, CSinks& next,
+             std::vector<std::shared_ptr<BSinkAgent>>& added);
+    std::shared_ptr<BSinkAgent> Make(const STrapSink& sink, ERefusal refusal);
+    void Publish(const CSinks& sinks);
+
+    BAgentList m_list;
     BAccess& m_access;
     BTrapGate& m_gate;
     BSysUpTime m_upTime;
-    std::vector<std::unique_ptr<BListenAgent>> m_listening;
-    std::vector<std::unique_ptr<BSinkAgent>> m_sinks;
+    IEngine* m_engine = nullptr;
+    std::vector<std::shared_ptr<BListenAgent>> m_listening;
+    std::mutex m_changes; // is held for a change; the wire lock may be taken with it
+    CSinks m_sinks;       // under that lock
 };
 
 } // namespace VLK::host

@@ -54,12 +54,12 @@ BSinkAgent::BSinkAgent(INotifier& notifier, const STrapSink& sink, BAccess& acce
 
 int BSinkAgent::SendTrap(const BTrap& trap, int)
 {
-    if (m_delivery.isSuspended)
+    if (m_delivery->isSuspended)
         return eDone;
     try {
         return PassOn(trap);
     } catch (const std::bad_alloc&) { // no concern of who raises it
-        ++m_delivery.failed;
+        ++m_delivery->failed;
         return eNotWhole;
     }
 }
@@ -68,7 +68,7 @@ int BSinkAgent::PassOn(const BTrap& trap)
 {
     SNotification notification;
     if (!Fill(trap, notification)) {
-        ++m_delivery.failed;
+        ++m_delivery->failed;
         return eNotWhole;
     }
     if (!IsShown(notification)) {
@@ -120,13 +120,13 @@ int BSinkAgent::Init(int) { return 0; }
 
 int BSinkAgent::Suspend(int)
 {
-    m_delivery.isSuspended = true;
+    m_delivery->isSuspended = true;
     return 0;
 }
 
 int BSinkAgent::Resume(int)
 {
-    m_delivery.isSuspended = false;
+    m_delivery->isSuspended = false;
     return 0;
 }
 
@@ -141,15 +141,15 @@ BString BSinkAgent::GetParams()
     parameters.Add("address", m_sink.address.ToString())
         .Add("version", VersionOf(m_sink))
         .Add("community", "(not shown)")
-        .Add("state", m_delivery.isSuspended ? "suspended" : "running")
-        .Add("sent", m_delivery.sent)
-        .Add("failed", m_delivery.failed)
+        .Add("state", m_delivery->isSuspended ? "suspended" : "running")
+        .Add("sent", m_delivery->sent)
+        .Add("failed", m_delivery->failed)
         .Add("outside the notify view", m_notShown)
-        .Add("dropped for want of room", m_delivery.overflowed);
+        .Add("dropped for want of room", m_delivery->overflowed);
     if (m_sink.isInform)
-        parameters.Add("acknowledged", m_delivery.acknowledged)
-            .Add("retried", m_delivery.retried)
-            .Add("given up", m_delivery.givenUp);
+        parameters.Add("acknowledged", m_delivery->acknowledged)
+            .Add("retried", m_delivery->retried)
+            .Add("given up", m_delivery->givenUp);
     return parameters.Text();
 }
 

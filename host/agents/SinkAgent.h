@@ -13,7 +13,7 @@ namespace VLK::host {
 // identifier, which snmpTrapOID.0 holds, and every object among its bindings.
 // Suspended, it sends nothing; what is raised meanwhile is not sent later.
 //
-// Ownership: outlives the notifier; the access control outlives it.
+// Ownership: used no more once the notifier is gone; the access control outlives it.
 // Threads:   SendTrap() and GetParams() on any; one at a time drives it.
 // Errors:    SendTrap() tells whether the notifier has the trap, not whether it
 //            arrives.
@@ -24,6 +24,10 @@ public:
     // `upTime` tells sysUpTime, on any thread. Throws BHostError.
     BSinkAgent(INotifier& notifier, const STrapSink& sink, BAccess& access,
                std::function<unsigned()> upTime);
+
+    const STrapSink& Sink() const { return m_sink; }
+    // Sends nothing from here on.
+    void Leave() { m_notifier.RemoveReceiver(m_receiver); }
 
     int SendTrap(const BTrap& trap, int flag) override;
     int Init(int flag) override;
@@ -43,7 +47,7 @@ private:
     const STrapSink m_sink;
     BAccess& m_access;
     std::function<unsigned()> m_upTime;
-    SDelivery m_delivery;
+    std::shared_ptr<SDelivery> m_delivery = std::make_shared<SDelivery>();
     std::atomic<unsigned> m_notShown{0};
     unsigned m_receiver;
 };

@@ -7,14 +7,14 @@
 
 namespace VLK::host {
 
-// Passes traps on to the agents, and before Open() and after Close() to nobody.
+// Passes traps on to a sender, and before Open() and after Close() to nobody.
 //
-// Ownership: the agents outlive the time that it is open for them.
+// Ownership: the sender outlives the time that it is open for it.
 // Threads:   any. Close() waits for traps that are being passed on.
 // Errors:    none.
 class BTrapGate : public ITrapSender {
 public:
-    void Open(BAgents& agents) { Set(&agents); }
+    void Open(ITrapSender& agents) { Set(&agents); }
     void Close() { Set(nullptr); }
 
     void SendTrap(const BTrap& trap, const char* agentName) override
@@ -25,14 +25,14 @@ public:
     }
 
 private:
-    void Set(BAgents* agents)
+    void Set(ITrapSender* agents)
     {
         std::lock_guard<std::shared_mutex> lock(m_lock);
         m_agents = agents;
     }
 
     std::shared_mutex m_lock; // shared by those that raise traps
-    BAgents* m_agents = nullptr;
+    ITrapSender* m_agents = nullptr;
 };
 
 } // namespace VLK::host

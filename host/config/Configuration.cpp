@@ -1,6 +1,7 @@
 #include "host/config/Configuration.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace VLK::host {
 
@@ -22,7 +23,16 @@ std::vector<SView> MakeBuiltInViews()
             MakeView(kViewSystemOnly, "1.3.6.1.2.1.1", BOctetString())};
 }
 
+auto Tie(const STrapSink& sink)
+{
+    return std::tie(sink.address, sink.protocol, sink.community, sink.isInform, sink.timeout,
+                    sink.retries, sink.security.securityModel, sink.security.securityName,
+                    sink.security.securityLevel, sink.context);
+}
+
 } // namespace
+
+bool STrapSink::operator==(const STrapSink& other) const { return Tie(*this) == Tie(other); }
 
 const std::vector<SView>& BuiltInViews()
 {

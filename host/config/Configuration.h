@@ -30,6 +30,8 @@ struct SView {
 struct STrapSink : SReceiver {
     BSecurityParams security;
     BString context;
+
+    bool operator==(const STrapSink& other) const;
 };
 
 struct SAlarmReader {

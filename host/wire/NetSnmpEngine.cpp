@@ -78,6 +78,7 @@ struct BNetSnmpEngine::SState {
     {
     }
     void Serve(BRelay& relay, int stopDescriptor);
+    int PrepareReceivers(std::vector<pollfd>& waits, size_t first);
     bool Accept(BRelay& relay, SArrival& arrival);
     bool Answer(BRelay* relay, SArrival& arrival);
     bool Run(SArrival& arrival, SResponse& response);
@@ -369,10 +370,13 @@ void BNetSnmpEngine::SpeakV3(const SEngineIdentity& engine, const std::vector<SU
     m_state->speaksV3 = true;
 }
 
-unsigned BNetSnmpEngine::AddReceiver(const SReceiver& receiver, SDelivery& delivery)
+unsigned BNetSnmpEngine::AddReceiver(const SReceiver& receiver, std::shared_ptr<SDelivery> delivery)
 {
-    return m_state->receivers.Add(receiver, delivery);
+    std::lock_guard<std::mutex> lock(m_state->wire);
+    return m_state->receivers.Add(receiver, std::move(delivery));
 }
+
+void BNetSnmpEngine::RemoveReceiver(unsigned receiver) { m_state->receivers.Remove(receiver); }
 
 void BNetSnmpEngine::Notify(unsigned receiver, SNotification notification)
 {
@@ -417,16 +421,21 @@ void BNetSnmpEngine::Serve(int stopDescriptor)
     m_state->queuedSets.clear();
 }
 
+int BNetSnmpEngine::SState::PrepareReceivers(std::vector<pollfd>& waits, size_t first)
+{
+    std::lock_guard<std::mutex> lock(wire);
+    return receivers.Prepare(waits, first);
+}
+
 // Returns when it is to end, or when the thread has lost its role.
 void BNetSnmpEngine::SState::Serve(BRelay& relay, int stopDescriptor)
 {
     std::vector<pollfd> waits{{stopDescriptor, POLLIN, 0}};
     for (const std::unique_ptr<SSession>& session : sessions)
         waits.push_back({session->descriptor, POLLIN, 0});
-    size_t firstOfReceivers = waits.size();
-    receivers.AddWaits(waits);
+    const size_t firstOfReceivers = waits.size();
     for (;;) {
-        if (poll(waits.data(), waits.size(), receivers.Patience()) < 0) {
+        if (poll(waits.data(), waits.size(), PrepareReceivers(waits, firstOfReceivers)) < 0) {
             if (errno == EINTR)
                 continue;
             throw BHostError(eExitUsage, std::string("cannot wait: ") + std::strerror(errno));
@@ -443,7 +452,7 @@ void BNetSnmpEngine::SState::Serve(BRelay& relay, int stopDescriptor)
                 return;
         }
         std::lock_guard<std::mutex> lock(wire);
-        receivers.Serve(&waits[firstOfReceivers]);
+        receivers.Serve(waits, firstOfReceivers);
     }
 }
 

@@ -12,9 +12,9 @@
 // it. What comes then is dropped and counted.
 //
 // Threads: construct, Open(), Serve() and destroy on one thread; the request
-//          handler is called on it and on others, which end with Serve(). Notify()
-//          on any, until it is destroyed.
-// Errors:  SpeakV3() and Open() throw BHostError.
+//          handler is called on it and on others, which end with Serve(). What
+//          INotifier has on any, until it is destroyed.
+// Errors:  SpeakV3(), Open() and AddReceiver() throw BHostError.
 #pragma once
 
 #include "host/Engine.h"
@@ -39,7 +39,8 @@ public:
     // are of a bad version.
     void SpeakV3(const SEngineIdentity& engine, const std::vector<SUser>& users);
     BTransportAddress Open(const BTransportAddress& address, STraffic& traffic) override;
-    unsigned AddReceiver(const SReceiver& receiver, SDelivery& delivery) override;
+    unsigned AddReceiver(const SReceiver& receiver, std::shared_ptr<SDelivery> delivery) override;
+    void RemoveReceiver(unsigned receiver) override;
     void Notify(unsigned receiver, SNotification notification) override;
     void Serve(int stopDescriptor) override;
 

@@ -19,6 +19,9 @@ using CClock = std::chrono::steady_clock;
 constexpr size_t kWake = 0;  // of the waits
 constexpr size_t kFirst = 1; // of the links'
 
+constexpr int kPatienceWithoutMemory = 100; // milliseconds
+constexpr int kMostPatience = 3600000;
+
 // The address that datagrams to the receiver leave from now, as SNMPv1 tells it:
 // 0.0.0.0 when it is none of IPv4 (RFC 3584 section 3.2).
 void FindOwnAddress(const BTransportAddress& receiver, unsigned char (&own)[4])
@@ -55,12 +58,6 @@ bool WasTooLong(session_list* session)
     return snmpError == SNMPERR_TOO_LONG || systemError == EMSGSIZE;
 }
 
-bool IsSame(const BTransportAddress& a, const BTransportAddress& b)
-{
-    return a.IsV6() == b.IsV6() && a.Port() == b.Port() &&
-           std::memcmp(a.Bytes(), b.Bytes(), a.IsV6() ? 16 : 4) == 0;
-}
-
 } // namespace
 
 // An inform that is not acknowledged.
@@ -83,10 +80,19 @@ struct BNetSnmpReceivers::SPending {
 // A receiver and the session with it.
 struct BNetSnmpReceivers::SLink {
     SReceiver receiver;
-    SDelivery* delivery = nullptr;
+    std::shared_ptr<SDelivery> delivery;
     session_list* session = nullptr;
     int descriptor = -1;
     std::list<SPending> pending;
+
+    SLink() = default;
+    ~SLink()
+    {
+        if (session)
+            snmp_sess_close(session);
+    }
+    SLink(const SLink&) = delete;
+    SLink& operator=(const SLink&) = delete;
 
     static int OnMessage(int, netsnmp_session*, int, netsnmp_pdu*, void*) { return 1; }
 };
@@ -101,7 +107,7 @@ int BNetSnmpReceivers::SPending::OnAnswer(int operation, netsnmp_session*, int, 
     } else if (operation == NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE) {
         BTransportAddress from;
         if (!pdu || pdu->command != SNMP_MSG_RESPONSE || !ReadRemote(*pdu, from) ||
-            !IsSame(from, pending->link->receiver.address))
+            from != pending->link->receiver.address)
             return 0;
         pending->state = pdu->errstat == SNMP_ERR_NOERROR ? eAcknowledged : eRefused;
     }
@@ -117,18 +123,14 @@ BNetSnmpReceivers::BNetSnmpReceivers(BMessageReader& reader)
 
 BNetSnmpReceivers::~BNetSnmpReceivers() { Close(); }
 
-void BNetSnmpReceivers::Close()
-{
-    for (const std::unique_ptr<SLink>& link : m_links)
-        snmp_sess_close(link->session);
-    m_links.clear();
-}
+void BNetSnmpReceivers::Close() { m_links.clear(); }
 
-unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, SDelivery& delivery)
+unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, std::shared_ptr<SDelivery> delivery)
 {
     auto link = std::make_unique<SLink>();
     link->receiver = receiver;
-    link->delivery = &delivery;
+    link->delivery = delivery;
+    std::string community = receiver.community;
     netsnmp_session settings;
     snmp_sess_init(&settings); // the wire library knows no transport before its first session
     errno = 0;
@@ -140,7 +142,6 @@ unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, SDelivery& delivery)
     link->descriptor = transport->sock;
 
     settings.version = receiver.protocol == eSnmpV1 ? SNMP_VERSION_1 : SNMP_VERSION_2c;
-    std::string community = receiver.community;
     settings.community = reinterpret_cast<unsigned char*>(community.data());
     settings.community_len = community.size();
     settings.retries = 0; // they are counted here
@@ -151,16 +152,43 @@ unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, SDelivery& delivery)
         static_cast<session_list*>(snmp_sess_add(&settings, transport, nullptr, nullptr));
     if (!link->session)
         CannotSend(receiver.address, 0);
-    m_links.push_back(std::move(link));
-    return static_cast<unsigned>(m_links.size() - 1);
+    const unsigned number = m_next;
+    {
+        std::lock_guard<std::mutex> lock(m_lock);
+        m_removed.reserve(m_links.size() + 1);
+        m_deliveries.emplace(number, std::move(delivery));
+    }
+    try {
+        m_links.emplace(number, std::move(link));
+    } catch (const std::bad_alloc&) {
+        std::lock_guard<std::mutex> lock(m_lock);
+        m_deliveries.erase(number);
+        throw;
+    }
+    ++m_next;
+    eventfd_write(m_wake.Get(), 1); // so that it is polled for
+    return number;
+}
+
+void BNetSnmpReceivers::Remove(unsigned receiver)
+{
+    {
+        std::lock_guard<std::mutex> lock(m_lock);
+        if (m_deliveries.erase(receiver) != 0)
+            m_removed.push_back(receiver);
+    }
+    eventfd_write(m_wake.Get(), 1);
 }
 
 void BNetSnmpReceivers::Notify(unsigned receiver, SNotification&& notification)
 {
     {
         std::lock_guard<std::mutex> lock(m_lock);
+        const auto found = m_deliveries.find(receiver);
+        if (found == m_deliveries.end())
+            return;
         if (m_queue.size() >= kMostQueued) {
-            ++m_links[receiver]->delivery->overflowed;
+            ++found->second->overflowed;
             return;
         }
         m_queue.push_back({receiver, std::move(notification)});
@@ -168,17 +196,25 @@ void BNetSnmpReceivers::Notify(unsigned receiver, SNotification&& notification)
     eventfd_write(m_wake.Get(), 1);
 }
 
-void BNetSnmpReceivers::AddWaits(std::vector<pollfd>& waits) const
+// Without memory they are polled for the next time.
+int BNetSnmpReceivers::Prepare(std::vector<pollfd>& waits, size_t first) const
 {
-    waits.push_back({m_wake.Get(), POLLIN, 0});
-    for (const std::unique_ptr<SLink>& link : m_links)
-        waits.push_back({link->descriptor, POLLIN, 0});
+    waits.resize(first);
+    try {
+        waits.reserve(first + kFirst + m_links.size());
+        waits.push_back({m_wake.Get(), POLLIN, 0});
+        for (const auto& [number, link] : m_links)
+            waits.push_back({link->descriptor, POLLIN, 0});
+    } catch (const std::bad_alloc&) {
+        return kPatienceWithoutMemory;
+    }
+    return Patience();
 }
 
 int BNetSnmpReceivers::Patience() const
 {
     auto next = CClock::time_point::max();
-    for (const std::unique_ptr<SLink>& link : m_links) {
+    for (const auto& [number, link] : m_links) {
         for (const SPending& pending : link->pending)
             next = std::min(next, pending.deadline);
     }
@@ -186,37 +222,65 @@ int BNetSnmpReceivers::Patience() const
         return -1;
     auto left = std::chrono::duration_cast<std::chrono::milliseconds>(next - CClock::now());
     // The wire library has a clock of its own, which may be a little late.
-    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0) + 1);
+    return static_cast<int>(
+        std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, kMostPatience) + 1);
 }
 
-void BNetSnmpReceivers::Serve(const pollfd* waits)
+// Receivers that were added since then are behind those that were polled for.
+void BNetSnmpReceivers::Serve(const std::vector<pollfd>& waits, size_t first)
 {
-    for (size_t i = 0; i < m_links.size(); ++i) {
-        SLink& link = *m_links[i];
-        if (waits[kFirst + i].revents && m_reader.Peek(link.descriptor))
+    size_t at = first + kFirst;
+    for (const auto& [number, link] : m_links) {
+        const bool wasPolled = at < waits.size();
+        ServeLink(*link, wasPolled && waits[at].revents);
+        ++at;
+    }
+    if (waits.size() > first && waits[first + kWake].revents)
+        CarryOut();
+}
+
+void BNetSnmpReceivers::ServeLink(SLink& link, bool hasMessage)
+{
+    try {
+        if (hasMessage && m_reader.Peek(link.descriptor))
             m_reader.PassOn(link.descriptor, link.session);
         if (!link.pending.empty()) {
             snmp_sess_timeout(link.session);
             Sweep(link);
         }
+    } catch (const std::bad_alloc&) {
+        // The informs are still there, and looked at again when it is time.
     }
-    if (waits[kWake].revents)
-        SendQueued();
 }
 
-void BNetSnmpReceivers::SendQueued()
+// What is queued now: requests wait meanwhile. Takes no memory itself.
+void BNetSnmpReceivers::CarryOut()
 {
-    eventfd_t count;
-    eventfd_read(m_wake.Get(), &count);
-    std::deque<SQueued> queue;
-    {
-        std::lock_guard<std::mutex> lock(m_lock);
-        queue.swap(m_queue);
+    eventfd_t wakes;
+    eventfd_read(m_wake.Get(), &wakes);
+    std::unique_lock<std::mutex> lock(m_lock);
+    for (unsigned removed : m_removed)
+        m_links.erase(removed);
+    m_removed.clear();
+    for (size_t count = m_queue.size(); count > 0; --count) {
+        SQueued queued = std::move(m_queue.front());
+        m_queue.pop_front();
+        lock.unlock();
+        Send(queued);
+        lock.lock();
     }
-    for (SQueued& queued : queue) {
-        SLink& link = *m_links[queued.receiver];
-        if (!link.delivery->isSuspended)
-            Send(link, std::move(queued.notification));
+}
+
+// The receiver may have gone since.
+void BNetSnmpReceivers::Send(SQueued& queued)
+{
+    const auto found = m_links.find(queued.receiver);
+    if (found == m_links.end() || found->second->delivery->isSuspended)
+        return;
+    try {
+        Send(*found->second, std::move(queued.notification));
+    } catch (const std::bad_alloc&) {
+        ++found->second->delivery->failed;
     }
 }
 

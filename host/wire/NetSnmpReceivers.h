@@ -7,6 +7,7 @@
 
 #include <deque>
 #include <list>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <poll.h>
@@ -17,8 +18,10 @@ namespace VLK::host {
 // waits for a receiver: sockets do not block, and a deadline is one of the poll.
 //
 // Ownership: the reader outlives it.
-// Threads:   Notify() on any; all else on that of the wire library.
-// Errors:    Add() throws BHostError.
+// Threads:   Notify() and Remove() on any; all else under the wire library's lock, and
+//            Prepare() and Serve() on the thread that serves.
+// Errors:    Add() throws BHostError. What cannot be sent for want of memory is counted
+//            as failed.
 class BNetSnmpReceivers {
 public:
     // Notifications that wait to be sent, and informs of one receiver that wait to
@@ -31,15 +34,17 @@ public:
     // Before the wire library ends.
     void Close();
 
-    unsigned Add(const SReceiver& receiver, SDelivery& delivery);
+    // The receiver's number; none is given twice.
+    unsigned Add(const SReceiver& receiver, std::shared_ptr<SDelivery> delivery);
+    // Its session ends when something is served next.
+    void Remove(unsigned receiver);
     void Notify(unsigned receiver, SNotification&& notification);
 
-    // Adds what Serve() waits for.
-    void AddWaits(std::vector<pollfd>& waits) const;
-    // Milliseconds after which Serve() has something to do anyway; -1 for none.
-    int Patience() const;
-    // Does what is to be done, given the waits as poll() left them.
-    void Serve(const pollfd* waits);
+    // Makes what Serve() waits for of the waits from `first` on. Milliseconds after
+    // which Serve() has something to do anyway; -1 for none.
+    int Prepare(std::vector<pollfd>& waits, size_t first) const;
+    // Does what is to be done, given those waits as poll() left them.
+    void Serve(const std::vector<pollfd>& waits, size_t first);
 
 private:
     struct SPending;
@@ -49,17 +54,25 @@ private:
         SNotification notification;
     };
 
-    void SendQueued();
+    int Patience() const;
+    void ServeLink(SLink& link, bool hasMessage);
+    void CarryOut();
+    void Send(SQueued& queued);
     void Send(SLink& link, SNotification&& notification);
     bool SendInform(SPending& pending);
     void Sweep(SLink& link);
     bool GoesOn(SPending& pending);
 
     BMessageReader& m_reader;
-    BDescriptor m_wake; // readable when something is queued
-    std::vector<std::unique_ptr<SLink>> m_links;
+    BDescriptor m_wake; // readable when there is something to carry out
+    // In the order of their numbers: what is polled for keeps its place when more come.
+    std::map<unsigned, std::unique_ptr<SLink>> m_links;
+    unsigned m_next = 0;
     std::mutex m_lock;
-    std::deque<SQueued> m_queue; // under the lock
+    // Under the lock:
+    std::deque<SQueued> m_queue;
+    std::map<unsigned, std::shared_ptr<SDelivery>> m_deliveries; // of those not removed
+    std::vector<unsigned> m_removed;                             // with room for all links
 };
 
 } // namespace VLK::host

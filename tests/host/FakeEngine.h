@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/Engine.h"
+#include "host/HostError.h"
 
 #include <new>
 #include <vector>
@@ -25,12 +26,16 @@ public:
         traffics.push_back(&traffic);
         return opened;
     }
-    unsigned AddReceiver(const host::SReceiver& receiver, host::SDelivery& delivery) override
+    unsigned AddReceiver(const host::SReceiver& receiver,
+                         std::shared_ptr<host::SDelivery> delivery) override
     {
+        if (receiver.address.ToString() == refused)
+            throw host::BHostError(host::eExitUsage, "cannot send to " + refused);
         receivers.push_back(receiver);
-        deliveries.push_back(&delivery);
+        deliveries.push_back(std::move(delivery));
         return static_cast<unsigned>(receivers.size() - 1);
     }
+    void RemoveReceiver(unsigned receiver) override { removed.push_back(receiver); }
     void Notify(unsigned receiver, host::SNotification notification) override
     {
         if (isOutOfMemory)
@@ -41,7 +46,9 @@ public:
 
     std::vector<host::STraffic*> traffics;
     std::vector<host::SReceiver> receivers;
-    std::vector<host::SDelivery*> deliveries;
+    std::vector<std::shared_ptr<host::SDelivery>> deliveries;
+    std::vector<unsigned> removed;
+    std::string refused; // an address that cannot be sent to
     std::vector<SSent> sent;
     bool isOutOfMemory = false;
 };

@@ -9,7 +9,9 @@
 #include "tests/support/FakeStore.h"
 #include "tests/support/Oids.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
+#include <thread>
 
 using namespace VLK;
 using namespace VLK::host;
@@ -76,7 +78,7 @@ protected:
     }
     std::string Parameters(const char* name)
     {
-        return agents.Registry().GetAgent(BString(name))->GetParams().c_str();
+        return agents.Registry()->GetAgent(BString(name))->GetParams().c_str();
     }
 
     using Numbers = std::vector<unsigned>;
@@ -95,8 +97,8 @@ TEST_F(HostAgents, AreNamedAfterTheirAddresses)
     for (const char* name :
          {"udp:127.0.0.1:1161", "udp:127.0.0.2:4711", "trap:udp:192.0.2.1:162",
           "trap:udp:192.0.2.1:162#2", "trap:udp:192.0.2.1:162#3", "trap:udp:192.0.2.2:1162"})
-        EXPECT_NE(agents.Registry().GetAgent(BString(name)), nullptr) << name;
-    EXPECT_EQ(agents.Registry().GetNumAgents(), 6);
+        EXPECT_NE(agents.Registry()->GetAgent(BString(name)), nullptr) << name;
+    EXPECT_EQ(agents.Registry()->GetNumAgents(), 6);
     ASSERT_EQ(agents.Addresses().size(), 2u);
     EXPECT_EQ(agents.Addresses()[0].ToString(), "udp:127.0.0.2:4711") << "in the order configured";
 }
@@ -121,16 +123,16 @@ TEST_F(HostAgents, TheyAnswerAndSendFromTheirStartToTheirStop)
     auto areSuspended = [&](bool expected) {
         for (const STraffic* traffic : engine.traffics)
             EXPECT_EQ(traffic->isSuspended, expected);
-        for (const SDelivery* delivery : engine.deliveries)
+        for (const auto& delivery : engine.deliveries)
             EXPECT_EQ(delivery->isSuspended, expected);
     };
-    EXPECT_EQ(agents.Registry().Stop(), 0);
+    EXPECT_EQ(agents.Registry()->Stop(), 0);
     areSuspended(true);
     agents.Start();
     areSuspended(false);
-    EXPECT_EQ(agents.Registry().Stop(), 0);
+    EXPECT_EQ(agents.Registry()->Stop(), 0);
     areSuspended(true);
-    EXPECT_EQ(agents.Registry().Start(), 0);
+    EXPECT_EQ(agents.Registry()->Start(), 0);
     areSuspended(false);
 }
 
@@ -254,7 +256,7 @@ TEST_F(HostAgents, WhatHasNoFormOfANotificationHasFailed)
     Receivers();
     gate.SendTrap(BTrapV1(MakeOid("1"), eTrapEnterpriseSpecific, 1), nullptr);
     EXPECT_EQ(Receivers(), Numbers());
-    for (SDelivery* delivery : engine.deliveries)
+    for (const auto& delivery : engine.deliveries)
         EXPECT_EQ(delivery->failed, 1u);
 }
 
@@ -300,8 +302,8 @@ TEST_F(HostAgents, ASinkTellsWhetherItPassesTheTrapOn)
 {
     agents.Start();
     Receivers();
-    BAgent& all = *agents.Registry().GetAgent(BString("trap:udp:192.0.2.1:162"));
-    BAgent& none = *agents.Registry().GetAgent(BString("trap:udp:192.0.2.1:162#3"));
+    BAgent& all = *agents.Registry()->GetAgent(BString("trap:udp:192.0.2.1:162"));
+    BAgent& none = *agents.Registry()->GetAgent(BString("trap:udp:192.0.2.1:162#3"));
     EXPECT_EQ(all.SendTrap(BTrapV2(MakeOid(kColdStart)), 0), BSinkAgent::eDone);
     EXPECT_EQ(none.SendTrap(BTrapV2(MakeOid(kColdStart)), 0), BSinkAgent::eNotShown);
     EXPECT_EQ(all.SendTrap(PartialTrap(), 0), BSinkAgent::eNotWhole);
@@ -324,7 +326,7 @@ TEST_F(HostAgents, WithoutMemoryANotificationIsSentWholeOrHasFailed)
     kind.SetObjectId(MakeOid(kEnterprise));
     bindings.Append(MakeOid("1.3.6.1.2.1.1.2.0"), kind);
     const BTrapV2 trap(MakeOid(kColdStart), bindings);
-    BAgent& sink = *agents.Registry().GetAgent(BString("trap:udp:192.0.2.1:162"));
+    BAgent& sink = *agents.Registry()->GetAgent(BString("trap:udp:192.0.2.1:162"));
     engine.sent.reserve(engine.sent.capacity() + 4);
     unsigned failed = 0;
     unsigned allocations = VLKTest::SweepAllocations(
@@ -355,9 +357,112 @@ TEST_F(HostAgents, AnEngineWithoutMemoryIsNoExceptionForWhoRaisesATrap)
     engine.isOutOfMemory = true;
     EXPECT_NO_THROW(gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr));
     EXPECT_EQ(engine.deliveries[0]->failed, 1u);
-    BAgent& sink = *agents.Registry().GetAgent(BString("trap:udp:192.0.2.1:162"));
+    BAgent& sink = *agents.Registry()->GetAgent(BString("trap:udp:192.0.2.1:162"));
     EXPECT_EQ(sink.SendTrap(BTrapV2(MakeOid(kColdStart)), 0), BSinkAgent::eNotWhole);
     EXPECT_EQ(engine.deliveries[1]->failed, 1u);
+}
+
+TEST_F(HostAgents, SinksThatStayKeepTheirAgentsAndCounters)
+{
+    agents.Start();
+    Receivers();
+    engine.deliveries[2]->acknowledged = 7;
+    BAgent* const kept = agents.Registry()->GetAgent(BString("trap:udp:192.0.2.2:1162"));
+    agents.SetSinks(configuration.trapSinks);
+    EXPECT_EQ(engine.receivers.size(), 4u);
+    EXPECT_TRUE(engine.removed.empty());
+
+    std::vector<STrapSink> sinks{configuration.trapSinks[2], configuration.trapSinks[0],
+                                 configuration.trapSinks[0]};
+    sinks[2].address = AddressOf("udp:192.0.2.3:162");
+    agents.SetSinks(sinks);
+    EXPECT_EQ(engine.removed, (Numbers{1, 3}));
+    EXPECT_EQ(engine.receivers.size(), 5u);
+    EXPECT_EQ(agents.Registry()->GetNumAgents(), 5);
+    EXPECT_EQ(agents.Registry()->GetAgent(BString("trap:udp:192.0.2.2:1162")), kept);
+    EXPECT_NE(Parameters("trap:udp:192.0.2.2:1162").find("acknowledged: 7\n"), std::string::npos);
+    gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr);
+    EXPECT_EQ(Receivers(), (Numbers{0, 2, 4}));
+    agents.SetSinks({});
+    EXPECT_EQ(engine.removed, (Numbers{1, 3, 2, 0, 4}));
+    gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr);
+    EXPECT_EQ(Receivers(), Numbers());
+}
+
+TEST_F(HostAgents, TwoSinksThatAreAlikeAreTwo)
+{
+    std::vector<STrapSink> sinks(2, configuration.trapSinks[0]);
+    agents.SetSinks(sinks);
+    EXPECT_EQ(engine.receivers.size(), 5u);
+    EXPECT_EQ(engine.removed, (Numbers{1, 2, 3}));
+    agents.SetSinks(sinks);
+    EXPECT_EQ(engine.receivers.size(), 5u);
+    sinks.pop_back();
+    agents.SetSinks(sinks);
+    EXPECT_EQ(engine.removed, (Numbers{1, 2, 3, 4}));
+}
+
+TEST_F(HostAgents, ASinkThatCannotBeSentToIsLeftOutAndTriedTheNextTime)
+{
+    std::vector<STrapSink> sinks = configuration.trapSinks;
+    sinks[1].address = AddressOf("udp:192.0.2.9:162");
+    engine.refused = "udp:192.0.2.9:162";
+    agents.SetSinks(sinks);
+    EXPECT_EQ(agents.Registry()->GetNumAgents(), 5);
+    EXPECT_EQ(engine.removed, Numbers{1});
+    engine.refused.clear();
+    agents.SetSinks(sinks);
+    EXPECT_NE(agents.Registry()->GetAgent(BString("trap:udp:192.0.2.9:162")), nullptr);
+}
+
+TEST_F(HostAgents, WithoutMemoryTheSinksStayAsTheyWere)
+{
+    std::vector<STrapSink> sinks{configuration.trapSinks[0], configuration.trapSinks[2]};
+    sinks[1].retries = 9;
+    engine.receivers.reserve(1000);
+    engine.deliveries.reserve(1000);
+    engine.removed.reserve(1000);
+    int allocations = 0;
+    for (bool isDone = false; !isDone; ++allocations) {
+        const size_t added = engine.receivers.size();
+        const size_t removed = engine.removed.size();
+        {
+            FailingAlloc failing(allocations);
+            try {
+                agents.SetSinks(sinks);
+                isDone = true;
+            } catch (const std::bad_alloc&) {
+            }
+        }
+        const size_t left = engine.removed.size() - removed;
+        EXPECT_EQ(left, isDone ? 3u : engine.receivers.size() - added) << allocations;
+        EXPECT_EQ(agents.Registry()->GetNumAgents(), isDone ? 4 : 6);
+    }
+    EXPECT_GT(allocations, 5);
+}
+
+// A sink that goes while traps are raised, and comes again.
+TEST_F(HostAgents, SinksMayChangeWhileTrapsAreRaised)
+{
+    agents.Start();
+    std::atomic<bool> isOver{false};
+    std::thread raising([&] {
+        while (!isOver)
+            gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr);
+    });
+    std::thread reading([&] {
+        while (!isOver)
+            agents.Registry()->AgentAt(agents.Registry()->GetNumAgents() - 1)->GetParams();
+    });
+    for (int i = 0; i < 50; ++i) {
+        std::vector<STrapSink> sinks = configuration.trapSinks;
+        sinks.resize(static_cast<size_t>(i % 3) + 1);
+        agents.SetSinks(sinks);
+    }
+    isOver = true;
+    raising.join();
+    reading.join();
+    EXPECT_EQ(agents.Registry()->GetNumAgents(), 4);
 }
 
 TEST_F(HostAgents, ASuspendedSinkIsGivenNothing)
@@ -365,11 +470,11 @@ TEST_F(HostAgents, ASuspendedSinkIsGivenNothing)
     agents.Start();
     Receivers();
     const BString name("trap:udp:192.0.2.1:162");
-    EXPECT_EQ(agents.Registry().Suspend(name), 0);
+    EXPECT_EQ(agents.Registry()->Suspend(name), 0);
     gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr);
     EXPECT_EQ(Receivers(), (Numbers{1, 2}));
     EXPECT_TRUE(engine.deliveries[0]->isSuspended);
-    EXPECT_EQ(agents.Registry().Resume(name), 0);
+    EXPECT_EQ(agents.Registry()->Resume(name), 0);
     gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr);
     EXPECT_EQ(Receivers(), (Numbers{0, 1, 2}));
 }
@@ -378,10 +483,10 @@ TEST_F(HostAgents, AListeningAddressIsSuspendedInItsTraffic)
 {
     agents.Start();
     const BString name("udp:127.0.0.1:1161");
-    EXPECT_EQ(agents.Registry().Suspend(name), 0);
+    EXPECT_EQ(agents.Registry()->Suspend(name), 0);
     EXPECT_TRUE(engine.traffics[1]->isSuspended);
     EXPECT_FALSE(engine.traffics[0]->isSuspended);
-    EXPECT_EQ(agents.Registry().Resume(name), 0);
+    EXPECT_EQ(agents.Registry()->Resume(name), 0);
     EXPECT_FALSE(engine.traffics[1]->isSuspended);
 }
 

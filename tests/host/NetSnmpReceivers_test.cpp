@@ -9,6 +9,7 @@
 #include "tests/support/Oids.h"
 
 #include <arpa/inet.h>
+#include <atomic>
 #include <chrono>
 #include <sys/resource.h>
 
@@ -114,7 +115,7 @@ protected:
         receiver.isInform = isInform;
         receiver.timeout = timeout;
         receiver.retries = retries;
-        return Engine().AddReceiver(receiver, delivery);
+        return Engine().AddReceiver(receiver, m_delivery);
     }
     ber::Bytes Sent(unsigned receiver)
     {
@@ -131,7 +132,8 @@ protected:
     Listener listener;
     std::chrono::milliseconds timeout{60000};
     unsigned retries = 0;
-    SDelivery& delivery = Kept<SDelivery>();
+    std::shared_ptr<SDelivery> m_delivery = std::make_shared<SDelivery>();
+    SDelivery& delivery = *m_delivery;
 };
 
 } // namespace
@@ -264,8 +266,8 @@ TEST_F(NetSnmpReceivers, AnInformThatTheNetworkDoesNotTakeIsTriedAgain)
     broadcast.isInform = true;
     broadcast.timeout = std::chrono::minutes(1);
     broadcast.retries = 0;
-    SDelivery& waiting = Kept<SDelivery>();
-    SDelivery& triedTwice = Kept<SDelivery>();
+    auto waiting = std::make_shared<SDelivery>();
+    auto triedTwice = std::make_shared<SDelivery>();
     unsigned first = Engine().AddReceiver(broadcast, waiting);
     broadcast.timeout = std::chrono::milliseconds(20);
     broadcast.retries = 1;
@@ -275,10 +277,10 @@ TEST_F(NetSnmpReceivers, AnInformThatTheNetworkDoesNotTakeIsTriedAgain)
         Engine().Notify(receiver, Notification());
     ServeWhile([&] {
         EXPECT_NE(listener.Receive(), "") << "the others were sent before, if they were";
-        EXPECT_TRUE(Eventually([&] { return triedTwice.failed == 1; }));
+        EXPECT_TRUE(Eventually([&] { return triedTwice->failed == 1; }));
     });
-    EXPECT_EQ(waiting.failed, 0u) << "it may go later";
-    for (const SDelivery* delivered : {&waiting, &triedTwice}) {
+    EXPECT_EQ(waiting->failed, 0u) << "it may go later";
+    for (const auto& delivered : {waiting, triedTwice}) {
         EXPECT_EQ(delivered->sent, 0u);
         EXPECT_EQ(delivered->retried, 0u);
         EXPECT_EQ(delivered->givenUp, 0u) << "those are of informs that were sent";
@@ -372,4 +374,61 @@ TEST_F(NetSnmpReceivers, NotifyingThreadsNeedNotTakeTurns)
         }));
     });
     EXPECT_GE(delivery.sent, BNetSnmpReceivers::kMostQueued);
+}
+
+TEST_F(NetSnmpReceivers, AReceiverThatComesWhileTheEngineServesIsSentToAndHeard)
+{
+    ServeWhile([&] {
+        GiveOthersTime();
+        unsigned receiver = Add(eSnmpV2c, true);
+        Engine().Notify(receiver, Notification());
+        listener.Answer(Acknowledgement(Inform()));
+        EXPECT_TRUE(Eventually([&] { return delivery.acknowledged == 1; }));
+    });
+}
+
+TEST_F(NetSnmpReceivers, AReceiverThatGoesIsSentNothingMore)
+{
+    timeout = std::chrono::milliseconds(50);
+    retries = 200;
+    unsigned gone = Add(eSnmpV2c, true);
+    auto other = std::make_shared<SDelivery>();
+    std::swap(m_delivery, other);
+    unsigned kept = Add(eSnmpV2c);
+    Engine().Notify(gone, Notification());
+    ServeWhile([&] {
+        EXPECT_EQ(Inform().pduType, kInform);
+        Engine().RemoveReceiver(gone);
+        Engine().Notify(gone, Notification());
+        Engine().Notify(kept, Notification());
+        EXPECT_TRUE(Eventually([&] { return m_delivery->sent == 1; }));
+        while (ber::ReadReply(listener.Receive()).pduType != kTrapV2) {
+        }
+        EXPECT_EQ(listener.Receive(200), "");
+    });
+    EXPECT_EQ(other->sent, 1u);
+    EXPECT_EQ(other->overflowed, 0u);
+    EXPECT_EQ(other.use_count(), 1) << "its session has ended";
+    EXPECT_NE(Add(eSnmpV2c), gone);
+}
+
+// Registering is for any thread, while others raise notifications.
+TEST_F(NetSnmpReceivers, ReceiversComeAndGoWhileNotificationsAreSent)
+{
+    std::atomic<bool> isOver{false};
+    std::atomic<unsigned> latest{Add(eSnmpV2c)};
+    ServeWhile([&] {
+        std::thread raising([&] {
+            while (!isOver)
+                Engine().Notify(latest, Notification());
+        });
+        for (int i = 0; i < 100; ++i) {
+            unsigned next = Add(eSnmpV2c, i % 2 == 0);
+            Engine().RemoveReceiver(latest.exchange(next));
+        }
+        isOver = true;
+        raising.join();
+        Engine().RemoveReceiver(latest);
+        EXPECT_TRUE(Eventually([&] { return m_delivery.use_count() == 1; }));
+    });
 }
