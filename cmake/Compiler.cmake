@@ -11,6 +11,10 @@ if(VKMIBH_SANITIZE)
     add_link_options(-fsanitize=${VKMIBH_SANITIZE})
 endif()
 
+if(VKMIBH_BUILD_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(VKMIBH_THREAD_SAFETY)
     if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
         message(FATAL_ERROR "VKMIBH_THREAD_SAFETY needs clang")

@@ -1,7 +1,6 @@
 // SET on row-status tables through BMibHandler::Query: every request of a list of
 // them, with every handler call in it failing, alone and together with others.
-#include "tests/handler/RowStatusExpectation.h"
-#include "tests/support/Requests.h"
+#include "tests/handler/RowStatusAgent.h"
 
 #include <gtest/gtest.h>
 
@@ -12,143 +11,6 @@ namespace Test {
 namespace {
 
 constexpr ESnmpSetOpCode kPhases[] = {eSetTest, eSetCommit, eSetUndo, eSetCleanup};
-constexpr int kForEver = 3600000;
-
-// What all tables of one request write to, and which of their calls fail.
-struct SRecord {
-    Log log;
-    std::map<std::string, int> failing;
-};
-
-template <class Probe>
-class Recorded : public Probe {
-public:
-    Recorded(char name, SRecord& record)
-        : Probe(("1.3.5." + std::to_string(name - 'A' + 1)).c_str()), m_name(name), m_record(record)
-    {
-        this->SetActivationTimeout(kForEver);
-    }
-
-protected:
-    int Answer(const std::string& what, const std::string& value) override
-    {
-        const std::string call = m_name + (" " + what) + value;
-        m_record.log.push_back(call + Outcome(what));
-        const auto failing = m_record.failing.find(call);
-        if (failing == m_record.failing.end())
-            return 0;
-        if (failing->second == kThrow)
-            throw std::runtime_error(call);
-        return failing->second;
-    }
-
-private:
-    std::string Outcome(const std::string& what) const
-    {
-        const bool commits = what.find("commit 3.") == 0;
-        if (!commits && what.find("undo 3.") != 0)
-            return "";
-        const BObjectIdentifier row = MakeOid(what.substr(what.find('.') + 1).c_str());
-        return commits ? " to " + std::to_string(this->GetRowState(row))
-                       : " back to " + std::to_string(this->GetRowStatusUndoValue(row));
-    }
-
-    const char m_name;
-    SRecord& m_record;
-};
-
-// Three fresh tables with the given rows behind a handler.
-class Agent {
-public:
-    explicit Agent(const Content& content)
-        : m_a('A', m_record), m_b('B', m_record), m_e('E', m_record), m_handler(nullptr),
-          m_client(m_handler)
-    {
-        ForAll([&](char name, auto& table) {
-            m_handler.RegisterSubtreeHandler(&table);
-            for (const auto& [row, was] : content) {
-                if (row[0] != name)
-                    continue;
-                table.Row(&row[1]) = {was.status, was.name, was.level};
-                if (IsInactive(name, was.status))
-                    table.AddToTimeoutList(MakeOid(&row[1]));
-            }
-        });
-    }
-    ~Agent()
-    {
-        ForAll([&](char, auto& table) { m_handler.UnregisterSubtreeHandler(&table); });
-    }
-
-    int Set(const std::vector<SBinding>& list, const Fails& fails, bool throwing)
-    {
-        BVarBindList bindings;
-        for (const SBinding& binding : list) {
-            BObjectSyntax value;
-            if (binding.column == eProbeName)
-                value.SetOctets(BString(binding.value.c_str()));
-            else
-                value.SetInt(binding.Int());
-            const std::string place =
-                std::to_string(binding.table - 'A' + 1) + "." + binding.Place();
-            bindings.Append(MakeOid(("1.3.5." + place).c_str()), value);
-        }
-        for (const auto& [phase, position] : fails)
-            m_record.failing[list[position].Call(phase)] = throwing ? kThrow : FailWith(phase);
-        m_record.log.clear();
-        const int status = m_client.Query(ePduSet, bindings);
-        m_record.failing.clear();
-        return status;
-    }
-    const Log& CallLog() const { return m_record.log; }
-    int ErrorIndex() const { return m_client.errorIndex; }
-    Content Rows()
-    {
-        Content content;
-        ForAll([&](char name, auto& table) {
-            for (const auto& [row, is] : table.rows)
-                content[name + TextOf(row)] = {is.status, is.name, is.level};
-        });
-        return content;
-    }
-    std::set<std::string> Pending()
-    {
-        m_record.log.clear();
-        BTimer::GetInstance()->Timeout(kForEver);
-        std::set<std::string> told;
-        for (const std::string& line : m_record.log)
-            told.insert(line.substr(0, 1) + line.substr(line.rfind(' ') + 1));
-        EXPECT_EQ(told.size(), m_record.log.size());
-        return told;
-    }
-    // Rows of which a SET's notes were left.
-    int States()
-    {
-        int states = 0;
-        ForAll([&](char, auto& table) {
-            for (const char* row : {"1", "2", "3"})
-                states += table.GetRowState(MakeOid(row)) != 0 ||
-                          table.GetRowStatusUndoValue(MakeOid(row)) != eRowNotReady;
-        });
-        return states;
-    }
-
-private:
-    template <class Visit>
-    void ForAll(Visit visit)
-    {
-        visit('A', m_a);
-        visit('B', m_b);
-        visit('E', m_e);
-    }
-
-    SRecord m_record;
-    Recorded<CRowProbe> m_a;
-    Recorded<CRowProbe> m_b;
-    Recorded<CEntryProbe> m_e;
-    BMibHandler m_handler;
-    Client m_client;
-};
 
 // A SET, what is there before it, and its answer when nothing fails: the status
 // and the error index.
@@ -259,14 +121,14 @@ protected:
         const Content before = GetParam().Before();
         const std::vector<SBinding> list = GetParam().List();
         const Expectation expected(list, before, fails, throwing);
-        Agent agent(before);
+        RowStatusAgent agent(before);
         EXPECT_EQ(expected.status, agent.Set(list, fails, throwing));
         EXPECT_EQ(expected.log, agent.CallLog());
         EXPECT_EQ(expected.errorIndex, agent.ErrorIndex());
         EXPECT_EQ(0, agent.States());
         const Content rows = agent.Rows();
         EXPECT_EQ(expected.undoFailed ? rows : expected.after, rows);
-        EXPECT_EQ(expected.pending, agent.Pending());
+        EXPECT_EQ(Log(expected.pending.begin(), expected.pending.end()), agent.Pending());
     }
     // Every call of the request: its phase, and the position of its binding.
     static std::vector<Fails::value_type> Calls()

@@ -113,6 +113,47 @@ public:
                " got " + TextOf(got) + " status " + std::to_string(status) + Describe();
     }
 
+    // Asks for the values of all names in one GET and says what differs.
+    std::string CompareGet(const std::vector<Arcs>& names, bool isV1)
+    {
+        BVarBindList list;
+        for (const Arcs& name : names)
+            list.Append(MakeOid(name));
+        int errorIndex = 0;
+        const int status = m_handler.QueryGet(1, m_security, m_context, list, errorIndex, isV1);
+        const auto [wantedStatus, wantedIndex] = GetFailure(names, isV1);
+        std::string difference;
+        if (status != wantedStatus || errorIndex != wantedIndex)
+            difference = "status " + std::to_string(status) + " at " + std::to_string(errorIndex) +
+                         ", want " + std::to_string(wantedStatus) + " at " +
+                         std::to_string(wantedIndex);
+        for (size_t i = 0; status == eSnmpNoError && i < names.size(); ++i) {
+            const BObjectSyntax& got = list[static_cast<int>(i)].Value();
+            const BObjectSyntax wanted = ValueAt(names[i]);
+            if (got.Syntax() != wanted.Syntax() || got.Int() != wanted.Int())
+                difference += " value of " + TextOf(names[i]);
+        }
+        return difference.empty()
+                   ? difference
+                   : "GET" + std::string(isV1 ? " (v1): " : ": ") + difference + Describe();
+    }
+
+    // Walks from the base to the end and says what differs.
+    std::string CompareWalk(bool isV1)
+    {
+        Arcs name = TreeBase();
+        for (Arcs next = name; !next.empty();) {
+            const std::string difference = Compare(name, isV1);
+            if (!difference.empty())
+                return difference;
+            next = naive.Next(name, isV1);
+            if (!next.empty() && !(name < next))
+                return "a walk that does not go on after " + TextOf(name);
+            name = next.empty() ? name : next;
+        }
+        return std::string();
+    }
+
     std::string Describe() const
     {
         std::string text = "\nregions:";
@@ -131,6 +172,33 @@ public:
     NaiveAgent naive;
 
 private:
+    BObjectSyntax ValueAt(const Arcs& name)
+    {
+        BObjectSyntax value;
+        const ListHandler* owner = OwnerOf(name);
+        if (!owner)
+            value.SetV2Exception(eNoSuchObject);
+        else if (!owner->instances.count(name))
+            value.SetV2Exception(eNoSuchInstance);
+        else
+            value = owner->instances.at(name);
+        return value;
+    }
+    // The status and the one-based index of the first binding that fails a GET.
+    std::pair<int, int> GetFailure(const std::vector<Arcs>& names, bool isV1)
+    {
+        for (size_t i = 0; i < names.size(); ++i) {
+            if (access.refused.count(TextOf(names[i])))
+                return {eSnmpAuthorizationError, static_cast<int>(i) + 1};
+        }
+        for (size_t i = 0; isV1 && i < names.size(); ++i) {
+            const BObjectSyntax value = ValueAt(names[i]);
+            if (value.Syntax() == eAsnCounter64 || (value.Syntax() & 0x80) != 0)
+                return {eSnmpNoSuchName, static_cast<int>(i) + 1};
+        }
+        return {eSnmpNoError, 0};
+    }
+
     BMibTree m_tree;
     BMibHandler m_handler;
     std::vector<std::unique_ptr<ListHandler>> m_modules;
