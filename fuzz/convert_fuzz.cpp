@@ -57,6 +57,41 @@ void RequireSame(const BVarBindList& wanted, const BVarBindList& got)
     }
 }
 
+// The values as the wire library has them.
+void RequireValue(const netsnmp_variable_list& from, const BObjectSyntax& value)
+{
+    const auto number = from.val.integer ? static_cast<unsigned>(*from.val.integer) : 0;
+    const std::string octets(reinterpret_cast<const char*>(from.val.string),
+                             from.val.string ? from.val_len : 0);
+    bool isSame = value.Syntax() == from.type;
+    switch (from.type) {
+    case ASN_INTEGER:
+        isSame = isSame && value.Int() == static_cast<int>(number);
+        break;
+    case ASN_COUNTER:
+    case ASN_GAUGE:
+    case ASN_TIMETICKS:
+        isSame = isSame && value.Unsigned() == number;
+        break;
+    case ASN_OCTET_STR:
+    case ASN_OPAQUE:
+        isSame =
+            isSame && value.Octets().Length() == octets.size() &&
+            std::equal(octets.begin(), octets.end(), value.Octets().Data(),
+                       [](char a, unsigned char b) { return static_cast<unsigned char>(a) == b; });
+        break;
+    }
+    Require(isSame, "a value of the message");
+}
+
+void CheckValues(const netsnmp_pdu& pdu, const host::SRequest& request)
+{
+    int index = 0;
+    for (const netsnmp_variable_list* from = pdu.variables; from; from = from->next_variable)
+        RequireValue(*from, request.bindings[index++].Value());
+    Require(index == static_cast<int>(request.bindings.Count()), "the bindings of the message");
+}
+
 // No message can hold a shorter identifier (X.690 section 8.19): the wire library takes
 // one without octets for 0, and writes that as 0.0.
 bool HasShortIdentifier(const BVarBindList& list)
@@ -108,6 +143,8 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
     Require(request.unfitIndex >= 0 && request.unfitIndex <= int(request.bindings.Count()),
             "the binding that does not fit");
     Require((request.unfitIndex == 0) == (request.unfitStatus == 0), "and its status");
+    if (request.pduType == ePduSet && request.unfitStatus == 0)
+        CheckValues(*pdu, request);
     if (request.pduType == ePduSet && request.unfitStatus == 0 && keepsNumbers &&
         !HasShortIdentifier(request.bindings))
         CheckRoundTrip(*pdu, request);

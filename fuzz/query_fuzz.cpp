@@ -111,17 +111,29 @@ Test::Fails TakeFails(CBytes& bytes, const std::vector<Test::SBinding>& list)
     return fails;
 }
 
-void RequireLog(const Test::Log& expected, const Test::Log& calls)
+std::string TextOf(const Test::Log& lines)
 {
-    if (expected == calls)
-        return;
-    std::string text = "the calls of a SET\nwanted:";
-    for (const std::string& call : expected)
-        text += "\n  " + call;
-    text += "\ngot:";
-    for (const std::string& call : calls)
-        text += "\n  " + call;
-    Differ(text);
+    std::string text;
+    for (const std::string& line : lines)
+        text += "\n  " + line;
+    return text;
+}
+
+std::string TextOf(const Test::Content& rows)
+{
+    std::string text;
+    for (const auto& [name, row] : rows)
+        text += " " + name + "=" + std::to_string(row.status) + ":" + row.name + ":" +
+                std::to_string(row.level);
+    return text;
+}
+
+template <class Value>
+void RequireSame(const char* what, const Value& wanted, const Value& got, const Test::Log& calls)
+{
+    if (!(wanted == got))
+        Differ(std::string(what) + "\nwanted" + TextOf(wanted) + "\ngot" + TextOf(got) + "\ncalls" +
+               TextOf(calls));
 }
 
 // SETs one after the other; after each the answer, the calls and the rows.
@@ -138,13 +150,13 @@ void CheckSets(CBytes& bytes)
         const bool isThrowing = bytes.ConsumeBool();
         const Test::Expectation expected(list, before, fails, isThrowing);
         const int status = agent.Set(list, fails, isThrowing);
-        RequireLog(expected.log, agent.CallLog());
+        RequireSame("the calls of a SET", expected.log, agent.CallLog(), {});
         Require(status == expected.status, "the status of a SET");
         Require(agent.ErrorIndex() == expected.errorIndex, "its error index");
         Require(agent.States() == 0, "what is left of it");
         if (expected.undoFailed) // the rows are the table's own affair
             return;
-        Require(agent.Rows() == expected.after, "the rows after a SET");
+        RequireSame("the rows after a SET", expected.after, agent.Rows(), expected.log);
         before = expected.after;
         pending.assign(expected.pending.begin(), expected.pending.end());
     }

@@ -92,6 +92,7 @@ public:
         for (const auto& [phase, position] : fails)
             m_record.failing[list[position].Call(phase)] = throwing ? kThrow : FailWith(phase);
         m_record.log.clear();
+        ForAll([](char, auto& table) { table.Forget(); });
         const int status = m_client.Query(ePduSet, bindings);
         m_record.failing.clear();
         return status;

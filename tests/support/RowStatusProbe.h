@@ -83,6 +83,8 @@ public:
     SRow& Row(const char* index) { return rows[MakeOid(index)]; }
     bool HasRow(const char* index) const { return rows.count(MakeOid(index)) != 0; }
     SRqHndlrMapEntry& Column(unsigned column) { return map[column - 1]; }
+    // Rows keep nothing of an earlier SET, whose cleanup may have failed.
+    void Forget() { m_kept.clear(); }
     // What was logged since it was last asked for.
     Log TakeLog() { return std::exchange(log, Log()); }
 
