@@ -4,13 +4,17 @@
 #include "host/Dispatcher.h"
 #include "host/EditedLines.h"
 #include "host/EngineIdentity.h"
+#include "host/Hangups.h"
 #include "host/HostError.h"
 #include "host/Log.h"
 #include "host/Modules.h"
 #include "host/PlainLines.h"
+#include "host/Reload.h"
+#include "host/ServiceManager.h"
 #include "host/StopSignals.h"
 #include "host/Store.h"
 #include "host/StorePath.h"
+#include "host/access/AlarmReader.h"
 #include "host/access/ReportingHandler.h"
 #include "host/agents/AuthenticationTraps.h"
 #include "host/agents/HostAgents.h"
@@ -83,7 +87,8 @@ std::optional<SEngineIdentity> StartV3(const SConfiguration& configuration, BSto
         return std::nullopt;
     const SEngineIdentity identity = StartEngine(store);
     if (identity.boots == kMostBoots)
-        LogLine("SNMPv3 has started as often as an engine can: no authenticated request is "
+        LogLine(eLogError,
+                "SNMPv3 has started as often as an engine can: no authenticated request is "
                 "answered until there is another store");
     return identity;
 }
@@ -95,13 +100,49 @@ struct SRun {
     BHostAgents& agents;
 };
 
+// The service manager hears how far the agent is, and SIGHUP is heard.
+struct SServing {
+    SServing(const BServiceManager& serviceManager, const std::vector<BTransportAddress>& addresses,
+             BReload& reload, const BStopSignals& stop)
+        : manager(serviceManager), status(StatusOf(addresses))
+    {
+        manager.TellReady(status);
+        hangups = std::make_unique<BHangups>(stop.Hangups(), [this, &reload] {
+            manager.TellReloading();
+            reload.Read();
+            manager.TellReady(status);
+        });
+    }
+    ~SServing()
+    {
+        hangups.reset();
+        manager.TellStopping();
+    }
+
+    static std::string StatusOf(const std::vector<BTransportAddress>& addresses)
+    {
+        std::string status = "Serving on";
+        for (const BTransportAddress& address : addresses)
+            status += " " + address.ToString();
+        return status;
+    }
+
+    const BServiceManager& manager;
+    const std::string status;
+    std::unique_ptr<BHangups> hangups;
+};
+
 void Serve(const SOptions& options, const FAddModules& addModules)
 {
-    SConfiguration configuration = Configure(options);
     EConsole kind = ChooseConsole(options.console);
-    // Before any thread starts, so that all of them leave the signals alone.
+    // Before any thread starts, so that all of them leave the signals alone, and before
+    // anything that takes its time: SIGHUP may come early.
     bool isTypedTo = kind != eConsoleOff && isatty(STDIN_FILENO);
-    BStopSignals stop(isTypedTo ? BStopSignals::eHangupEnds : BStopSignals::eHangupKills);
+    BStopSignals stop(isTypedTo ? BStopSignals::eHangupEnds : BStopSignals::eHangupIsRead);
+    const BServiceManager manager;
+    SetLog(options.log.value_or(eLogStderr), options.logLevel.value_or(eLogInfo));
+    const SConfiguration configuration = Configure(options);
+    SetLog(configuration.log, configuration.logLevel);
     std::unique_ptr<BTerminal> terminal;
     if (kind == eConsoleEditing)
         terminal = std::make_unique<BTerminal>();
@@ -130,14 +171,17 @@ void Serve(const SOptions& options, const FAddModules& addModules)
         engine.SpeakV3(*identity, configuration.users);
     agents.Open(engine, configuration);
     for (const BTransportAddress& address : agents.Addresses())
-        LogLine("ready on " + address.ToString());
+        LogLine(eLogNotice, "ready on " + address.ToString());
     std::vector<ICmdHandler*> commands{&handler, &agents.Commands()};
     SRun run(agents);
-    modules::CAlarmRun sampling(own.Alarms(), handler);
+    BAlarmReader alarmReader(handler, access);
+    modules::CAlarmRun sampling(own.Alarms(), alarmReader);
     std::unique_ptr<BConsole> console;
     if (kind != eConsoleOff)
         console = std::make_unique<BConsole>(
             commands, OpenStream(options, stop, terminal.get(), commands), stop);
+    BReload reload(options, configuration, {access, handler, own, engine, agents});
+    SServing serving(manager, agents.Addresses(), reload, stop);
     engine.Serve(stop.Descriptor());
     if (console)
         console->End();
@@ -155,13 +199,13 @@ int ExitStatusOf(const std::function<int()>& run)
         return run();
     } catch (const BConfigError& error) {
         for (const std::string& line : error.Lines())
-            LogLine(line);
+            LogLine(eLogError, line);
         return error.Status();
     } catch (const BHostError& error) {
-        LogLine(error.what());
+        LogLine(eLogError, error.what());
         return error.Status();
     } catch (const std::exception& error) {
-        LogLine(error.what());
+        LogLine(eLogError, error.what());
         return eExitStore;
     }
 }

@@ -64,11 +64,11 @@ BDispatcher::BDispatcher(IMIBHandler& handler, BAccess& access, modules::SSnmpCo
 }
 
 // The name of an unknown community is not logged: it may be a secret, mistyped.
-const SRequester* BDispatcher::AdmitCommunity(const SRequest& request)
+const SRequester* BDispatcher::AdmitCommunity(const SRequest& request, const SRights& rights)
 {
     BCommunities::EAdmission admission;
     const SRequester* requester =
-        m_access.Communities().Admit(request.community, request.remote, admission);
+        rights.communities.Admit(request.community, request.remote, admission);
     if (!requester) {
         ++m_counters.inBadCommunityNames;
         if (m_failures)
@@ -84,14 +84,15 @@ const SRequester* BDispatcher::AdmitCommunity(const SRequest& request)
 }
 
 // Nobody with SNMPv3 is the operator at the console, whose security name is empty.
-std::optional<BDispatcher::SAsker> BDispatcher::Admit(const SRequest& request)
+std::optional<BDispatcher::SAsker> BDispatcher::Admit(const SRequest& request,
+                                                      const SRights& rights)
 {
     if (request.protocol == eSnmpV3) {
         if (request.security.securityName.empty())
             return std::nullopt;
         return SAsker{request.security, request.context};
     }
-    const SRequester* requester = AdmitCommunity(request);
+    const SRequester* requester = AdmitCommunity(request, rights);
     if (!requester)
         return std::nullopt;
     return SAsker{requester->Security(request.protocol), requester->context};
@@ -100,13 +101,15 @@ std::optional<BDispatcher::SAsker> BDispatcher::Admit(const SRequest& request)
 bool BDispatcher::IsContextUnknown(const SRequest& request, const SAsker& asker)
 {
     return request.protocol == eSnmpV3 &&
-           m_access.Vacm().FindView(asker.security, eViewRead, asker.context).answer ==
-               eVacmNoSuchContext;
+           BRightsOfRequest(m_access)
+                   ->vacm.FindView(asker.security, eViewRead, asker.context)
+                   .answer == eVacmNoSuchContext;
 }
 
 bool BDispatcher::Handle(SRequest& request, SResponse& response)
 {
-    std::optional<SAsker> asker = Admit(request);
+    const BRightsOfRequest rights(m_access); // all of it decides by them
+    std::optional<SAsker> asker = Admit(request, *rights);
     if (!asker)
         return false;
     response = SResponse();
@@ -149,7 +152,8 @@ void BDispatcher::CountBadUse(const SRequest& request, const SAsker& asker,
 {
     EViewType type = request.pduType == ePduSet ? eViewWrite : eViewRead;
     if (request.protocol != eSnmpV3 && MayBeRefused(response) &&
-        m_access.Vacm().FindView(asker.security, type, asker.context).answer != eVacmAllowed)
+        BRightsOfRequest(m_access)->vacm.FindView(asker.security, type, asker.context).answer !=
+            eVacmAllowed)
         ++m_counters.inBadCommunityUses;
 }
 
@@ -211,11 +215,12 @@ void BDispatcher::AnswerSet(SRequest& request, const SAsker& asker, SResponse& r
 // Who may not write learns that, and not what is wrong with the values.
 void BDispatcher::AnswerUnfit(const SRequest& request, const SAsker& asker, SResponse& response)
 {
+    const BRightsOfRequest rights(m_access);
     response.status = request.unfitStatus;
     response.index = request.unfitIndex;
     for (int i = 0; i < static_cast<int>(request.bindings.Count()); ++i) {
-        SVacmDecision decision = m_access.Vacm().Decide(asker.security, eViewWrite, asker.context,
-                                                        request.bindings[i].Name());
+        SVacmDecision decision = rights->vacm.Decide(asker.security, eViewWrite, asker.context,
+                                                     request.bindings[i].Name());
         if (decision.answer != eVacmAllowed) {
             response.status = eSnmpNoAccess;
             response.index = i + 1;

@@ -38,8 +38,8 @@ private:
         const BString& context;
     };
 
-    std::optional<SAsker> Admit(const SRequest& request);
-    const SRequester* AdmitCommunity(const SRequest& request);
+    std::optional<SAsker> Admit(const SRequest& request, const SRights& rights);
+    const SRequester* AdmitCommunity(const SRequest& request, const SRights& rights);
     bool Answer(SRequest& request, const SAsker& asker, SResponse& response);
     void CountBadUse(const SRequest& request, const SAsker& asker, const SResponse& response);
     void AnswerList(SRequest& request, const SAsker& asker, SResponse& response);

@@ -4,9 +4,8 @@
 
 namespace VLK::host {
 
-BLimitedLog::BLimitedLog(std::function<void(const std::string&)> write,
-                         std::function<CClock::time_point()> now)
-    : m_write(std::move(write)), m_limit(std::move(now))
+BLimitedLog::BLimitedLog(ELogLevel level, FWrite write, std::function<CClock::time_point()> now)
+    : m_level(level), m_write(std::move(write)), m_limit(std::move(now))
 {
 }
 

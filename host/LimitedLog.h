@@ -10,7 +10,7 @@
 
 namespace VLK::host {
 
-// Writes lines at the rate of a BRateLimit; what was left out is counted, and told
+// Writes lines of one level at the rate of a BRateLimit; what was left out is counted, and told
 // with the next line.
 //
 // Threads: any.
@@ -20,23 +20,28 @@ public:
     static constexpr unsigned kBurst = BRateLimit::kBurst;
     static constexpr std::chrono::seconds kInterval = BRateLimit::kInterval;
 
-    explicit BLimitedLog(std::function<void(const std::string&)> write = LogLine,
+    using FWrite = std::function<void(ELogLevel, const std::string&)>;
+
+    explicit BLimitedLog(ELogLevel level, FWrite write = LogLine,
                          std::function<CClock::time_point()> now = CClock::now);
 
     // `line` makes the text, and is called only when it is written.
     template <class TLine>
     void Write(TLine line)
     {
+        if (!IsLogged(m_level))
+            return;
         if (std::optional<std::string> note = Take())
-            m_write(line() + *note);
+            m_write(m_level, line() + *note);
     }
 
 private:
     // What to add to the next line; nothing when it is to be left out.
     std::optional<std::string> Take();
 
+    const ELogLevel m_level;
     std::mutex m_lock;
-    std::function<void(const std::string&)> m_write;
+    FWrite m_write;
     BRateLimit m_limit;
 };
 

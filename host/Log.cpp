@@ -1,7 +1,10 @@
 #include "host/Log.h"
 
+#include "host/Journal.h"
 #include "host/Output.h"
+#include "host/Syslog.h"
 
+#include <atomic>
 #include <cerrno>
 #include <mutex>
 #include <poll.h>
@@ -14,20 +17,24 @@ namespace {
 // requests, behind a terminal that was stopped or a pipe that nobody reads.
 constexpr int kLongestWaitMs = 200;
 
+std::atomic<ELogLevel> g_level{eLogInfo};
 std::mutex g_lock;
+ELogTarget g_target = eLogStderr;
 ILineOwner* g_owner = nullptr;
 // Of the lines since the last one that came through.
 unsigned long g_omitted = 0;
 bool g_isCut = false; // there is the beginning of the first of them
 
-// Whether there is room for more; what held up one line does not hold up the
-// next as well.
+// What held up one line does not hold up the next as well.
+int Patience() { return g_omitted ? 0 : kLongestWaitMs; }
+
+// Whether there is room for more.
 bool HasRoom(const BOutput& output)
 {
     pollfd wait{output.Descriptor(), POLLOUT, 0};
     int count = 0;
     do
-        count = poll(&wait, 1, g_omitted ? 0 : kLongestWaitMs);
+        count = poll(&wait, 1, Patience());
     while (count < 0 && errno == EINTR);
     return count > 0;
 }
@@ -52,26 +59,62 @@ std::string Omitted()
     return g_omitted ? " (" + std::to_string(g_omitted) + " before it were not logged)" : "";
 }
 
-} // namespace
-
-void LogLine(const std::string& text)
+std::string OnOneLine(std::string text)
 {
-    std::string line = program_invocation_short_name + (": " + text);
-    for (char& c : line) {
+    for (char& c : text) {
         if (static_cast<unsigned char>(c) < ' ')
             c = ' ';
     }
-    std::lock_guard<std::mutex> lock(g_lock);
+    return text;
+}
+
+bool WriteToStderr(ELogLevel level, const std::string& text)
+{
     BOutput output(STDERR_FILENO);
+    const std::string label = IsJournal(STDERR_FILENO) ? "<" + std::to_string(level) + ">" : "";
     std::string way = g_owner ? g_owner->GiveWay() : "";
-    if (!WriteAll(output, (g_isCut ? "\n" : "") + way + line + Omitted() + '\n')) {
-        ++g_omitted;
-        return;
-    }
-    g_omitted = 0;
+    if (!WriteAll(output, (g_isCut ? "\n" : "") + way + label + program_invocation_short_name +
+                              ": " + text + '\n'))
+        return false;
     g_isCut = false;
     if (!way.empty())
         g_owner->TakeBack();
+    return true;
+}
+
+bool Write(ELogLevel level, const std::string& text)
+{
+    switch (g_target == eLogSyslog ? WriteToSyslog(level, text, Patience()) : eSyslogAbsent) {
+    case eSyslogDone:
+        return true;
+    case eSyslogFull:
+        return false;
+    default:
+        return WriteToStderr(level, text);
+    }
+}
+
+} // namespace
+
+void SetLog(ELogTarget target, ELogLevel level)
+{
+    std::lock_guard<std::mutex> lock(g_lock);
+    g_target = target;
+    g_level = level;
+}
+
+bool IsLogged(ELogLevel level) { return level <= g_level; }
+
+void LogLine(ELogLevel level, const std::string& text)
+{
+    if (!IsLogged(level))
+        return;
+    const std::string line = OnOneLine(text);
+    std::lock_guard<std::mutex> lock(g_lock);
+    if (Write(level, line + Omitted()))
+        g_omitted = 0;
+    else
+        ++g_omitted;
 }
 
 BLineOwnership::BLineOwnership(ILineOwner& owner)

@@ -21,16 +21,8 @@ modules::EAuthenTraps AuthenTrapsOf(const SConfiguration& configuration)
 void TellOfAuthenTraps(const SConfiguration& configuration, const modules::CSnmpGroup& snmp)
 {
     if (configuration.authenTraps.value_or(snmp.AreTrapsEnabled()) != snmp.AreTrapsEnabled())
-        LogLine("snmpEnableAuthenTraps is as managers have set it, not as in " +
-                configuration.file + "; --reset-store returns to the file");
-}
-
-modules::SAlarmOptions AlarmOptions(const SConfiguration& configuration)
-{
-    modules::SAlarmOptions options;
-    options.identity.security = configuration.alarms.security;
-    options.identity.context = configuration.alarms.context;
-    return options;
+        LogLine(eLogWarning, "snmpEnableAuthenTraps is as managers have set it, not as in " +
+                                 configuration.file + "; --reset-store returns to the file");
 }
 
 void AddGroup(IMIBHandler& handler, BMibImplGroup& group)
@@ -47,11 +39,19 @@ BModules::BModules(const SConfiguration& configuration,
     : m_snmp(counters, store, AuthenTrapsOf(configuration)), m_views(access.Views(), store),
       m_interfaces(traps, store, {configuration.timeToLive}),
       m_hostResources(m_host, configuration.timeToLive),
-      m_alarms(traps, store, AlarmOptions(configuration), [this] { return m_upTime.Ticks(); })
+      m_alarms(traps, store, {}, [this] { return m_upTime.Ticks(); })
 {
     TellOfAuthenTraps(configuration, m_snmp.Group());
     if (engine)
         m_engine.emplace(modules::SSnmpEngine{engine->id, engine->boots, kMostOfMessage}, counters);
+}
+
+void BModules::Replace(const SConfiguration& configuration)
+{
+    m_snmp.Group().SetFirst(AuthenTrapsOf(configuration));
+    TellOfAuthenTraps(configuration, m_snmp.Group());
+    m_interfaces.SetTimeToLive(configuration.timeToLive);
+    m_hostResources.SetTimeToLive(configuration.timeToLive);
 }
 
 // In the place of the library's table, which is registered under other names.
@@ -75,7 +75,7 @@ void BModules::Register(IMIBHandler& handler, BMib2System& system, BMibTree& tre
     if (m_engine)
         AddGroup(handler, *m_engine);
     if (!m_interfaces.WatchProblem().empty())
-        LogLine("interfaces are not watched: " + m_interfaces.WatchProblem());
+        LogLine(eLogWarning, "interfaces are not watched: " + m_interfaces.WatchProblem());
 }
 
 } // namespace VLK::host

@@ -30,6 +30,8 @@ public:
              BAccess& access, modules::SSnmpCounters& counters, BStore* store, ITrapSender& traps);
     // With the handler's own system group, registered in its tree; before any request.
     void Register(IMIBHandler& handler, BMib2System& system, BMibTree& tree);
+    // Takes another configuration, as a start does. Not while a SET is at work.
+    void Replace(const SConfiguration& configuration);
 
     const modules::CSnmpGroup& Snmp() const { return m_snmp.Group(); }
     modules::CAlarmModule& Alarms() { return m_alarms; }

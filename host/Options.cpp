@@ -34,6 +34,19 @@ SCommunityOption ReadCommunity(const std::string& text)
     return {name, mode == "rw"};
 }
 
+template <class T, size_t count>
+void ReadChoice(const CLI::Option& option, const SWord (&words)[count], std::optional<T>& choice)
+{
+    if (!option.count())
+        return;
+    int value = 0;
+    const std::string text = option.as<std::string>();
+    const std::string why = ReadWord(text, words, value);
+    if (!why.empty())
+        throw BHostError(eExitUsage, option.get_name() + ": '" + text + "' " + why);
+    choice = static_cast<T>(value);
+}
+
 void Remember(std::vector<SCommunityOption>& communities, const SCommunityOption& added)
 {
     for (const SCommunityOption& known : communities) {
@@ -57,6 +70,8 @@ struct SLine {
     CLI::Option* resetStore;
     CLI::Option* console;
     CLI::Option* noConsole;
+    CLI::Option* log;
+    CLI::Option* logLevel;
 };
 
 SLine::SLine(SOptions& options)
@@ -85,6 +100,14 @@ SLine::SLine(SOptions& options)
     console = app.add_flag("--console", "Read commands from standard input, a line each; as when "
                                         "it is a terminal. The end of the input ends the agent");
     noConsole = app.add_flag("--no-console", "Never read standard input");
+    app.add_flag("-f,--foreground", "Stay in the foreground: as always, the agent is no daemon of "
+                                    "its own making");
+    log = app.add_option("--log", "Write log lines to stderr or to syslog (default: as configured, "
+                                  "or stderr)")
+              ->type_name("stderr|syslog");
+    logLevel = app.add_option("--log-level", "Write lines of that level and of the graver ones "
+                                             "(default: as configured, or info)")
+                   ->type_name("error|warning|notice|info");
     app.add_option("--workers", options.workers,
                    "Run up to N requests at once when modules are slow (default: as configured, "
                    "or four for each processor)")
@@ -150,6 +173,8 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, SOptions& opt
     line.Check();
     if (line.console->count() || line.noConsole->count())
         options.console = line.console->count() > 0;
+    ReadChoice(*line.log, kLogTargets, options.log);
+    ReadChoice(*line.logLevel, kLogLevels, options.logLevel);
     for (const std::string& text : line.listen)
         options.listen.push_back(ReadListen(text));
     for (const std::string& text : line.communities)
@@ -176,6 +201,8 @@ SConfiguration Configure(const SOptions& options)
     }
     if (!options.store.empty())
         configuration.store = options.store;
+    configuration.log = options.log.value_or(configuration.log);
+    configuration.logLevel = options.logLevel.value_or(configuration.logLevel);
     if (options.workers > 0)
         configuration.workers = options.workers;
     OpenConsole(configuration);

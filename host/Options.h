@@ -24,6 +24,9 @@ struct SOptions {
     // The configuration file, and whether to test it and go.
     std::string config;
     bool checkConfig = false;
+    // Nothing: as configured.
+    std::optional<ELogTarget> log;
+    std::optional<ELogLevel> logLevel;
     // What managers set before is forgotten.
     bool resetStore = false;
     // Requests that may be at work at once; 0: as configured.

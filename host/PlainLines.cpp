@@ -91,7 +91,7 @@ bool BPlainLines::ReadMore()
         count = read(STDIN_FILENO, piece, sizeof piece);
     } while (count < 0 && (errno == EINTR || errno == EAGAIN));
     if (count < 0)
-        LogLine(std::string("standard input cannot be read: ") + std::strerror(errno));
+        LogLine(eLogError, std::string("standard input cannot be read: ") + std::strerror(errno));
     m_ended = count <= 0;
     if (!m_ended)
         m_waiting.append(piece, static_cast<size_t>(count));

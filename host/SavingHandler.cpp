@@ -1,7 +1,5 @@
 #include "host/SavingHandler.h"
 
-#include "host/Log.h"
-
 namespace VLK::host {
 
 BSavingHandler::BSavingHandler(IAccessControl* accessControl, ISetSaves& saves, BMibTree* tree)
@@ -25,10 +23,16 @@ int BSavingHandler::Query(int pduType, int transactionId, const BSecurityParams&
         errorIndex = 0;
         return eSnmpUndoFailed;
     } catch (const std::exception& error) {
-        LogLine(std::string("a SET could not be kept: ") + error.what());
+        m_lost.Write([&] { return std::string("a SET could not be kept: ") + error.what(); });
         errorIndex = 0;
         return eSnmpGenErr;
     }
+}
+
+void BSavingHandler::BetweenSets(const std::function<void()>& work)
+{
+    std::lock_guard<std::mutex> lock(m_setAndSave);
+    work();
 }
 
 } // namespace VLK::host

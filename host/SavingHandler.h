@@ -1,8 +1,10 @@
 // The MIB handler whose SETs are kept.
 #pragma once
 
+#include "host/LimitedLog.h"
 #include "host/SetSaves.h"
 
+#include <functional>
 #include <mutex>
 #include <vkmibh/handler.h>
 
@@ -26,9 +28,13 @@ public:
     int Query(int pduType, int transactionId, const BSecurityParams& security,
               const BString& context, BVarBindList& list, int& errorIndex) override;
 
+    // Does what must not happen while a SET is at work.
+    void BetweenSets(const std::function<void()>& work);
+
 private:
     ISetSaves& m_saves;
     std::mutex m_setAndSave;
+    BLimitedLog m_lost{eLogError};
 };
 
 } // namespace VLK::host

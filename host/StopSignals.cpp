@@ -18,7 +18,13 @@ bool IsIgnored(int signalNumber)
     return sigaction(signalNumber, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
-int BlockAndOpen(BStopSignals::EHangup hangup)
+int BlockAndOpen(const sigset_t& signals)
+{
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+sigset_t Ending(BStopSignals::EHangup hangup)
 {
     sigset_t signals;
     sigemptyset(&signals);
@@ -26,8 +32,16 @@ int BlockAndOpen(BStopSignals::EHangup hangup)
     sigaddset(&signals, SIGTERM);
     if (hangup == BStopSignals::eHangupEnds && !IsIgnored(SIGHUP))
         sigaddset(&signals, SIGHUP);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    return signals;
+}
+
+sigset_t Read(BStopSignals::EHangup hangup)
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    if (hangup == BStopSignals::eHangupIsRead)
+        sigaddset(&signals, SIGHUP);
+    return signals;
 }
 
 bool Add(const BDescriptor& to, const BDescriptor& added)
@@ -40,9 +54,11 @@ bool Add(const BDescriptor& to, const BDescriptor& added)
 } // namespace
 
 BStopSignals::BStopSignals(EHangup hangup)
-    : m_signals(BlockAndOpen(hangup)), m_request(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      m_either(epoll_create1(EPOLL_CLOEXEC))
+    : m_signals(BlockAndOpen(Ending(hangup))), m_hangups(BlockAndOpen(Read(hangup))),
+      m_request(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), m_either(epoll_create1(EPOLL_CLOEXEC))
 {
+    if (hangup == eHangupIsRead)
+        signal(SIGHUP, SIG_DFL); // what is ignored is not read either
     // A write that cannot be done shall fail, not end the agent.
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);

@@ -1,5 +1,5 @@
 // What ends the agent, as a descriptor that becomes readable: SIGINT, SIGTERM,
-// or a part of the agent itself.
+// or a part of the agent itself. And SIGHUP, which ends some and not others.
 #pragma once
 
 #include "host/Descriptor.h"
@@ -15,23 +15,27 @@ namespace VLK::host {
 //          the end; Request() may be called by any.
 class BStopSignals {
 public:
-    // SIGHUP kills the agent, or, for one that an operator types to, ends it
-    // like SIGTERM; unless it was started with SIGHUP ignored.
-    enum EHangup { eHangupKills, eHangupEnds };
+    // SIGHUP is to be read from Hangups(), whether or not it was ignored at the start; or,
+    // for an agent that an operator types to, it ends it like SIGTERM, unless it was
+    // ignored.
+    enum EHangup { eHangupIsRead, eHangupEnds };
 
     // Throws BHostError.
-    explicit BStopSignals(EHangup hangup = eHangupKills);
+    explicit BStopSignals(EHangup hangup = eHangupIsRead);
     BStopSignals(const BStopSignals&) = delete;
     BStopSignals& operator=(const BStopSignals&) = delete;
 
     int Descriptor() const { return m_either.Get(); }
+    // A signalfd that becomes readable with SIGHUP; never for one that it ends.
+    int Hangups() const { return m_hangups.Get(); }
     // Ends the agent as a signal does.
     void Request();
 
 private:
     BDescriptor m_signals;
+    BDescriptor m_hangups;
     BDescriptor m_request;
-    BDescriptor m_either; // an epoll over both
+    BDescriptor m_either; // an epoll over signals and request
 };
 
 } // namespace VLK::host

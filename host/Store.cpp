@@ -1,7 +1,6 @@
 #include "host/Store.h"
 
 #include "host/HostError.h"
-#include "host/Log.h"
 
 #include <algorithm>
 #include <climits>
@@ -114,7 +113,7 @@ void BStore::NoteFailure(const std::string& why)
 {
     m_updateFailed = true;
     if (!m_failureTold)
-        LogLine("the store cannot be written: " + why);
+        m_failures.Write([&] { return "the store cannot be written: " + why; });
     m_failureTold = true;
 }
 

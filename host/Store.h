@@ -15,6 +15,7 @@
 #pragma once
 
 #include "host/Database.h"
+#include "host/LimitedLog.h"
 #include "host/SetSaves.h"
 
 #include <map>
@@ -88,6 +89,7 @@ private:
     bool m_updating = false;
     bool m_updateFailed = false;
     bool m_failureTold = false;
+    BLimitedLog m_failures{eLogError}; // they may come and go
 };
 
 } // namespace VLK::host

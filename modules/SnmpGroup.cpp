@@ -1,5 +1,7 @@
 #include "modules/SnmpGroup.h"
 
+#include <optional>
+
 namespace VLK::modules {
 
 namespace {
@@ -12,14 +14,14 @@ constexpr const char* LabelOf(EAuthenTraps value)
     return value == eAuthenTrapsEnabled ? "enabled" : "disabled";
 }
 
-// What the store keeps; `first`, where it keeps nothing that is known.
-EAuthenTraps ReadStored(INonVolatile* store, EAuthenTraps first)
+// What the store keeps, when that is known.
+std::optional<EAuthenTraps> ReadStored(INonVolatile* store)
 {
     int stored = 0;
-    if (!store || store->GetInt(kSection, kEnableAuthenTraps, stored, 0) != 0)
-        return first;
-    bool isKnown = stored == eAuthenTrapsEnabled || stored == eAuthenTrapsDisabled;
-    return isKnown ? static_cast<EAuthenTraps>(stored) : first;
+    if (!store || store->GetInt(kSection, kEnableAuthenTraps, stored, 0) != 0 ||
+        (stored != eAuthenTrapsEnabled && stored != eAuthenTrapsDisabled))
+        return std::nullopt;
+    return static_cast<EAuthenTraps>(stored);
 }
 
 } // namespace
@@ -54,8 +56,18 @@ const SConstraintMapEntry CSnmpGroup::s_constraints[] = {
 
 CSnmpGroup::CSnmpGroup(const SSnmpCounters& counters, INonVolatile* store, EAuthenTraps first)
     : BMibScalarGroupImpl(BString("SNMPv2-MIB.snmp"), BObjectIdentifier(BString("1.3.6.1.2.1.11"))),
-      m_counters(counters), m_store(store), m_authenTraps(ReadStored(store, first))
+      m_counters(counters), m_store(store), m_authenTraps(first), m_isManaged(false)
 {
+    if (const std::optional<EAuthenTraps> stored = ReadStored(store)) {
+        m_authenTraps = *stored;
+        m_isManaged = true;
+    }
+}
+
+void CSnmpGroup::SetFirst(EAuthenTraps first)
+{
+    if (!m_isManaged)
+        m_authenTraps = first;
 }
 
 int CSnmpGroup::OnGet_EnableAuthenTraps(unsigned, EAuthenTraps& value)
@@ -84,6 +96,7 @@ int CSnmpGroup::OnSet_EnableAuthenTraps(ESnmpSetOpCode op, unsigned, EAuthenTrap
 void CSnmpGroup::Change(EAuthenTraps value)
 {
     m_authenTraps = value;
+    m_isManaged = true; // undo too: the store has it
     if (m_store)
         m_store->RequestUpdate(this);
 }

@@ -24,6 +24,9 @@ public:
     CSnmpGroup(const SSnmpCounters& counters, INonVolatile* store,
                EAuthenTraps first = eAuthenTrapsDisabled);
 
+    // What it is told at first is another value now: the same rule. Not while a SET is at
+    // work.
+    void SetFirst(EAuthenTraps first);
     bool AreTrapsEnabled() const { return m_authenTraps == eAuthenTrapsEnabled; }
 
     SRqHndlrMapEntry* GetRqHndlrMap() const override { return s_map; }
@@ -47,6 +50,7 @@ private:
     const SSnmpCounters& m_counters;
     INonVolatile* m_store;
     std::atomic<EAuthenTraps> m_authenTraps;
+    std::atomic<bool> m_isManaged; // a manager or the store has said what it is
 };
 
 class CSnmpModule : public BMibImplGroup {
@@ -56,6 +60,7 @@ public:
         : BMibImplGroup(BString("SNMPv2-MIB.snmp")), m_group(counters, store, first)
     {
     }
+    CSnmpGroup& Group() { return m_group; }
     const CSnmpGroup& Group() const { return m_group; }
     int GetNumImpls() override { return 1; }
     BMibImpl* GetImplAt(int) override { return &m_group; }

@@ -54,10 +54,11 @@ void Decide(benchmark::State& state)
     BCommunities::EAdmission admission;
     const AllocScope allocs(state);
     for (auto _ : state) {
+        const BRightsOfRequest rights(access);
         const SRequester* requester =
-            access.Communities().Admit(request.community, request.remote, admission);
-        SVacmDecision decision = access.Vacm().Decide(requester->v2c, eViewRead, requester->context,
-                                                      request.bindings[0].Name());
+            rights->communities.Admit(request.community, request.remote, admission);
+        SVacmDecision decision = rights->vacm.Decide(requester->v2c, eViewRead, requester->context,
+                                                     request.bindings[0].Name());
         if (decision.answer != eVacmAllowed)
             state.SkipWithError("refused");
     }

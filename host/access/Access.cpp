@@ -1,15 +1,75 @@
 #include "host/access/Access.h"
 
+#include "host/Log.h"
+
 namespace VLK::host {
 
+namespace {
+
+thread_local const BRightsOfRequest* t_innermost = nullptr;
+
+} // namespace
+
 BAccess::BAccess(const SConfiguration& configuration, BStore* store)
-    : m_communities(configuration.communities), m_views(store, kViewSection),
-      m_vacm(configuration.groups, configuration.contexts, m_views)
+    : m_store(store), m_views(store, kViewSection),
+      m_rights(std::make_shared<SRights>(configuration, m_views))
 {
-    bool isAsConfigured = LoadViews(m_views, store, configuration.views);
-    if (!isAsConfigured && !configuration.file.empty())
-        LogLine("views are as managers have set them, not as in " + configuration.file +
-                "; --reset-store returns to the file");
+    TellOfViews(configuration, LoadViews(m_views, store, configuration.views));
 }
+
+void BAccess::TellOfViews(const SConfiguration& configuration, bool areAsConfigured) const
+{
+    if (!areAsConfigured && !configuration.file.empty())
+        LogLine(eLogWarning, "views are as managers have set them, not as in " +
+                                 configuration.file + "; --reset-store returns to the file");
+}
+
+void BAccess::Replace(const SConfiguration& configuration)
+{
+    auto next = std::make_shared<SRights>(configuration, m_views);
+    const bool areManaged = AreManaged(m_store);
+    if (areManaged) {
+        TellOfViews(configuration, AreThere(m_views, configuration.views));
+    } else if (!AreThere(m_views, configuration.views)) {
+        Current()->vacm.KeepViews(CopyOf(m_views));
+        ReplaceViews(m_views, configuration.views);
+    }
+    std::lock_guard<std::mutex> lock(m_lock);
+    m_rights.swap(next);
+}
+
+std::shared_ptr<SRights> BAccess::Current() const
+{
+    std::lock_guard<std::mutex> lock(m_lock);
+    return m_rights;
+}
+
+int BAccess::CheckAccess(const BSecurityParams& security, unsigned char accessKind,
+                         const BString& context, const BVarBind& binding)
+{
+    if (SRights* rights = BRightsOfRequest::OfThisThread(*this))
+        return rights->vacm.CheckAccess(security, accessKind, context, binding);
+    return Current()->vacm.CheckAccess(security, accessKind, context, binding);
+}
+
+SRights* BRightsOfRequest::OfThisThread(const BAccess& access)
+{
+    const BRightsOfRequest* innermost = t_innermost;
+    while (innermost && &innermost->m_access != &access)
+        innermost = innermost->m_outer;
+    return innermost ? innermost->m_rights : nullptr;
+}
+
+BRightsOfRequest::BRightsOfRequest(const BAccess& access)
+    : m_access(access), m_outer(t_innermost), m_rights(OfThisThread(access))
+{
+    if (!m_rights) {
+        m_own = access.Current();
+        m_rights = m_own.get();
+    }
+    t_innermost = this;
+}
+
+BRightsOfRequest::~BRightsOfRequest() { t_innermost = m_outer; }
 
 } // namespace VLK::host

@@ -2,33 +2,78 @@
 #pragma once
 
 #include "host/LimitedLog.h"
+#include "host/access/Rights.h"
 #include "host/access/Views.h"
+
+#include <memory>
+#include <mutex>
 
 namespace VLK::host {
 
 // What the store keeps of the views is loaded and saved by the table itself.
 //
 // Ownership: the store, which may be null, outlives it.
-// Threads:   as its parts: any.
-// Errors:    the constructor throws BHostError.
-class BAccess {
+// Threads:   as its parts: any. Replace() is called by one at a time, and while no SET
+//            runs: the views are also the managers' to change.
+// Errors:    the constructor throws BHostError. Replace() throws std::bad_alloc; who asks
+//            has the rights from before then.
+class BAccess : public IAccessControl {
 public:
     BAccess(const SConfiguration& configuration, BStore* store);
 
-    const BCommunities& Communities() const { return m_communities; }
+    // Takes the rights of another configuration. Requests that have begun go on with
+    // theirs, views included; those that come find the new ones. Views that managers
+    // have changed stay.
+    void Replace(const SConfiguration& configuration);
+
+    // Those of requests that begin now.
+    std::shared_ptr<SRights> Current() const;
     BFilterTable& Views() { return m_views; }
-    BVacm& Vacm() { return m_vacm; }
     // Of requests that get no answer.
     BLimitedLog& Unanswered() { return m_unanswered; }
     // Of requests, or bindings of theirs, that are refused.
     BLimitedLog& Refused() { return m_refused; }
 
+    int CheckAccess(const BSecurityParams& security, unsigned char accessKind,
+                    const BString& context, const BVarBind& binding) override;
+
 private:
-    BCommunities m_communities;
+    void TellOfViews(const SConfiguration& configuration, bool areAsConfigured) const;
+
+    BStore* const m_store;
     BFilterTable m_views;
-    BVacm m_vacm;
-    BLimitedLog m_unanswered;
-    BLimitedLog m_refused;
+    mutable std::mutex m_lock;
+    std::shared_ptr<SRights> m_rights; // under the lock
+    BLimitedLog m_unanswered{eLogInfo};
+    BLimitedLog m_refused{eLogInfo};
+};
+
+// The rights that the calling thread decides by, all the time that it lives: those of a
+// request from its first question to its last. One inside another has the same.
+//
+//   const BRightsOfRequest rights(access);
+//   rights->vacm.Decide(...);
+//
+// Ownership: the access control outlives it.
+// Threads:   made and destroyed on one, the later one first.
+// Errors:    none; nothing is allocated.
+class BRightsOfRequest {
+public:
+    explicit BRightsOfRequest(const BAccess& access);
+    ~BRightsOfRequest();
+    // Those that the calling thread decides by already, or null.
+    static SRights* OfThisThread(const BAccess& access);
+    BRightsOfRequest(const BRightsOfRequest&) = delete;
+    BRightsOfRequest& operator=(const BRightsOfRequest&) = delete;
+
+    SRights* operator->() const { return m_rights; }
+    SRights& operator*() const { return *m_rights; }
+
+private:
+    const BAccess& m_access;
+    const BRightsOfRequest* const m_outer;
+    SRights* m_rights;
+    std::shared_ptr<SRights> m_own; // null: those of an outer one
 };
 
 } // namespace VLK::host

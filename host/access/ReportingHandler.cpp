@@ -73,24 +73,25 @@ std::string Reason(const SVacmDecision& decision, EViewType type)
 } // namespace
 
 BReportingHandler::BReportingHandler(BAccess& access, ISetSaves& saves, BMibTree* tree)
-    : BSavingHandler(&access.Vacm(), saves, tree), m_access(access)
+    : BSavingHandler(&access, saves, tree), m_access(access)
 {
 }
 
 int BReportingHandler::Query(int pduType, int transactionId, const BSecurityParams& security,
                              const BString& context, BVarBindList& list, int& errorIndex)
 {
+    const BRightsOfRequest rights(m_access);
     int status = BSavingHandler::Query(pduType, transactionId, security, context, list, errorIndex);
     EViewType type = ViewOf(pduType);
     if (status == eSnmpAuthorizationError && errorIndex >= 1 &&
         errorIndex <= static_cast<int>(list.Count())) {
         const BObjectIdentifier& name = list[errorIndex - 1].Name();
         Report(pduType, security, context, name,
-               m_access.Vacm().Decide(security, type, context, name));
+               rights->vacm.Decide(security, type, context, name));
     } else if (IsStep(pduType)) {
         if (const BVarBind* end = FirstAtEnd(status, errorIndex, list))
             Report(pduType, security, context, end->Name(),
-                   m_access.Vacm().FindView(security, type, context));
+                   rights->vacm.FindView(security, type, context));
     }
     return status;
 }

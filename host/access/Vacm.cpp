@@ -96,7 +96,7 @@ struct BVacm::SMembership {
 
 BVacm::BVacm(const std::vector<SGroup>& groups, const std::vector<std::string>& contexts,
              BFilterTable& views)
-    : m_contexts(1), m_views(views)
+    : m_contexts(1), m_views(&views)
 {
     for (const std::string& context : contexts)
         m_contexts.push_back(TextOf(context));
@@ -146,9 +146,35 @@ SVacmDecision BVacm::SelectView(const BSecurityParams& security, EViewType type,
     return decision;
 }
 
+void BVacm::KeepViews(std::unique_ptr<BFilterTable> copy)
+{
+    if (m_kept)
+        return;
+    m_kept = std::move(copy);
+    m_views = m_kept.get();
+}
+
+// An answer of views that were changed for others meanwhile does not count.
+template <class TAsk>
+auto BVacm::AskViews(TAsk ask) const
+{
+    for (;;) {
+        BFilterTable* const views = m_views;
+        auto answer = ask(*views);
+        if (m_views == views)
+            return answer;
+    }
+}
+
+bool BVacm::IsShown(const BString& view, const BObjectIdentifier& name) const
+{
+    return AskViews([&](BFilterTable& views) { return views.Filter(view, name); });
+}
+
 bool BVacm::HasRows(const BString& view) const
 {
-    return m_views.GetLastRowWithViewName(view) != nullptr;
+    return AskViews(
+        [&](BFilterTable& views) { return views.GetLastRowWithViewName(view) != nullptr; });
 }
 
 SVacmDecision BVacm::FindView(const BSecurityParams& security, EViewType type,
@@ -164,7 +190,7 @@ SVacmDecision BVacm::Decide(const BSecurityParams& security, EViewType type, con
                             const BObjectIdentifier& name) const
 {
     SVacmDecision decision = SelectView(security, type, context);
-    if (decision.answer == eVacmAllowed && !m_views.Filter(*decision.view, name))
+    if (decision.answer == eVacmAllowed && !IsShown(*decision.view, name))
         decision.answer = HasRows(*decision.view) ? eVacmNotInView : eVacmNoSuchView;
     return decision;
 }

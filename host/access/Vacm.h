@@ -1,6 +1,7 @@
 // Who may see and change what: the view-based access control model (RFC 3415).
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -62,8 +63,8 @@ struct SVacmDecision {
 // those the one with the highest level (RFC 3415 section 4, vacmAccessTable).
 //
 // Ownership: the views outlive it.
-// Threads:   any; unchanging after construction. The views have their own lock,
-//            and may be changed meanwhile.
+// Threads:   any; unchanging after construction, but for KeepViews(). The views have
+//            their own lock, and may be changed meanwhile.
 // Errors:    CheckAccess() answers 0 or an EVacmAnswer. Nothing is allocated by
 //            a question.
 // Contract:  the first group that holds a member counts.
@@ -87,6 +88,10 @@ public:
     int CheckAccess(const BSecurityParams& security, unsigned char accessKind,
                     const BString& context, const BVarBind& binding) override;
 
+    // From now on it decides by that copy of the views, which are then changed for
+    // others; a second copy is not taken. One at a time.
+    void KeepViews(std::unique_ptr<BFilterTable> copy);
+
 private:
     struct SEntry;
     struct SGroupEntries;
@@ -95,12 +100,16 @@ private:
     SVacmDecision SelectView(const BSecurityParams& security, EViewType type,
                              const BString& context) const;
     const SGroupEntries* GroupOf(const BSecurityParams& security) const;
+    bool IsShown(const BString& view, const BObjectIdentifier& name) const;
     bool HasRows(const BString& view) const;
+    template <class TAsk>
+    auto AskViews(TAsk ask) const;
 
     std::vector<BString> m_contexts;
     std::vector<SGroupEntries> m_groups;
     std::vector<SMembership> m_members; // by model and name
-    BFilterTable& m_views;
+    std::atomic<BFilterTable*> m_views;
+    std::unique_ptr<BFilterTable> m_kept; // what m_views points to, once it is there
 };
 
 } // namespace VLK::host

@@ -67,10 +67,14 @@ bool IsThere(BFilterTable& table, const SView& view, const SFamily& family)
     return row && row->mask == family.mask && row->type == family.type;
 }
 
+} // namespace
+
+bool AreManaged(BStore* store) { return store && store->WasSaved(kViewSection); }
+
 // The same rows, no more and no fewer.
 bool AreThere(BFilterTable& table, const std::vector<SView>& views)
 {
-    size_t count = 0;
+    unsigned count = 0;
     for (const SView& view : views) {
         for (const SFamily& family : view.families) {
             if (!IsThere(table, view, family))
@@ -78,22 +82,41 @@ bool AreThere(BFilterTable& table, const std::vector<SView>& views)
             ++count;
         }
     }
+    for (const SView& view : BuiltInViews())
+        count += static_cast<unsigned>(view.families.size());
     return table.Count() == count;
 }
 
-} // namespace
-
 bool LoadViews(BFilterTable& table, BStore* store, const std::vector<SView>& configured)
 {
-    bool isAsConfigured = true;
-    if (store && store->WasSaved(kViewSection)) {
+    if (AreManaged(store))
         ReadStored(table, *store);
-        isAsConfigured = AreThere(table, configured);
-    } else {
+    else
         AddAll(table, configured, eStorageNonVolatile);
-    }
     AddAll(table, BuiltInViews(), eStorageReadOnly);
-    return isAsConfigured;
+    return AreThere(table, configured);
+}
+
+void ReplaceViews(BFilterTable& table, const std::vector<SView>& configured)
+{
+    // One step for those who walk the table.
+    TMutexLock lock(table.Mutex());
+    table.Clear();
+    AddAll(table, BuiltInViews(), eStorageReadOnly);
+    AddAll(table, configured, eStorageNonVolatile);
+}
+
+std::unique_ptr<BFilterTable> CopyOf(BFilterTable& table)
+{
+    auto copy = std::make_unique<BFilterTable>(nullptr);
+    TMutexLock lock(table.Mutex());
+    for (int i = 0; const BFilterTable::Entry* row = table.RowAt(i); ++i) {
+        if (row->rowStatus == eRowActive &&
+            !copy->Insert(row->viewName, row->subtree, row->mask, row->type, row->storageType,
+                          eRowActive, false))
+            throw std::bad_alloc();
+    }
+    return copy;
 }
 
 } // namespace VLK::host

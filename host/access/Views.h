@@ -4,6 +4,7 @@
 #include "host/Store.h"
 #include "host/config/Configuration.h"
 
+#include <memory>
 #include <vkmibh/filter.h>
 
 namespace VLK::host {
@@ -19,5 +20,15 @@ constexpr const char* kViewSection = "vacmViewTreeFamilyTable";
 // Throws BHostError when the store's views cannot be read whole: a lost row might
 // be an excluded one.
 bool LoadViews(BFilterTable& table, BStore* store, const std::vector<SView>& configured);
+
+// Whether managers have changed views; without a store they have not.
+bool AreManaged(BStore* store);
+// Whether the table's rows are those of the views, beside those of the built-in ones.
+bool AreThere(BFilterTable& table, const std::vector<SView>& views);
+// Has other views take the place of those that were configured before. Throws
+// std::bad_alloc; the table may then lack some.
+void ReplaceViews(BFilterTable& table, const std::vector<SView>& configured);
+// The rows of a table, in one that is not saved. Throws std::bad_alloc.
+std::unique_ptr<BFilterTable> CopyOf(BFilterTable& table);
 
 } // namespace VLK::host

@@ -112,7 +112,7 @@ std::shared_ptr<BSinkAgent> BHostAgents::Make(const STrapSink& sink, ERefusal re
     } catch (const BHostError& error) {
         if (refusal == eRefusalThrown)
             throw;
-        LogLine(error.what());
+        LogLine(eLogWarning, error.what());
         return nullptr;
     }
 }

@@ -96,6 +96,7 @@ bool BSinkAgent::Fill(const BTrap& trap, SNotification& notification) const
 
 bool BSinkAgent::IsShown(const SNotification& notification)
 {
+    const BRightsOfRequest rights(m_access); // one for all that it asks
     bool isShown = IsShown(notification, notification.trapOid);
     for (int i = 0; isShown && i < static_cast<int>(notification.bindings.Count()); ++i)
         isShown = IsShown(notification, notification.bindings[i].Name());
@@ -105,7 +106,7 @@ bool BSinkAgent::IsShown(const SNotification& notification)
 bool BSinkAgent::IsShown(const SNotification& notification, const BObjectIdentifier& name)
 {
     SVacmDecision decision =
-        m_access.Vacm().Decide(m_sink.security, eViewNotify, m_sink.context, name);
+        BRightsOfRequest(m_access)->vacm.Decide(m_sink.security, eViewNotify, m_sink.context, name);
     if (decision.answer == eVacmAllowed)
         return true;
     m_access.Refused().Write([&] {

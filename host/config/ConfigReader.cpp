@@ -13,11 +13,6 @@ constexpr double kMostTimeout = 3600;
 constexpr int64_t kMostRetries = 255;
 constexpr int64_t kMostTimeToLive = 3600000; // an hour
 
-struct SWord {
-    const char* text;
-    int value;
-};
-
 // The words are those that the console's clivacm knows.
 constexpr SWord kModels[] = {{"SNMPv1", eModelV1}, {"SNMPv2c", eModelV2c}, {"USM", eModelUsm}};
 constexpr SWord kModelsOrAny[] = {
@@ -34,14 +29,11 @@ int Word(BConfigTable& table, const char* key, const SWord (&words)[count], int 
     std::optional<SText> text = table.Text(key);
     if (!text)
         return standard;
-    std::string known;
-    for (const SWord& word : words) {
-        if (text->text == word.text)
-            return word.value;
-        known += (known.empty() ? "" : ", ") + std::string(word.text);
-    }
-    table.Refuse(*text, "is none of " + known);
-    return standard;
+    int value = standard;
+    std::string why = ReadWord(text->text, words, value);
+    if (!why.empty())
+        table.Refuse(*text, why);
+    return value;
 }
 
 } // namespace
@@ -55,6 +47,8 @@ SConfiguration BConfigReader::Read(const toml::table& root)
     ReadListen(table);
     ReadStore(table);
     ReadContexts(table);
+    m_made.log = static_cast<ELogTarget>(Word(table, "log", kLogTargets, m_made.log));
+    m_made.logLevel = static_cast<ELogLevel>(Word(table, "logLevel", kLogLevels, m_made.logLevel));
     m_made.authenTraps = table.Flag("snmpEnableAuthenTraps");
     m_made.workers =
         static_cast<unsigned>(table.Integer("workers", 1, kMostWorkers).value_or(m_made.workers));

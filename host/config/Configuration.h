@@ -2,6 +2,7 @@
 // neither.
 #pragma once
 
+#include "host/Log.h"
 #include "host/Notification.h"
 #include "host/access/Communities.h"
 #include "host/access/Users.h"
@@ -49,6 +50,8 @@ struct SConfiguration {
     std::string file; // empty: there is none
     std::vector<BTransportAddress> listen;
     std::string store; // empty: the file under the user's state directory
+    ELogTarget log = eLogStderr;
+    ELogLevel logLevel = eLogInfo;
     // Requests that may be at work at once; 0: four for each processor.
     unsigned workers = 0;
     // Milliseconds that what the kernel has told is shown to later requests.

@@ -97,7 +97,9 @@ struct BNetSnmpEngine::SState {
     std::vector<std::unique_ptr<SSession>> sessions;
     const unsigned workers;
     bool speaksV3 = false;
-    BLimitedLog overload;
+    SEngineIdentity identity; // with SNMPv3
+    std::vector<SUser> users; // of SpeakV3() and ReplaceUsers()
+    BLimitedLog overload{eLogWarning};
     // SETs wait for one another: here, and not with a thread each.
     std::mutex sets;
     std::deque<SArrival> queuedSets; // under that lock
@@ -368,6 +370,16 @@ void BNetSnmpEngine::SpeakV3(const SEngineIdentity& engine, const std::vector<SU
     StartUsm(engine, users);
     SwitchOff(NETSNMP_DS_LIB_DISABLE_V3);
     m_state->speaksV3 = true;
+    m_state->identity = engine;
+    m_state->users = users;
+}
+
+void BNetSnmpEngine::ReplaceUsers(const std::vector<SUser>& users)
+{
+    if (!m_state->speaksV3)
+        return;
+    host::ReplaceUsers(m_state->identity, m_state->users, users, m_state->wire);
+    m_state->users = users;
 }
 
 unsigned BNetSnmpEngine::AddReceiver(const SReceiver& receiver, std::shared_ptr<SDelivery> delivery)

@@ -12,9 +12,10 @@
 // it. What comes then is dropped and counted.
 //
 // Threads: construct, Open(), Serve() and destroy on one thread; the request
-//          handler is called on it and on others, which end with Serve(). What
-//          INotifier has on any, until it is destroyed.
-// Errors:  SpeakV3(), Open() and AddReceiver() throw BHostError.
+//          handler is called on it and on others, which end with Serve().
+//          ReplaceUsers() on any, one at a time; what INotifier has on any, until it is
+//          destroyed.
+// Errors:  SpeakV3(), ReplaceUsers(), Open() and AddReceiver() throw BHostError.
 #pragma once
 
 #include "host/Engine.h"
@@ -38,6 +39,9 @@ public:
     // Before anything is opened, and once in a process; until then messages of SNMPv3
     // are of a bad version.
     void SpeakV3(const SEngineIdentity& engine, const std::vector<SUser>& users);
+    // Takes other users, while it serves. Without SpeakV3() it does nothing. Throws
+    // BHostError, and nothing is changed, for what the wire library cannot do.
+    void ReplaceUsers(const std::vector<SUser>& users);
     BTransportAddress Open(const BTransportAddress& address, STraffic& traffic) override;
     unsigned AddReceiver(const SReceiver& receiver, std::shared_ptr<SDelivery> delivery) override;
     void RemoveReceiver(unsigned receiver) override;

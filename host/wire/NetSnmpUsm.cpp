@@ -71,13 +71,19 @@ bool IsMade(const SEngineIdentity& engine, const SUser& user)
            (user.auth.empty() || made->authKeyLen > 0) && made->privKeyLen >= PrivKeyLength(user);
 }
 
-void Make(const SEngineIdentity& engine, const SUser& user)
+std::string Who(const SUser& user) { return "user '" + user.name + "': "; }
+
+void CheckProtocols(const SUser& user)
 {
-    const std::string who = "user '" + user.name + "': ";
+    const std::string who = Who(user);
     if (!user.auth.empty() && usm_lookup_auth_type(user.auth.c_str()) < 0)
         throw BHostError(eExitUsage, who + "the wire library has no " + user.auth);
     if (!user.priv.empty() && usm_lookup_priv_type(user.priv.c_str()) < 0)
         throw BHostError(eExitUsage, who + "the wire library has no " + user.priv);
+}
+
+void Make(const SEngineIdentity& engine, const SUser& user)
+{
     std::string line = Word(user.name);
     if (!user.auth.empty())
         line += " " + user.auth + " " + Word(user.authPassphrase);
@@ -86,7 +92,26 @@ void Make(const SEngineIdentity& engine, const SUser& user)
     usm_parse_create_usmUser("createUser", line.data());
     std::fill(line.begin(), line.end(), '\0');
     if (!IsMade(engine, user))
-        throw BHostError(eExitUsage, who + "the wire library does not take it");
+        throw BHostError(eExitUsage, Who(user) + "the wire library does not take it");
+}
+
+void Forget(const SEngineIdentity& engine, const SUser& user)
+{
+    usmUser* const made = usm_get_user(reinterpret_cast<const unsigned char*>(engine.id.data()),
+                                       engine.id.size(), user.name.c_str());
+    if (!made)
+        return;
+    usm_remove_user(made);
+    usm_free_user(made);
+}
+
+bool Holds(const std::vector<SUser>& users, const SUser& user)
+{
+    return std::any_of(users.begin(), users.end(), [&](const SUser& other) {
+        return other.name == user.name && other.auth == user.auth &&
+               other.authPassphrase == user.authPassphrase && other.priv == user.priv &&
+               other.privPassphrase == user.privPassphrase;
+    });
 }
 
 struct SCounter {
@@ -111,8 +136,27 @@ void StartUsm(const SEngineIdentity& engine, const std::vector<SUser>& users)
     netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_APPTYPE, "vkagentd");
     init_snmpv3("vkagentd");
     Identify(engine);
-    for (const SUser& user : users)
+    for (const SUser& user : users) {
+        CheckProtocols(user);
         Make(engine, user);
+    }
+}
+
+void ReplaceUsers(const SEngineIdentity& engine, const std::vector<SUser>& old,
+                  const std::vector<SUser>& users, std::mutex& lock)
+{
+    std::for_each(users.begin(), users.end(), CheckProtocols);
+    for (const SUser& user : old) {
+        std::lock_guard<std::mutex> held(lock);
+        if (!Holds(users, user))
+            Forget(engine, user);
+    }
+    // One at a time: to make a key of a passphrase takes milliseconds.
+    for (const SUser& user : users) {
+        std::lock_guard<std::mutex> held(lock);
+        if (!Holds(old, user))
+            Make(engine, user);
+    }
 }
 
 // The user without a name is for the discovery of the engine ID: no request is his.

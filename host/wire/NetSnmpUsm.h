@@ -5,6 +5,7 @@
 #include "host/access/Users.h"
 #include "modules/SnmpCounters.h"
 
+#include <mutex>
 #include <net-snmp/net-snmp-config.h>
 #include <net-snmp/net-snmp-includes.h>
 #include <vector>
@@ -14,6 +15,12 @@ namespace VLK::host {
 // Once, before the first session. Whoever knows none of the users learns the engine ID
 // only. Reads and writes no file. Throws BHostError for what the wire library cannot do.
 void StartUsm(const SEngineIdentity& engine, const std::vector<SUser>& users);
+
+// Has other users take the place of the old ones: those that have gone are unknown, those
+// that are as they were stay untouched. `lock` is held for each single one. Throws
+// BHostError, and nothing is changed, for what the wire library cannot do.
+void ReplaceUsers(const SEngineIdentity& engine, const std::vector<SUser>& old,
+                  const std::vector<SUser>& users, std::mutex& lock);
 
 // What is wrong with a message of SNMPv3 that the wire library has let through: the
 // number of its counter, or -1 for nothing.

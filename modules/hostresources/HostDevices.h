@@ -38,6 +38,7 @@ public:
     static constexpr unsigned kLoadDeviceIndex = 100001; // after them all
 
     CHostDevices(IHostSource& source, unsigned timeToLive);
+    void SetTimeToLive(unsigned timeToLive) { m_rows.SetTimeToLive(timeToLive); }
     std::shared_ptr<const SDeviceRows> At(unsigned request) { return m_rows.At(request); }
     CProcessorLoads& Loads() { return m_loads; }
 

@@ -9,6 +9,13 @@ CHostResourcesModule::CHostResourcesModule(IHostSource& source, unsigned timeToL
 {
 }
 
+void CHostResourcesModule::SetTimeToLive(unsigned timeToLive)
+{
+    m_devices.SetTimeToLive(timeToLive);
+    m_system.SetTimeToLive(timeToLive);
+    m_storage.SetTimeToLive(timeToLive);
+}
+
 int CHostResourcesModule::Init()
 {
     m_devices.Loads().Start();

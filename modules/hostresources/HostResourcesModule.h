@@ -21,6 +21,8 @@ public:
     static constexpr unsigned kTimeToLive = 1000;
 
     explicit CHostResourcesModule(IHostSource& source, unsigned timeToLive = kTimeToLive);
+    // On any thread, also while requests run.
+    void SetTimeToLive(unsigned timeToLive);
 
     int Init() override;
     void Cleanup() override;

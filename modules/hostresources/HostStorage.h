@@ -38,6 +38,7 @@ public:
     using Rows = std::vector<SStorageRow>;
 
     CHostStorage(IHostSource& source, unsigned timeToLive);
+    void SetTimeToLive(unsigned timeToLive) { m_rows.SetTimeToLive(timeToLive); }
     std::shared_ptr<const Rows> At(unsigned request) { return m_rows.At(request); }
 
 private:

@@ -44,6 +44,7 @@ public:
     enum EColumn { eIndex = 1, eType = 2, eDescr = 3, eAllocationUnits = 4, eSize = 5, eUsed = 6 };
 
     CHrStorageTable(IHostSource& source, unsigned timeToLive);
+    void SetTimeToLive(unsigned timeToLive) { m_storage.SetTimeToLive(timeToLive); }
 
     SRqHndlrMapEntry* GetRqHndlrMap() const override { return s_map; }
     const SConstraintMapEntry* GetConstraintMap() const override { return s_constraints; }

@@ -16,6 +16,7 @@ namespace VLK::modules {
 class CHrSystem : public BMibScalarGroupImpl {
 public:
     CHrSystem(IHostSource& source, unsigned timeToLive);
+    void SetTimeToLive(unsigned timeToLive) { m_processes.SetTimeToLive(timeToLive); }
 
     SRqHndlrMapEntry* GetRqHndlrMap() const override { return s_map; }
     const SConstraintMapEntry* GetConstraintMap() const override { return s_constraints; }

@@ -3,6 +3,7 @@
 
 #include "modules/hostresources/HostSource.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -25,6 +26,9 @@ public:
     {
     }
 
+    // On any thread.
+    void SetTimeToLive(unsigned timeToLive) { m_timeToLive = timeToLive; }
+
     // Request 0 is nobody's.
     std::shared_ptr<const T> At(unsigned request)
     {
@@ -42,7 +46,7 @@ public:
 
 private:
     IHostSource& m_clock;
-    const int64_t m_timeToLive;
+    std::atomic<int64_t> m_timeToLive;
     const std::function<T()> m_read;
     TMutex m_lock;
     std::shared_ptr<const T> m_value VKMIBH_TSA(guarded_by(m_lock));

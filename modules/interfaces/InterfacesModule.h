@@ -35,6 +35,8 @@ public:
                       const SInterfacesOptions& options, const FUptime& upTime);
     ~CInterfacesModule() override;
 
+    // On any thread, also while requests run.
+    void SetTimeToLive(unsigned timeToLive) { m_snapshots.SetTimeToLive(timeToLive); }
     // Why the interfaces are not watched; empty when they are, or need not be.
     const std::string& WatchProblem() const { return m_watchProblem; }
     CLinkHistory& History() { return m_history; }

@@ -3,6 +3,7 @@
 
 #include "modules/interfaces/Interface.h"
 
+#include <atomic>
 #include <memory>
 #include <vkmibh/sync.h>
 
@@ -42,6 +43,8 @@ public:
     CSnapshots(IInterfaces& source, const CLinkHistory& history, unsigned timeToLive,
                FUptime upTime);
 
+    // Transactions that have begun keep what they see.
+    void SetTimeToLive(unsigned timeToLive) { m_timeToLive = timeToLive; }
     std::shared_ptr<const SSnapshot> Of(unsigned transactionId);
 
 private:
@@ -57,7 +60,7 @@ private:
 
     IInterfaces& m_source;
     const CLinkHistory& m_history;
-    const unsigned m_timeToLive;
+    std::atomic<unsigned> m_timeToLive;
     const FUptime m_upTime;
     TMutex m_lock{true};
     SnapshotPtr m_newest VKMIBH_TSA(guarded_by(m_lock));

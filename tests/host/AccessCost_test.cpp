@@ -62,18 +62,22 @@ TEST_F(AccessCost, ADecisionAllocatesNothingWhateverItIs)
     BCommunities::EAdmission admission;
     FailingAlloc fail(0);
     const SRequester* requester =
-        access.Communities().Admit(request.community, request.remote, admission);
+        BRightsOfRequest(access)->communities.Admit(request.community, request.remote, admission);
     ASSERT_TRUE(requester);
     const BSecurityParams& security = requester->v2c;
-    EXPECT_EQ(access.Vacm().Decide(security, eViewRead, requester->context, name).answer,
-              eVacmAllowed);
-    EXPECT_EQ(access.Vacm().Decide(security, eViewWrite, requester->context, name).answer,
+    EXPECT_EQ(
+        BRightsOfRequest(access)->vacm.Decide(security, eViewRead, requester->context, name).answer,
+        eVacmAllowed);
+    EXPECT_EQ(BRightsOfRequest(access)
+                  ->vacm.Decide(security, eViewWrite, requester->context, name)
+                  .answer,
               eVacmNoSuchView);
-    EXPECT_EQ(access.Vacm().Decide(unknown, eViewRead, requester->context, name).answer,
-              eVacmNoGroupName);
-    EXPECT_EQ(access.Vacm().Decide(security, eViewRead, noContext, name).answer,
+    EXPECT_EQ(
+        BRightsOfRequest(access)->vacm.Decide(unknown, eViewRead, requester->context, name).answer,
+        eVacmNoGroupName);
+    EXPECT_EQ(BRightsOfRequest(access)->vacm.Decide(security, eViewRead, noContext, name).answer,
               eVacmNoSuchContext);
-    EXPECT_FALSE(access.Communities().Admit(stranger, request.remote, admission));
+    EXPECT_FALSE(BRightsOfRequest(access)->communities.Admit(stranger, request.remote, admission));
     EXPECT_FALSE(fail.Failed());
 }
 

@@ -34,7 +34,7 @@ const std::string kLong = "123456789012345678901234567890123";
 
 // At the top of a file.
 const std::string kKeys =
-    " is no key of the file, which has agentAddress, store, contexts, "
+    " is no key of the file, which has agentAddress, store, contexts, log, logLevel, "
     "snmpEnableAuthenTraps, workers, timeToLive, v3, view, group, community, user, access, "
     "alarmCommunity, trapSink";
 

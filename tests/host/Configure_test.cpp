@@ -27,7 +27,8 @@ public:
         BTransportAddress address;
         EXPECT_TRUE(address.Parse(source));
         BCommunities::EAdmission admission;
-        return m_access.Communities().Admit(community, address, admission) != nullptr;
+        return BRightsOfRequest(m_access)->communities.Admit(community, address, admission) !=
+               nullptr;
     }
     // "r", "w" and "n" for what may be done with the object.
     std::string Of(int model, const char* name, const char* object, const char* context = "")
@@ -38,8 +39,8 @@ public:
         security.securityLevel = eNoAuthNoPriv;
         std::string rights;
         for (EViewType type : {eViewRead, eViewWrite, eViewNotify}) {
-            SVacmDecision decision =
-                m_access.Vacm().Decide(security, type, BString(context), MakeOid(object));
+            SVacmDecision decision = BRightsOfRequest(m_access)->vacm.Decide(
+                security, type, BString(context), MakeOid(object));
             if (decision.answer == eVacmAllowed)
                 rights += "rwn"[type];
         }

@@ -22,7 +22,7 @@ protected:
     BLimitedLog::CClock::time_point now{std::chrono::hours(1)};
     std::vector<std::string> lines;
     int made = 0;
-    BLimitedLog log{[this](const std::string& line) { lines.push_back(line); },
+    BLimitedLog log{eLogInfo, [this](ELogLevel, const std::string& line) { lines.push_back(line); },
                     [this] { return now; }};
 };
 
@@ -77,7 +77,8 @@ TEST_F(LimitedLog, HalfAnIntervalIsNotLost)
 TEST_F(LimitedLog, ThreadsTogetherWriteNoMoreThanOne)
 {
     std::atomic<int> written{0};
-    BLimitedLog shared([&](const std::string&) { ++written; }, [this] { return now; });
+    BLimitedLog shared(
+        eLogInfo, [&](ELogLevel, const std::string&) { ++written; }, [this] { return now; });
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&] {

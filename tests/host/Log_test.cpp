@@ -62,29 +62,29 @@ public:
 
 TEST_F(Log, ALineIsTheProgramsNameAndTheText)
 {
-    LogLine("a\tb\nc\x1b[2J");
+    LogLine(eLogError, "a\tb\nc\x1b[2J");
     EXPECT_EQ(Written(), LineOf("a b c [2J"));
 }
 
 TEST_F(Log, LinesThatNobodyTakesAreCounted)
 {
     Fill();
-    LogLine("one");
-    LogLine("two");
+    LogLine(eLogError, "one");
+    LogLine(eLogError, "two");
     EXPECT_EQ(Written(), std::string(s_room, 'x'));
-    LogLine("three");
+    LogLine(eLogError, "three");
     EXPECT_EQ(Written(), LineOf("three (2 before it were not logged)"));
-    LogLine("four");
+    LogLine(eLogError, "four");
     EXPECT_EQ(Written(), LineOf("four"));
 }
 
 TEST_F(Log, ALineThatWasCutIsNotGoneOnWith)
 {
-    LogLine(std::string(s_room + 1000, 'x'));
+    LogLine(eLogError, std::string(s_room + 1000, 'x'));
     EXPECT_EQ(Written(), LineOf(std::string(s_room, 'x')).substr(0, s_room));
-    LogLine("next");
+    LogLine(eLogError, "next");
     EXPECT_EQ(Written(), "\n" + LineOf("next (1 before it were not logged)"));
-    LogLine("and so on");
+    LogLine(eLogError, "and so on");
     EXPECT_EQ(Written(), LineOf("and so on"));
 }
 
@@ -92,7 +92,7 @@ TEST_F(Log, ALongLineComesWholeWhereItIsRead)
 {
     EXPECT_EQ(fcntl(STDERR_FILENO, F_SETPIPE_SZ, 4 * s_room), 4 * s_room);
     std::string text(s_room + 1000, 'x');
-    LogLine(text);
+    LogLine(eLogError, text);
     EXPECT_EQ(Written(), LineOf(text));
 }
 
@@ -100,17 +100,17 @@ TEST_F(Log, AnOwnerTakesItsRowBackWhenItGaveWayAndTheLineIsThere)
 {
     Owner owner;
     BLineOwnership ownership(owner);
-    LogLine("elsewhere");
+    LogLine(eLogError, "elsewhere");
     EXPECT_EQ(Written(), LineOf("elsewhere"));
     EXPECT_EQ(owner.taken, 0);
     owner.way = "\r";
-    LogLine("above");
+    LogLine(eLogError, "above");
     EXPECT_EQ(Written(), "\r" + LineOf("above"));
     EXPECT_EQ(owner.taken, 1);
     Fill();
-    LogLine("lost");
+    LogLine(eLogError, "lost");
     EXPECT_EQ(owner.taken, 1);
     Written();
-    LogLine("next");
+    LogLine(eLogError, "next");
     EXPECT_EQ(owner.taken, 2);
 }
