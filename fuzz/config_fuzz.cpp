@@ -29,8 +29,8 @@ void CheckAccess(const host::SConfiguration& configuration)
     host::BAccess access(configuration, nullptr);
     BSecurityParams nobody;
     const BObjectIdentifier name(BString("1.3.6.1.2.1.1.1.0"));
-    const host::SVacmDecision decision =
-        access.Vacm().Decide(nobody, host::eViewWrite, BString("no such context"), name);
+    const host::SVacmDecision decision = host::BRightsOfRequest(access)->vacm.Decide(
+        nobody, host::eViewWrite, BString("no such context"), name);
     Require(decision.answer != host::eVacmAllowed, "rights of a context that is not there");
 }
 
