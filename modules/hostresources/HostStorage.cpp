@@ -47,19 +47,19 @@ std::vector<SStorageRow> MemoryRows(const SHostMemory& memory)
     const uint64_t swapped = Without(swap, memory.swapFree.value_or(0));
     std::vector<SStorageRow> rows;
     if (hasMemory)
-        rows.push_back(MakeRow(ePhysical, eStorageKindRam, "physical memory", kUnit, total, used));
+        rows.push_back(MakeRow(ePhysical, eStorageKindRam, "Physical memory", kUnit, total, used));
     if (hasMemory && hasSwap)
-        rows.push_back(MakeRow(eVirtual, eStorageKindVirtualMemory, "virtual memory", kUnit,
+        rows.push_back(MakeRow(eVirtual, eStorageKindVirtualMemory, "Virtual memory", kUnit,
                                total + swap, used + swapped));
     if (memory.total && memory.buffers)
         rows.push_back(
-            MakeRow(eBuffers, eStorageKindOther, "memory buffers", kUnit, total, *memory.buffers));
+            MakeRow(eBuffers, eStorageKindOther, "Memory buffers", kUnit, total, *memory.buffers));
     if (memory.total && memory.cached)
         rows.push_back(
-            MakeRow(eCached, eStorageKindOther, "cached memory", kUnit, total, *memory.cached));
+            MakeRow(eCached, eStorageKindOther, "Cached memory", kUnit, total, *memory.cached));
     if (hasSwap)
         rows.push_back(
-            MakeRow(eSwap, eStorageKindVirtualMemory, "swap space", kUnit, swap, swapped));
+            MakeRow(eSwap, eStorageKindVirtualMemory, "Swap space", kUnit, swap, swapped));
     return rows;
 }
 

@@ -135,8 +135,8 @@ TEST_F(ToolTables, StorageIsToldAsDisksAre)
     for (const std::string& line : Lines(Ask("snmpdf", module, {}, {}).output))
         names.push_back(line.substr(0, line.find("  ")));
     ASSERT_GT(names.size(), 5u);
-    const Arguments memory{"Description",    "physical memory", "virtual memory",
-                           "memory buffers", "cached memory",   "swap space"};
+    const Arguments memory{"Description",    "Physical memory", "Virtual memory",
+                           "Memory buffers", "Cached memory",   "Swap space"};
     EXPECT_EQ(Arguments(names.begin(), names.begin() + 6), memory);
     EXPECT_EQ(names.size(),
               Lines(agent.Ask("snmpwalk", {".1.3.6.1.2.1.25.2.3.1.1"}).output).size() + 1);
