@@ -18,6 +18,7 @@ public:
     bool IsReady() const { return m_agent.IsReady(); }
     const std::string& FirstLine() const { return m_agent.FirstLine(); }
     const std::string& Address() const { return m_agent.Address(); }
+    unsigned Port() const { return m_agent.Port(); }
     int End() { return m_agent.Kill(SIGTERM); }
 
     Outcome Ask(const std::string& tool, const Arguments& rest, const Arguments& options = {}) const
