@@ -156,8 +156,8 @@ void BConfigReader::ReadView(BConfigTable& table)
     ReadFamilies(table, "exclude", eFilterExcluded, view);
     if (!table.Has("include"))
         table.Miss("include", ": it shows nothing");
-    else if (table.IsEmptyList("include"))
-        table.Refuse("include", "shows nothing");
+    else if (table.IsEmptyList("include") && table.Has("exclude"))
+        table.Refuse("include", "shows nothing that could be excluded");
     if (name && Define(m_views, "view", *name)) {
         view.name = name->text;
         RefuseLongRows(table, view);

@@ -205,18 +205,19 @@ void BNetSnmpEngine::SSession::Deliver(SArrival& delivered, SResponse& response)
 {
     if (response.isContextUnknown)
         return SendReport(*delivered.pdu, STAT_SNMPUNKNOWNCONTEXTS);
+    ++traffic->answered; // who has the answer may ask for the count at once
     int status = Send(*delivered.pdu, response);
     if (status > 0) {
         try {
             handler->AnswerInstead(status, delivered.request, response);
+            status = Send(*delivered.pdu, response);
         } catch (const std::exception&) {
-            return;
+            status = -1;
         }
-        status = Send(*delivered.pdu, response);
     }
-    if (status == 0)
-        ++traffic->answered;
-    else if (status == eSnmpTooBig)
+    if (status != 0)
+        --traffic->answered;
+    if (status == eSnmpTooBig)
         ++counters->silentDrops;
 }
 

@@ -102,10 +102,12 @@ protected:
         Start();
     }
 
+    // Nothing shown: the file only defines the view.
     void Start(const std::string& shown = "1.3.6.1.2.1.1.1", const Arguments& more = {})
     {
+        const std::string include = shown.empty() ? "" : "\"" + shown + "\"";
         file = std::make_unique<ConfigFile>(
-            kAddress + kPeople + "[[view]]\nname = \"shown\"\ninclude = [\"" + shown + "\"]\n");
+            kAddress + kPeople + "[[view]]\nname = \"shown\"\ninclude = [" + include + "]\n");
         agent = std::make_unique<ConfiguredAgent>(store, *file, more);
         ASSERT_TRUE(agent->IsReady()) << agent->FirstLine();
     }
@@ -224,6 +226,18 @@ TEST_P(ManagedViewsByTool, CreatesAndDeletesWhatOthersSeeAtOnce)
         EXPECT_EQ(Vacm({"deleteView", "shown", subtree}).status, 0);
     ExpectShown({});
     EXPECT_EQ(Get(oid::kSysDescr, "guest"), "authorizationError " + oid::kSysDescr);
+}
+
+TEST_P(ManagedViewsByTool, FillsAViewThatTheConfigurationOnlyDefines)
+{
+    Restart("");
+    ExpectShown({});
+    EXPECT_EQ(RowsOf("shown", GetParam()), Arguments());
+    EXPECT_EQ(Get(oid::kSysDescr, "guest"), "authorizationError " + oid::kSysDescr);
+    EXPECT_EQ(Vacm({"createView", "shown", ".1.3.6.1.2.1.1.1"}).status, 0);
+    ExpectShown({oid::kSysDescr});
+    Restart("");
+    ExpectShown({oid::kSysDescr});
 }
 
 TEST_P(ManagedViewsByTool, AMaskLeavesNumbersOpen)

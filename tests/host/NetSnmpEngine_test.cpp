@@ -2,6 +2,7 @@
 
 #include "Ber.h"
 #include "EngineTest.h"
+#include "UdpClient.h"
 
 #include <cstring>
 #include <netinet/in.h>
@@ -133,6 +134,20 @@ TEST_F(NetSnmpEngine, AnswersCountAndThoseForWhichNoneFitsAreSilentDrops)
     EXPECT_EQ(Counters().silentDrops, dropsBefore + 1);
     EXPECT_EQ(traffic.received, 2u);
     EXPECT_EQ(traffic.answered, 1u);
+}
+
+TEST_F(NetSnmpEngine, WhoHasAnAnswerFindsItCounted)
+{
+    STraffic& traffic = Kept<STraffic>();
+    const unsigned port = Engine().Open(Address("udp:127.0.0.1:0"), traffic).Port();
+    ServeWhile([&] {
+        UdpClient client(port);
+        for (unsigned i = 1; i <= 3000; ++i) {
+            ASSERT_TRUE(client.Send(ber::Message(1, "public", 0xa0, 1, 0, 0, "")));
+            ASSERT_FALSE(client.Receive().empty());
+            ASSERT_EQ(traffic.answered, i);
+        }
+    });
 }
 
 TEST_F(NetSnmpEngine, ASuspendedAddressTakesMessagesAwayAndCountsThem)

@@ -9,7 +9,7 @@
 
 class UdpClient {
 public:
-    explicit UdpClient(unsigned port) : m_socket(socket(AF_INET, SOCK_DGRAM, 0))
+    explicit UdpClient(unsigned port) : m_socket(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
     {
         sockaddr_in to = {};
         to.sin_family = AF_INET;
