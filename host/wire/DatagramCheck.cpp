@@ -7,15 +7,24 @@ namespace VLK::host {
 
 namespace {
 
-const int kDeepest = 5; // message, scoped PDU, PDU, list, binding
+const int kDeepest = 5;       // message, scoped PDU, PDU, list, binding
+const int kLongTag = 0x1f;    // of several octets; SNMP has none
+const size_t kMostDigits = 4; // of a length
 enum ETag {
+    eAny = 0,
     eInteger = 0x02,
+    eOctets = 0x04,
     eObjectId = 0x06,
     eSequence = 0x30,
+    eIpAddress = 0x40,
     eCounter = 0x41,
     eTicks = 0x43,
-    eUnsigned = 0x47
+    eUnsigned = 0x47,
+    eFirstPdu = 0xa0,
+    eTrapOfV1 = 0xa4,
+    eLastPdu = 0xa8
 };
+const int kUsm = 3;
 
 struct SElement {
     int tag = 0;
@@ -30,9 +39,11 @@ bool TakeElement(const unsigned char*& at, const unsigned char* end, SElement& e
         return false;
     element.tag = *at++;
     uint64_t length = *at++;
+    if ((element.tag & kLongTag) == kLongTag)
+        return false;
     if (length & 0x80) {
         size_t digits = length & 0x7f;
-        if (digits > sizeof length || static_cast<size_t>(end - at) < digits)
+        if (digits == 0 || digits > kMostDigits || static_cast<size_t>(end - at) < digits)
             return false;
         length = 0;
         for (; digits; --digits)
@@ -71,15 +82,18 @@ bool ArcsFitIn32Bits(const SElement& name)
     return true;
 }
 
-bool AllFit(const unsigned char* at, const unsigned char* end, int depth)
+// Whether there are elements and nothing else, and all numbers keep their value.
+bool AreSound(const unsigned char* at, const unsigned char* end, int depth)
 {
     const int constructed = 0x20;
-    SElement element;
-    while (TakeElement(at, end, element)) {
+    while (at != end) {
+        SElement element;
+        if (!TakeElement(at, end, element))
+            return false;
         bool fits = true;
         if (element.tag & constructed)
             fits = depth > kDeepest ||
-                   AllFit(element.content, element.content + element.length, depth + 1);
+                   AreSound(element.content, element.content + element.length, depth + 1);
         else if (element.tag == eObjectId)
             fits = ArcsFitIn32Bits(element);
         else if (element.tag == eInteger || element.tag == eUnsigned ||
@@ -94,10 +108,86 @@ bool AllFit(const unsigned char* at, const unsigned char* end, int depth)
 // Of up to 32 bits.
 int ValueOf(const SElement& number)
 {
-    unsigned value = number.content[0] & 0x80 ? ~0u : 0;
+    unsigned value = number.length > 0 && number.content[0] & 0x80 ? ~0u : 0;
     for (size_t i = 0; i < number.length; ++i)
         value = value << 8 | number.content[i];
     return static_cast<int>(value);
+}
+
+// Whether the element holds those and nothing else; `parts` takes them.
+template <size_t count>
+bool Holds(const SElement& whole, const int (&tags)[count], SElement (&parts)[count])
+{
+    const unsigned char* at = whole.content;
+    const unsigned char* const end = at + whole.length;
+    for (size_t i = 0; i < count; ++i) {
+        if (!TakeElement(at, end, parts[i]) || (tags[i] != eAny && parts[i].tag != tags[i]))
+            return false;
+    }
+    return at == end;
+}
+
+template <size_t count>
+bool Holds(const SElement& whole, const int (&tags)[count])
+{
+    SElement parts[count];
+    return Holds(whole, tags, parts);
+}
+
+bool IsListOfBindings(const SElement& list)
+{
+    const unsigned char* at = list.content;
+    const unsigned char* const end = at + list.length;
+    while (at != end) {
+        SElement binding;
+        if (!TakeElement(at, end, binding) || binding.tag != eSequence ||
+            !Holds(binding, {eObjectId, eAny}))
+            return false;
+    }
+    return true;
+}
+
+// RFC 3416 section 3, RFC 1157 section 4.1.6.
+bool IsPdu(const SElement& pdu)
+{
+    if (pdu.tag == eTrapOfV1)
+        return Holds(pdu, {eObjectId, eIpAddress, eInteger, eInteger, eTicks, eSequence});
+    SElement parts[4];
+    return pdu.tag >= eFirstPdu && pdu.tag <= eLastPdu &&
+           Holds(pdu, {eInteger, eInteger, eInteger, eSequence}, parts) &&
+           IsListOfBindings(parts[3]);
+}
+
+// RFC 3414 section 2.4.
+bool AreUsmParameters(const SElement& octets)
+{
+    SElement parts[1];
+    return Holds(octets, {eSequence}, parts) &&
+           Holds(parts[0], {eOctets, eInteger, eInteger, eOctets, eOctets, eOctets});
+}
+
+bool IsScopedPdu(const SElement& scoped)
+{
+    SElement parts[3];
+    return scoped.tag == eOctets || // encrypted
+           (scoped.tag == eSequence && Holds(scoped, {eOctets, eOctets, eAny}, parts) &&
+            IsPdu(parts[2]));
+}
+
+// RFC 3412 section 6.
+bool IsMessageOfV3(const SElement& message)
+{
+    SElement parts[4];
+    SElement header[4];
+    return Holds(message, {eInteger, eSequence, eOctets, eAny}, parts) &&
+           Holds(parts[1], {eInteger, eInteger, eOctets, eInteger}, header) &&
+           (ValueOf(header[3]) != kUsm || AreUsmParameters(parts[2])) && IsScopedPdu(parts[3]);
+}
+
+bool IsMessageOfCommunity(const SElement& message)
+{
+    SElement parts[3];
+    return Holds(message, {eInteger, eOctets, eAny}, parts) && IsPdu(parts[2]);
 }
 
 } // namespace
@@ -115,9 +205,12 @@ std::optional<int> MessageVersion(const unsigned char* message, size_t length)
     return ValueOf(version);
 }
 
-bool KeepsItsNumbers(const unsigned char* message, size_t length)
+bool IsSound(const unsigned char* message, size_t length)
 {
-    return AllFit(message, message + length, 1);
+    const unsigned char* at = message;
+    SElement whole;
+    return TakeElement(at, message + length, whole) && at == message + length &&
+           AreSound(message, at, 1) && (IsMessageOfCommunity(whole) || IsMessageOfV3(whole));
 }
 
 } // namespace VLK::host

@@ -10,12 +10,13 @@ namespace VLK::host {
 // begins with a number.
 std::optional<int> MessageVersion(const unsigned char* message, size_t length);
 
-// Whether the numbers of a message keep their value when they are decoded: the
-// wire library cuts integers to 32 bits and wraps arcs of OIDs at 64. Says
-// nothing about a message that is malformed otherwise, and nothing about what is
-// encrypted or wrapped in octets: the security parameters of SNMPv3, and its scoped
-// PDU with privacy. Whoever encrypts wider numbers is an authenticated user, and gets
+// Whether a message has the elements that the standards say, without an octet too many
+// or missing, and its numbers keep their value when they are decoded: the wire library
+// skips octets that are left over, takes some elements for others, cuts integers to 32
+// bits and wraps arcs of OIDs at 64. Says nothing about the values of bindings
+// otherwise, nor about numbers that are wrapped in octets: those of USM, and of an
+// encrypted PDU. Whoever encrypts wider numbers is an authenticated user, and gets
 // answers for the numbers that are left.
-bool KeepsItsNumbers(const unsigned char* message, size_t length);
+bool IsSound(const unsigned char* message, size_t length);
 
 } // namespace VLK::host

@@ -35,7 +35,7 @@ modules::SSnmpCounters::CCounter* BMessageReader::Fault(bool takesV3) const
     if (*version != SNMP_VERSION_1 && *version != SNMP_VERSION_2c &&
         !(takesV3 && *version == SNMP_VERSION_3))
         return &m_counters.inBadVersions;
-    return KeepsItsNumbers(m_message.data(), m_length) ? nullptr : &m_counters.inASNParseErrs;
+    return IsSound(m_message.data(), m_length) ? nullptr : &m_counters.inASNParseErrs;
 }
 
 void BMessageReader::PassOn(int descriptor, session_list* session, bool takesV3)

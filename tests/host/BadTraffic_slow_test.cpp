@@ -1,0 +1,35 @@
+// Two hundred thousand bad messages to the real agent.
+#include "BadTraffic.h"
+
+namespace {
+
+#if defined(__SANITIZE_THREAD__)
+constexpr int kMessages = 40000;
+#else
+constexpr int kMessages = 200000;
+#endif
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+constexpr long kMemoryMore = 1024 * 1024; // what was freed is held back
+#else
+constexpr long kMemoryMore = 1024; // KiB
+#endif
+
+} // namespace
+
+TEST_F(BadTraffic, TwoHundredThousandBadMessagesLeaveTheAgentAsItWas)
+{
+    const unsigned seed = std::random_device()();
+    std::printf("seed %u\n", seed);
+    BadMessages messages(seed, WholeOnes());
+    Send(messages, kMessages / 5);
+    const SFootprint warm = SFootprint::Of(m_agent->Pid(), m_store);
+    Send(messages, kMessages - kMessages / 5);
+    ASSERT_FALSE(HasFailure());
+    const SFootprint last = SFootprint::Of(m_agent->Pid(), m_store);
+    PrintOutcome(kMessages);
+    std::printf("%ld KiB before, %ld KiB behind\n", warm.memory, last.memory);
+    EXPECT_LE(last.memory, warm.memory + kMemoryMore);
+    EXPECT_EQ(last.descriptors, warm.descriptors);
+    EXPECT_GT(m_withData, 0) << "nothing was whole";
+    EXPECT_EQ(m_agent->Kill(SIGTERM), 0);
+}

@@ -1,0 +1,25 @@
+// Whatever a datagram holds: the agent goes on, and tells nobody what he may not know.
+#include "BadTraffic.h"
+
+#include "host/wire/DatagramCheck.h"
+
+namespace {
+
+unsigned Seed()
+{
+    const unsigned seed = std::random_device()();
+    std::printf("seed %u\n", seed);
+    return seed;
+}
+
+} // namespace
+
+TEST_F(BadTraffic, AFewThousandBadMessagesChangeNothing)
+{
+    BadMessages messages(Seed(), WholeOnes());
+    Send(messages, 4000);
+    PrintOutcome(4000);
+    EXPECT_GT(m_withData, 0) << "nothing was whole";
+    EXPECT_GT(m_reports, 0);
+    EXPECT_EQ(m_agent->Kill(SIGTERM), 0);
+}
