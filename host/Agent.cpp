@@ -167,6 +167,8 @@ void Serve(const SOptions& options, const FAddModules& addModules)
                           configuration.workers ? configuration.workers
                                                 : BNetSnmpEngine::DefaultWorkers());
 
+    if (store)
+        store->RequireRead();
     if (identity)
         engine.SpeakV3(*identity, configuration.users);
     agents.Open(engine, configuration);

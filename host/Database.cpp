@@ -134,7 +134,7 @@ bool IsNew(const std::string& path, BOpenFile& file)
     if (version > BDatabase::kSchemaVersion)
         Refuse(path, "was written by a newer vkagentd (schema " + std::to_string(version) +
                          ", known here up to " + std::to_string(BDatabase::kSchemaVersion) + ")");
-    if (file.Ask("PRAGMA quick_check") != "ok" || version < 1)
+    if (file.Ask("PRAGMA integrity_check") != "ok" || version < 1)
         Refuse(path, "is damaged");
     if (!file.Has("SELECT id, section, key FROM record LIMIT 0") ||
         !file.Has("SELECT record, number, kind, value, label FROM field LIMIT 0"))

@@ -85,6 +85,8 @@ private:
 SEngineIdentity StartEngine(BStore* store)
 {
     SEngineIdentity identity = store ? Kept(*store) : SEngineIdentity{"", 0};
+    if (store)
+        store->RequireRead(); // before another identity takes the place of its own
     if (identity.id.empty())
         identity.id = MakeId();
     if (identity.boots < kMostBoots)

@@ -2,6 +2,8 @@
 // status that goes with it.
 #pragma once
 
+#include "host/OneLine.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -12,7 +14,8 @@ enum EExitStatus { eExitDone = 0, eExitStore = 1, eExitUsage = 2 };
 class BHostError : public std::runtime_error {
 public:
     BHostError(EExitStatus status, const std::string& line)
-        : std::runtime_error(line), m_status(status)
+        // What it quotes may be anything.
+        : std::runtime_error(OnOneLine(line)), m_status(status)
     {
     }
     EExitStatus Status() const { return m_status; }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <utility>
 
 namespace VLK::host {
 
@@ -77,8 +78,23 @@ int BStore::Read(BStatement& query, EFieldKind kind, TTake take)
     case BStatement::eDone:
         return eNoValue;
     default:
+        NoteUnread();
         return eFileFailed;
     }
+}
+
+// What is not read would look like what was never written.
+void BStore::NoteUnread()
+{
+    if (m_unread.empty())
+        m_unread = m_database.LastError();
+}
+
+void BStore::RequireRead()
+{
+    CLock lock(m_lock);
+    if (!m_unread.empty())
+        throw BHostError(eExitStore, "the store cannot be read: " + m_unread);
 }
 
 template <class TTake>
@@ -254,8 +270,10 @@ int BStore::GetRecordCount(const char* section)
     CLock lock(m_lock);
     BUse use(m_count);
     m_count.Bind(1, section);
-    if (m_count.Step() != BStatement::eRow)
+    if (m_count.Step() != BStatement::eRow) {
+        NoteUnread();
         return 0;
+    }
     int64_t count = m_count.Integer(0);
     return count > INT_MAX ? INT_MAX : static_cast<int>(count);
 }
@@ -310,8 +328,8 @@ bool BStore::Save(const std::vector<INVCallback*>& callbacks)
         NoteFailure(m_database.LastError());
     if (m_updateFailed)
         m_database.Execute("ROLLBACK");
-    else
-        m_failureTold = false;
+    else if (std::exchange(m_failureTold, false))
+        LogLine("the store can be written again");
     m_updating = false;
     return !m_updateFailed;
 }

@@ -7,7 +7,7 @@
 // thread, in the latter: in one transaction that is on the disk when it
 // returns. So a SET that the agent has acknowledged survives a kill and a power
 // cut, and one that was cut short leaves nothing. A save that fails changes
-// nothing in the file, and the first of a series is told on standard error.
+// nothing in the file; the first of a series is told on standard error, and its end.
 //
 // Threads: one lock inside, held while the store calls back.
 // Errors:  0 = done; 1 = no such value, or of another kind; 2 = the file failed.
@@ -55,6 +55,8 @@ public:
 
     // Whether the section was ever opened for a save, even if nothing was saved.
     bool WasSaved(const char* section);
+    // Throws BHostError when anything was not read that is there.
+    void RequireRead();
     // Starts over with nothing but one section. Throws BHostError.
     void Reset(const char* keptSection = "");
 
@@ -71,6 +73,7 @@ private:
               TBind bind);
     bool Save(const std::vector<INVCallback*>& callbacks);
     bool Run(BStatement& statement);
+    void NoteUnread();
     void NoteFailure(const std::string& why);
 
     std::recursive_mutex m_lock;
@@ -86,6 +89,7 @@ private:
     BStatement m_resetFields;
     BStatement m_resetRecords;
     std::map<std::thread::id, std::vector<INVCallback*>> m_held;
+    std::string m_unread; // why
     bool m_updating = false;
     bool m_updateFailed = false;
     bool m_failureTold = false;

@@ -4,6 +4,7 @@
 #include "host/config/ConfigTable.h"
 #include "host/config/PrivateFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -16,10 +17,48 @@ namespace {
 // More is no file that anybody wrote: a device, say.
 constexpr size_t kMostBytes = 1 << 20;
 
+// Each dot of a key is a table in a table, which the parser ends by recursion; our keys
+// have none.
+constexpr size_t kMostDots = 1000;
+
+// Behind the text (of one or three quotes) that begins there; the end when it does not
+// end.
+size_t BehindText(const std::string& text, size_t at)
+{
+    const char quote = text[at];
+    const bool isLong = text.compare(at, 3, std::string(3, quote)) == 0;
+    for (at += isLong ? 3 : 1; at < text.size(); ++at) {
+        if (quote == '"' && text[at] == '\\')
+            ++at;
+        else if (isLong ? text.compare(at, 3, std::string(3, quote)) == 0 : text[at] == quote)
+            return std::min(text.size(), text.find_first_not_of(quote, at + (isLong ? 3 : 1)));
+        else if (!isLong && text[at] == '\n')
+            return text.size(); // the parser comes no further either
+    }
+    return text.size();
+}
+
+size_t DotsOutsideTexts(const std::string& text)
+{
+    size_t dots = 0;
+    for (size_t at = 0; at < text.size();) {
+        if (text[at] == '#')
+            at = std::min(text.size(), text.find('\n', at));
+        else if (text[at] == '"' || text[at] == '\'')
+            at = BehindText(text, at);
+        else
+            dots += text[at++] == '.';
+    }
+    return dots;
+}
+
 } // namespace
 
 SConfiguration ReadConfigText(const std::string& text, const std::string& file, bool isPrivate)
 {
+    if (DotsOutsideTexts(text) > kMostDots)
+        throw BConfigError(
+            {file + ": has keys with more than " + std::to_string(kMostDots) + " dots"});
     BProblems problems(file);
     BConfigReader reader(problems, isPrivate);
     SConfiguration configuration;

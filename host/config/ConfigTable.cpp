@@ -1,7 +1,8 @@
 #include "host/config/ConfigTable.h"
 
+#include "host/OneLine.h"
+
 #include <algorithm>
-#include <cstdio>
 #include <sstream>
 #include <tuple>
 
@@ -10,37 +11,6 @@ namespace VLK::host {
 namespace {
 
 constexpr size_t kMostQuoted = 80;
-
-bool IsContinued(char byte) { return (static_cast<unsigned char>(byte) & 0xc0) == 0x80; }
-
-// The character at a place of a text in UTF-8, as it can be shown.
-std::string Shown(const std::string& text, size_t at, size_t length)
-{
-    const auto first = static_cast<unsigned char>(text[at]);
-    const auto last = static_cast<unsigned char>(text[at + length - 1]);
-    bool isControl = length == 1 ? first < ' ' || first == 0x7f : first == 0xc2 && last < 0xa0;
-    if (!isControl)
-        return text.substr(at, length);
-    char escaped[8];
-    std::snprintf(escaped, sizeof escaped, "\\u%04X", last);
-    return escaped;
-}
-
-// Up to `most` bytes and a character of a text, with nothing that moves the cursor.
-std::string OnOneLine(const std::string& text, size_t most)
-{
-    std::string line;
-    for (size_t at = 0; at < text.size();) {
-        if (line.size() >= most)
-            return line + "...";
-        size_t length = 1;
-        while (at + length < text.size() && IsContinued(text[at + length]))
-            ++length;
-        line += Shown(text, at, length);
-        at += length;
-    }
-    return line;
-}
 
 std::string ValueOf(const toml::node& node)
 {

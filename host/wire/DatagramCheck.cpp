@@ -24,7 +24,10 @@ enum ETag {
     eTrapOfV1 = 0xa4,
     eLastPdu = 0xa8
 };
+const int kMostArcs = 128;
+const int kVersion3 = 3;
 const int kUsm = 3;
+const int kPrivFlag = 2;
 
 struct SElement {
     int tag = 0;
@@ -61,7 +64,7 @@ bool TakeElement(const unsigned char*& at, const unsigned char* end, SElement& e
 bool FitsIn32Bits(const SElement& number)
 {
     if (number.length <= 4)
-        return true;
+        return number.length > 0;
     const unsigned char* low = number.content + number.length - 4;
     unsigned char sign = number.content[0];
     if (sign != 0 && (sign != 0xff || !(*low & 0x80)))
@@ -69,17 +72,21 @@ bool FitsIn32Bits(const SElement& number)
     return std::all_of(number.content, low, [=](unsigned char byte) { return byte == sign; });
 }
 
-bool ArcsFitIn32Bits(const SElement& name)
+// Its arcs have up to 32 bits each.
+bool IsName(const SElement& name)
 {
     uint64_t arc = 0;
+    int arcs = 1; // the first octet is two
     for (size_t i = 0; i < name.length; ++i) {
         arc = arc << 7 | (name.content[i] & 0x7f);
         if (arc > UINT32_MAX)
             return false;
-        if (!(name.content[i] & 0x80))
-            arc = 0;
+        if (name.content[i] & 0x80)
+            continue;
+        arc = 0;
+        ++arcs;
     }
-    return true;
+    return arcs <= kMostArcs && (name.length == 0 || !(name.content[name.length - 1] & 0x80));
 }
 
 // Whether there are elements and nothing else, and all numbers keep their value.
@@ -95,7 +102,7 @@ bool AreSound(const unsigned char* at, const unsigned char* end, int depth)
             fits = depth > kDeepest ||
                    AreSound(element.content, element.content + element.length, depth + 1);
         else if (element.tag == eObjectId)
-            fits = ArcsFitIn32Bits(element);
+            fits = IsName(element);
         else if (element.tag == eInteger || element.tag == eUnsigned ||
                  (element.tag >= eCounter && element.tag <= eTicks))
             fits = FitsIn32Bits(element);
@@ -108,7 +115,7 @@ bool AreSound(const unsigned char* at, const unsigned char* end, int depth)
 // Of up to 32 bits.
 int ValueOf(const SElement& number)
 {
-    unsigned value = number.length > 0 && number.content[0] & 0x80 ? ~0u : 0;
+    unsigned value = number.content[0] & 0x80 ? ~0u : 0;
     for (size_t i = 0; i < number.length; ++i)
         value = value << 8 | number.content[i];
     return static_cast<int>(value);
@@ -162,16 +169,18 @@ bool IsPdu(const SElement& pdu)
 bool AreUsmParameters(const SElement& octets)
 {
     SElement parts[1];
-    return Holds(octets, {eSequence}, parts) &&
+    return AreSound(octets.content, octets.content + octets.length, 1) &&
+           Holds(octets, {eSequence}, parts) &&
            Holds(parts[0], {eOctets, eInteger, eInteger, eOctets, eOctets, eOctets});
 }
 
-bool IsScopedPdu(const SElement& scoped)
+bool IsScopedPdu(const SElement& scoped, bool isEncrypted)
 {
     SElement parts[3];
-    return scoped.tag == eOctets || // encrypted
-           (scoped.tag == eSequence && Holds(scoped, {eOctets, eOctets, eAny}, parts) &&
-            IsPdu(parts[2]));
+    if (isEncrypted)
+        return scoped.tag == eOctets;
+    return scoped.tag == eSequence && Holds(scoped, {eOctets, eOctets, eAny}, parts) &&
+           IsPdu(parts[2]);
 }
 
 // RFC 3412 section 6.
@@ -181,7 +190,8 @@ bool IsMessageOfV3(const SElement& message)
     SElement header[4];
     return Holds(message, {eInteger, eSequence, eOctets, eAny}, parts) &&
            Holds(parts[1], {eInteger, eInteger, eOctets, eInteger}, header) &&
-           (ValueOf(header[3]) != kUsm || AreUsmParameters(parts[2])) && IsScopedPdu(parts[3]);
+           header[2].length == 1 && (ValueOf(header[3]) != kUsm || AreUsmParameters(parts[2])) &&
+           IsScopedPdu(parts[3], header[2].content[0] & kPrivFlag);
 }
 
 bool IsMessageOfCommunity(const SElement& message)
@@ -209,8 +219,11 @@ bool IsSound(const unsigned char* message, size_t length)
 {
     const unsigned char* at = message;
     SElement whole;
-    return TakeElement(at, message + length, whole) && at == message + length &&
-           AreSound(message, at, 1) && (IsMessageOfCommunity(whole) || IsMessageOfV3(whole));
+    if (!TakeElement(at, message + length, whole) || at != message + length ||
+        !AreSound(message, at, 1))
+        return false;
+    return MessageVersion(message, length) == kVersion3 ? IsMessageOfV3(whole)
+                                                        : IsMessageOfCommunity(whole);
 }
 
 } // namespace VLK::host

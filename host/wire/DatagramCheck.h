@@ -14,9 +14,8 @@ std::optional<int> MessageVersion(const unsigned char* message, size_t length);
 // or missing, and its numbers keep their value when they are decoded: the wire library
 // skips octets that are left over, takes some elements for others, cuts integers to 32
 // bits and wraps arcs of OIDs at 64. Says nothing about the values of bindings
-// otherwise, nor about numbers that are wrapped in octets: those of USM, and of an
-// encrypted PDU. Whoever encrypts wider numbers is an authenticated user, and gets
-// answers for the numbers that are left.
+// otherwise, nor about an encrypted PDU: whoever encrypts wider numbers is an
+// authenticated user, and gets answers for the numbers that are left.
 bool IsSound(const unsigned char* message, size_t length);
 
 } // namespace VLK::host

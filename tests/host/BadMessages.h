@@ -241,7 +241,7 @@ private:
             "%s%s%s%s%n%n", "%999999999d", "%x%x\n%p", ber::Bytes("\0%n\0", 4), "\x1b[2J\r\n",
         };
         const ber::Bytes text = OneOf(texts);
-        if (Below(2))
+        if (Below(20)) // the others take as long as the disk
             return ber::Message(1, text, 0xa0, Id(), 0, 0, ber::Binding(kDescr));
         return ber::Message(1, Below(2) ? "boss" : "public", 0xa3, Id(), 0, 0,
                             ber::Binding(kContact, ber::Tlv(4, text)));

@@ -55,7 +55,6 @@ protected:
             ber::Message(1, "public", 0xa5, BadMessages::kId, 1, 5,
                          descr + ber::Binding({1, 3, 6, 1})),
             ber::Message(1, "boss", 0xa3, BadMessages::kId, 0, 0, set),
-            ber::Message(0, "boss", 0xa3, BadMessages::kId, 0, 0, set),
         };
         v3::Request request;
         request.bindings = descr;

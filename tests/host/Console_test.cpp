@@ -184,7 +184,7 @@ TEST_F(Console, ASetThatIsNotKeptIsNotAcknowledged)
     const rlimit limit{100, 100};
     ASSERT_EQ(prlimit(agent.Pid(), RLIMIT_FSIZE, &limit, nullptr), 0);
     EXPECT_EQ(agent.Answers(SetContact("x") + "help get\n"),
-              "snmpErr: undoFail at index 0get: Get\n");
+              "snmpErr: commitFail at index 1get: Get\n");
     EXPECT_EQ(agent.Wait(), 0);
     EXPECT_EQ(Answers(kGetContact), Contact("Mr. Qwin"));
 }

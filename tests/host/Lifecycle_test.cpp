@@ -185,7 +185,7 @@ TEST_F(Lifecycle, AStoreThatCannotBeWrittenIsToldOnceAndReadsGoOn)
     for (int i = 0; i < 2; ++i) {
         Outcome set = agent.Ask("snmpset", "2c", "private", {oid::kSysContact, "s", "x"});
         EXPECT_NE(set.status, 0);
-        EXPECT_NE(set.output.find("undoFailed"), std::string::npos) << set.output;
+        EXPECT_NE(set.output.find("commitFailed"), std::string::npos) << set.output;
     }
     EXPECT_EQ(agent.Ask("snmpget", "2c", "public", {oid::kSysDescr}).status, 0);
     EXPECT_EQ(agent.Kill(SIGTERM), 0);

@@ -11,6 +11,8 @@ using namespace VLK::host;
 
 namespace {
 
+constexpr const char* kContact = "1.3.6.1.2.1.1.4.0";
+
 // What is asked in the middle of a request.
 class Inside : public IAccessControl {
 public:
@@ -55,19 +57,27 @@ protected:
         handler.Init(&time, &store);
     }
 
-    int Ask(int pduType, const char* name = "1.3.6.1.2.1.1.4.0")
+    int Ask(int pduType, const char* name = kContact, const char* text = "me")
     {
         BTransaction transaction(1);
         BTransactions* transactions = BTransactions::GetInstance();
         unsigned id = transactions->StartTransaction(&transaction);
         BVarBindList list;
         list.Append(BObjectIdentifier(BString(name)));
-        list[0].Value().SetOctets(BOctetString(BString("me")));
+        list[0].Value().SetOctets(BOctetString(BString(text)));
         index = -1;
         int status =
             handler.Query(pduType, static_cast<int>(id), BSecurityParams(), BString(), list, index);
         transactions->EndTransaction(id);
         return status;
+    }
+
+    std::string Contact()
+    {
+        BVarBindList list;
+        list.Append(BObjectIdentifier(BString(kContact)));
+        handler.Query(ePduGet, 0, BSecurityParams(), BString(), list, index);
+        return list[0].Value().ValToStr().c_str();
     }
 
     BTime time;
@@ -104,13 +114,45 @@ TEST_F(SavingHandler, ReadingIsNotHeld)
     EXPECT_EQ(saves.saves, 0);
 }
 
-TEST_F(SavingHandler, ASetThatWasNotKeptIsUndoFailedWithIndexZero)
+TEST_F(SavingHandler, ASetThatIsNotKeptIsUndoneAndCommitFailed)
 {
+    EXPECT_EQ(Ask(ePduSet), eSnmpNoError);
+    EXPECT_EQ(Contact(), "me");
     saves.works = false;
-    EXPECT_EQ(Ask(ePduSet), eSnmpUndoFailed);
-    EXPECT_EQ(index, 0);
+    EXPECT_EQ(Ask(ePduSet, kContact, "you"), eSnmpCommitFailed);
+    EXPECT_EQ(index, 1);
+    EXPECT_EQ(Contact(), "me");
+    EXPECT_FALSE(saves.held) << "the next SET would be saved with what is left of this one";
     saves.works = true;
-    EXPECT_EQ(Ask(ePduSet), eSnmpNoError) << "a later one went well";
+    EXPECT_EQ(Ask(ePduSet, kContact, "you"), eSnmpNoError) << "a later one went well";
+    EXPECT_EQ(Contact(), "you");
+}
+
+// The binding that saves is no part of the MIB, and no manager's.
+TEST_F(SavingHandler, WhatSavesIsSeenByNobody)
+{
+    EXPECT_EQ(Ask(ePduSet), eSnmpNoError);
+    int checked = 0;
+    inside.asked = [&] {
+        ++checked;
+        return 0;
+    };
+    BVarBindList list;
+    list.Append(BObjectIdentifier(BString(kContact)));
+    list[0].Value().SetOctets(BOctetString(BString("you")));
+    EXPECT_EQ(handler.Query(ePduSet, 0, BSecurityParams(), BString(), list, index), 0);
+    EXPECT_EQ(list.Count(), 1u);
+    EXPECT_EQ(checked, 1);
+    list.Clear();
+    list.Append(BObjectIdentifier(BString("4294967295")));
+    EXPECT_EQ(handler.Query(ePduGet, 0, BSecurityParams(), BString(), list, index), 0);
+    EXPECT_EQ(list[0].Value().Syntax(), eNoSuchObject);
+    for (const char* name : {"3", "4294967295"}) {
+        list.Clear();
+        list.Append(BObjectIdentifier(BString(name)));
+        EXPECT_EQ(handler.Query(ePduGetNext, 0, BSecurityParams(), BString(), list, index), 0);
+        EXPECT_EQ(list[0].Value().Syntax(), eEndOfMibView) << name;
+    }
 }
 
 TEST_F(SavingHandler, AFailedSetIsSavedTooAndItsOwnReasonCounts)

@@ -108,16 +108,45 @@ inline void ReadBindings(const ber::Bytes& list)
     }
 }
 
+inline void ReadTrap(Cursor& content)
+{
+    ReadObjectId(content.Next(6));
+    content.Next(0x40);
+    content.Number();
+    content.Number();
+    content.Next(0x43);
+    content.Next(0x30);
+    content.End();
+}
+
 inline void ReadPdu(const Element& pdu, Message& message)
 {
     message.pduType = pdu.tag;
-    Cursor::Require(pdu.tag >= 0xa0 && pdu.tag <= 0xa8 && pdu.tag != 0xa4);
+    Cursor::Require(pdu.tag >= 0xa0 && pdu.tag <= 0xa8);
     Cursor content(pdu.content);
+    if (pdu.tag == 0xa4) // of SNMPv1, and without an id
+        return ReadTrap(content);
     message.requestId = content.Number();
     content.Number();
     content.Number();
     ReadBindings(content.Next(0x30));
     content.End();
+}
+
+// RFC 3414 section 2.4; the user.
+inline ber::Bytes ReadUsm(const ber::Bytes& security)
+{
+    Cursor outer(security);
+    Cursor usm(outer.Next(0x30));
+    outer.End();
+    usm.Next(4);
+    usm.Number();
+    usm.Number();
+    const ber::Bytes user = usm.Next(4);
+    usm.Next(4);
+    usm.Next(4);
+    usm.End();
+    return user;
 }
 
 inline void ReadV3(Cursor& parts, Message& message)
@@ -128,21 +157,13 @@ inline void ReadV3(Cursor& parts, Message& message)
     const ber::Bytes flags = global.Next(4);
     Cursor::Require(flags.size() == 1);
     message.flags = flags[0];
-    global.Number();
+    const bool isUsm = global.Number() == 3;
     global.End();
     const ber::Bytes security = parts.Next(4);
     const Element scoped = parts.Next();
     parts.End();
-    Cursor outer(security);
-    Cursor usm(outer.Next(0x30));
-    outer.End();
-    usm.Next(4);
-    usm.Number();
-    usm.Number();
-    message.name = usm.Next(4);
-    usm.Next(4);
-    usm.Next(4);
-    usm.End();
+    if (isUsm)
+        message.name = ReadUsm(security);
     if (message.flags & 2)
         return Cursor::Require(scoped.tag == 4);
     Cursor::Require(scoped.tag == 0x30);
@@ -153,7 +174,7 @@ inline void ReadV3(Cursor& parts, Message& message)
     pdu.End();
 }
 
-// Nothing when it is malformed. Requests only, and messages of SNMPv3.
+// Nothing when it is malformed.
 inline std::optional<Message> Read(const ber::Bytes& datagram)
 {
     try {
