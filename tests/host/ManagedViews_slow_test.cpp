@@ -1,7 +1,7 @@
-// Views that managers change while the agent is killed, many times over.
+// What managers change while the agent is killed, many times over.
 #include "ViewKills.h"
 
-TEST(ViewsUnderKillsSlow, AHundredKillsLoseNothingAcknowledgedAndLeaveNothingHalfDone)
+TEST(UnderKillsSlow, AHundredKillsLoseNothingAcknowledgedAndLeaveNothingHalfDone)
 {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
     constexpr int kKills = 30; // these agents start slowly

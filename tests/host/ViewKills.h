@@ -1,9 +1,11 @@
-// SETs of view families against an agent that is killed at any moment.
+// SETs of view families, alarms' events and sysContact against an agent that is killed at
+// any moment, and speaks SNMPv3.
 #pragma once
 
 #include "Ber.h"
 #include "RunningAgent.h"
 #include "UdpClient.h"
+#include "V3Message.h"
 
 #include <algorithm>
 #include <deque>
@@ -12,7 +14,8 @@
 
 // Some managers change rows of their own, each with one SET on its way at a time. Every
 // SET numbers itself: it writes its number into the mask of one of its manager's rows,
-// and changes up to three others. So what a restarted agent shows there tells which SET
+// and into the owner of its event; it changes up to three other rows, and sysContact if it
+// is the first manager's. So what a restarted agent shows there tells which SET
 // was the last it kept, and every other row has to be as that SET left it.
 class ViewKills {
 public:
@@ -34,7 +37,9 @@ public:
         for (int signalNumber : {SIGKILL, SIGTERM, SIGTERM}) {
             RunningServer agent(m_line);
             ASSERT_TRUE(agent.IsReady()) << agent.Earlier() << agent.FirstLine();
-            ExpectWhole(UdpClient(agent.Port()));
+            const UdpClient client(agent.Port());
+            ExpectMoreBoots(client);
+            ExpectWhole(client);
             agent.Kill(signalNumber);
         }
     }
@@ -123,8 +128,59 @@ private:
         ber::Bytes all;
         for (const ber::Bytes& binding : bindings)
             all += binding;
+        // Behind the others, so that the rows of two tables and a scalar are one SET.
+        const ber::Bytes number = ber::Tlv(4, std::to_string(m_number));
+        all += ber::Binding(Owner(manager), number);
+        if (&manager == m_managers)
+            all += ber::Binding(kContact, number);
         ASSERT_TRUE(client.Send(ber::Message(1, "boss", 0xa3, m_number, 0, 0, all)));
         manager.states.push_back(rows);
+    }
+
+    static inline const ber::Oid kContact{1, 3, 6, 1, 2, 1, 1, 4, 0};
+
+    // eventOwner and eventStatus of the manager's event.
+    unsigned EventOf(const SManager& manager) const
+    {
+        return 1 + static_cast<unsigned>(&manager - m_managers);
+    }
+    ber::Oid Owner(const SManager& manager) const
+    {
+        return {1, 3, 6, 1, 2, 1, 16, 9, 1, 1, 6, EventOf(manager)};
+    }
+    void MakeEvents(const UdpClient& client)
+    {
+        for (const SManager& manager : m_managers) {
+            for (int status : {2, 1}) {
+                const ber::Bytes event = ber::Binding(
+                    {1, 3, 6, 1, 2, 1, 16, 9, 1, 1, 7, EventOf(manager)}, ber::Integer(status));
+                ASSERT_TRUE(client.Send(ber::Message(1, "boss", 0xa3, 0, 0, 0, event)));
+                ASSERT_EQ(ber::ReadReply(client.Receive(kPatience)).status, 0);
+            }
+        }
+        m_hasEvents = true;
+    }
+
+    ber::Bytes Value(const UdpClient& client, const ber::Oid& name)
+    {
+        EXPECT_TRUE(client.Send(ber::Message(1, "boss", 0xa0, 0, 0, 0, ber::Binding(name))));
+        const ber::Reply reply = ber::ReadReply(client.Receive(kPatience));
+        EXPECT_EQ(reply.values.size(), 1u);
+        return reply.values.empty() ? "" : reply.values[0];
+    }
+
+    // The report to a stranger tells the engine's ID and boots.
+    void ExpectMoreBoots(const UdpClient& client)
+    {
+        ASSERT_TRUE(client.Send(v3::Request().Encode()));
+        const v3::Reply report = v3::ReadReply(client.Receive(kPatience));
+        ASSERT_TRUE(report.Reports(v3::kUnknownEngineIds));
+        if (!m_engineId.empty()) {
+            EXPECT_EQ(report.engineId, m_engineId);
+        }
+        EXPECT_GT(report.boots, m_boots);
+        m_engineId = report.engineId;
+        m_boots = report.boots;
     }
 
     void KillWhileItStarts()
@@ -142,7 +198,10 @@ private:
         RunningServer agent(m_line);
         ASSERT_TRUE(agent.IsReady()) << agent.Earlier() << agent.FirstLine();
         const UdpClient client(agent.Port());
+        ExpectMoreBoots(client);
         ExpectWhole(client);
+        if (!m_hasEvents)
+            MakeEvents(client);
         const unsigned managers = 1 + Below(kManagers);
         auto sendAll = [&] {
             for (unsigned i = 0; i < managers; ++i) {
@@ -239,9 +298,19 @@ private:
     void ExpectWhole(const UdpClient& client)
     {
         const CRows all = Read(client);
-        for (SManager& manager : m_managers)
+        for (SManager& manager : m_managers) {
             ExpectWhole(manager, CRows(all.lower_bound(manager.numbered),
                                        all.lower_bound(manager.numbered + kRows)));
+            const ber::Bytes mask =
+                all.count(manager.numbered) ? all.at(manager.numbered).mask : ber::Bytes();
+            if (!m_hasEvents || mask.empty())
+                continue;
+            const ber::Bytes number = std::to_string(ber::Reader(ber::Tlv(2, mask)).Number());
+            EXPECT_EQ(Value(client, Owner(manager)), number) << "half of a SET";
+            if (&manager == m_managers) {
+                EXPECT_EQ(Value(client, kContact), number) << "half of a SET";
+            }
+        }
     }
     void ExpectWhole(SManager& manager, const CRows& seen)
     {
@@ -265,6 +334,7 @@ private:
     TempDir m_directory;
     ConfigFile m_file{"agentAddress = \"udp:127.0.0.1:0\"\n"
                       "[[view]]\nname = \"k\"\ninclude = [\"1.3.0\", \"1.3.8\", \"1.3.16\"]\n"
+                      "[[user]]\nname = \"anyone\"\nread = \"everything\"\n"
                       "[[community]]\nname = \"boss\"\nread = \"everything\"\n"
                       "write = \"everything\"\n"};
     // Places for all managers' SETs at once.
@@ -273,6 +343,9 @@ private:
                            "8"};
     SManager m_managers[kManagers];
     int m_number = 0;
+    bool m_hasEvents = false;
+    ber::Bytes m_engineId;
+    int m_boots = 0;
     int m_acknowledged = 0;
     int m_cutOff = 0;
     int m_forgotten = 0;

@@ -4,9 +4,11 @@
 //   1.3.6.1.4.1.32473.6.1.N.0  a GET waits; N from 1 to 8
 //   1.3.6.1.4.1.32473.6.2.0    a SET waits when it is committed
 //   1.3.6.1.4.1.32473.6.3.0    how many wait; -1 while the gate is open
+//   1.3.6.1.4.1.32473.6.4.0    a GET takes two seconds, whatever the gate
 #include "host/Agent.h"
 #include "host/HostError.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <csignal>
 #include <iostream>
@@ -126,6 +128,21 @@ private:
     int m_value = 0;
 };
 
+class CSleeper : public CScalar {
+public:
+    explicit CSleeper(Gate& gate) : CScalar("sleeper", "4", gate) {}
+    SRqHndlrMapEntry* GetRqHndlrMap() const override { return s_map; }
+
+private:
+    int OnGet(unsigned, int& value)
+    {
+        std::this_thread::sleep_for(std::chrono::seconds(2));
+        value = 2;
+        return eSnmpNoError;
+    }
+    static SRqHndlrMapEntry s_map[];
+};
+
 class CWaiting : public CScalar {
 public:
     explicit CWaiting(Gate& gate) : CScalar("waiting", "3", gate) {}
@@ -146,6 +163,8 @@ VKMIBH_CONSTINIT SRqHndlrMapEntry CSlowSet::s_map[] = {
     ScalarRow<eKindInteger, &CSlowSet::OnGet, &CSlowSet::OnSet>(1, "slowSet", eAsnInteger,
                                                                 eRqReadWrite),
     kRqEnd};
+VKMIBH_CONSTINIT SRqHndlrMapEntry CSleeper::s_map[] = {
+    ScalarRow<eKindInteger, &CSleeper::OnGet>(1, "sleeper", eAsnInteger, eRqReadOnly), kRqEnd};
 VKMIBH_CONSTINIT SRqHndlrMapEntry CWaiting::s_map[] = {
     ScalarRow<eKindInteger, &CWaiting::OnWaiting>(1, "waiting", eAsnInteger, eRqReadOnly), kRqEnd};
 } // namespace
@@ -157,11 +176,12 @@ int main(int argc, char** argv)
     std::list<CSlowGet> slowGets;
     CSlowSet slowSet(gate);
     CWaiting waiting(gate);
+    CSleeper sleeper(gate);
     host::SOptions options;
     if (std::optional<int> status = host::ParseOptions(argc, argv, options, std::cout))
         return *status;
     return host::RunAgent(options, [&](IMIBHandler& handler, ITrapSender&) {
-        std::vector<CScalar*> scalars{&slowSet, &waiting};
+        std::vector<CScalar*> scalars{&slowSet, &waiting, &sleeper};
         for (int i = 1; i <= 8; ++i)
             scalars.push_back(&slowGets.emplace_back(gate, i));
         for (CScalar* scalar : scalars) {
