@@ -131,7 +131,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
 {
     using namespace VLK;
     using namespace VLK::Fuzz;
-    const bool keepsNumbers = host::KeepsItsNumbers(data, size);
+    const bool isSound = host::IsSound(data, size);
     host::MessageVersion(data, size);
     const CPdu pdu = Parse(std::vector<unsigned char>(data, data + size));
     if (!pdu || !host::IsRequest(*pdu))
@@ -145,7 +145,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
     Require((request.unfitIndex == 0) == (request.unfitStatus == 0), "and its status");
     if (request.pduType == ePduSet && request.unfitStatus == 0)
         CheckValues(*pdu, request);
-    if (request.pduType == ePduSet && request.unfitStatus == 0 && keepsNumbers &&
+    if (request.pduType == ePduSet && request.unfitStatus == 0 && isSound &&
         !HasShortIdentifier(request.bindings))
         CheckRoundTrip(*pdu, request);
     return 0;

@@ -329,7 +329,7 @@ bool BStore::Save(const std::vector<INVCallback*>& callbacks)
     if (m_updateFailed)
         m_database.Execute("ROLLBACK");
     else if (std::exchange(m_failureTold, false))
-        LogLine("the store can be written again");
+        LogLine(eLogNotice, "the store can be written again");
     m_updating = false;
     return !m_updateFailed;
 }
