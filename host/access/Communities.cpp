@@ -3,14 +3,19 @@
 #include "host/access/Vacm.h"
 
 #include <algorithm>
+#include <new>
 
 namespace VLK::host {
 
 namespace {
 
+// Not a shorter one for want of memory: it would be another's.
 BString TextOf(const std::string& text)
 {
-    return BString(text.data(), static_cast<unsigned>(text.size()));
+    BString made(text.data(), static_cast<unsigned>(text.size()));
+    if (made.length() != text.size())
+        throw std::bad_alloc();
+    return made;
 }
 
 } // namespace
@@ -26,6 +31,7 @@ BSecurityParams SecurityOf(const SCommunity& community, EProtocol protocol)
 
 BCommunities::BCommunities(const std::vector<SCommunity>& communities)
 {
+    m_known.reserve(communities.size()); // not to copy names, which may fail without a word
     for (const SCommunity& community : communities) {
         m_known.push_back({community.name,
                            community.sources,

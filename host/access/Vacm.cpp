@@ -2,15 +2,20 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <tuple>
 
 namespace VLK::host {
 
 namespace {
 
+// Not a shorter one for want of memory: it would be another's.
 BString TextOf(const std::string& text)
 {
-    return BString(text.data(), static_cast<unsigned>(text.size()));
+    BString made(text.data(), static_cast<unsigned>(text.size()));
+    if (made.length() != text.size())
+        throw std::bad_alloc();
+    return made;
 }
 
 bool BeginsWith(const BString& text, const BString& prefix)
@@ -98,6 +103,13 @@ BVacm::BVacm(const std::vector<SGroup>& groups, const std::vector<std::string>& 
              BFilterTable& views)
     : m_contexts(1), m_views(&views)
 {
+    // Not to copy names, which may fail without a word.
+    m_contexts.reserve(contexts.size() + 1);
+    m_groups.reserve(groups.size());
+    size_t members = 0;
+    for (const SGroup& group : groups)
+        members += group.members.size();
+    m_members.reserve(members);
     for (const std::string& context : contexts)
         m_contexts.push_back(TextOf(context));
     for (const SGroup& group : groups) {

@@ -12,7 +12,10 @@ namespace {
 
 BString NameOf(const SView& view)
 {
-    return BString(view.name.data(), static_cast<unsigned>(view.name.size()));
+    BString name(view.name.data(), static_cast<unsigned>(view.name.size()));
+    if (name.length() != view.name.size())
+        throw std::bad_alloc();
+    return name;
 }
 
 void AddAll(BFilterTable& table, const std::vector<SView>& views, EStorageType storage)

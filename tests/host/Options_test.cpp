@@ -79,6 +79,29 @@ TEST(Options, TheConfigurationFileIsNamedAndMayJustBeChecked)
     EXPECT_TRUE(Parse({"--reset-store"}).options.resetStore);
 }
 
+TEST(Options, TheLogIsChosenByName)
+{
+    EXPECT_FALSE(Parse({}).options.log.has_value());
+    EXPECT_FALSE(Parse({}).options.logLevel.has_value());
+    EXPECT_EQ(Parse({"--log", "syslog"}).options.log, eLogSyslog);
+    EXPECT_EQ(Parse({"--log", "stderr"}).options.log, eLogStderr);
+    EXPECT_EQ(Parse({"--log-level", "error"}).options.logLevel, eLogError);
+    EXPECT_EQ(Parse({"--log-level", "warning"}).options.logLevel, eLogWarning);
+    EXPECT_EQ(Parse({"--log-level", "notice"}).options.logLevel, eLogNotice);
+    EXPECT_EQ(Parse({"--log-level", "info"}).options.logLevel, eLogInfo);
+    EXPECT_EQ(Parse({"--log-level", "debug"}).error,
+              "--log-level: 'debug' is none of error, warning, notice, info");
+    EXPECT_EQ(Parse({"--log", "Syslog"}).error, "--log: 'Syslog' is none of stderr, syslog");
+}
+
+TEST(Options, TheForegroundIsTakenAndChangesNothing)
+{
+    for (const char* option : {"-f", "--foreground"}) {
+        EXPECT_EQ(Parse({option}).error, "") << option;
+        EXPECT_FALSE(Parse({option}).status.has_value()) << option;
+    }
+}
+
 TEST(Options, BadLinesAreOneLineAndStatusTwo)
 {
     const std::vector<std::vector<const char*>> lines = {
@@ -101,6 +124,8 @@ TEST(Options, BadLinesAreOneLineAndStatusTwo)
         {"--check-config"},
         {"--check-config", "--config", "a.toml", "--reset-store"},
         {"--console", "maybe"},
+        {"--log"},
+        {"--log-level", ""},
     };
     for (const auto& line : lines) {
         Parsed parsed = Parse(line);

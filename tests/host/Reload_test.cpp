@@ -1,6 +1,7 @@
 // SIGHUP: the configuration is read again, while requests come.
 #include "Ber.h"
 #include "ReloadingAgent.h"
+#include "TrapDaemon.h"
 #include "UdpClient.h"
 
 #include <atomic>
@@ -253,6 +254,32 @@ TEST(Reload, AlarmsReadInTheNameOfTheNewCommunity)
     EXPECT_EQ(created.status, 0) << created.output;
     agent.Reload(kBoss);
     EXPECT_NE(create("3").status, 0);
+    EXPECT_EQ(agent.Kill(SIGTERM), 0);
+}
+
+// A receiver that was there before is told nothing of the reading.
+TEST(Reload, NotificationsGoToTheSinksOfTheFile)
+{
+    TrapDaemon old;
+    TrapDaemon added;
+    ASSERT_TRUE(old.IsReady());
+    ASSERT_TRUE(added.IsReady());
+    auto sink = [](const TrapDaemon& daemon) {
+        return "[[trapSink]]\naddress = \"" + daemon.Address() + "\"\ncommunity = \"traps\"\n";
+    };
+    const std::string start = "snmpEnableAuthenTraps = true\n"
+                              "[[community]]\nname = \"traps\"\nnotify = \"everything\"\n";
+    ReloadingAgent agent(start + sink(old));
+    ASSERT_TRUE(agent.IsReady()) << agent.LogText();
+    EXPECT_EQ(agent.Reload(start + sink(old) + sink(added)), Arguments{agent.ReadAgain()});
+    UdpClient(agent.Port()).Send(ber::Message(1, "x", 0xa0, 1, 0, 0, ber::Binding({1, 3})));
+    const std::string traps = ".1.3.6.1.6.3.1.1.5.";
+    const std::string first = added.Next();
+    EXPECT_NE(first.find(traps + "5"), first.npos) << "no start: " << first;
+    for (const char* trap : {"1", "5"}) {
+        const std::string next = old.Next();
+        EXPECT_NE(next.find(traps + trap), next.npos) << next;
+    }
     EXPECT_EQ(agent.Kill(SIGTERM), 0);
 }
 

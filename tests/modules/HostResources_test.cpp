@@ -455,6 +455,27 @@ TEST_F(HostResources, ATimeToLiveServesRequestsUntilItIsOver)
     EXPECT_EQ(host.Readings().disks, 3);
 }
 
+TEST_F(HostResources, AnotherTimeToLiveCountsForWhatIsThere)
+{
+    const auto read = [&] {
+        Client manager(client->handler);
+        EXPECT_EQ(manager.Get({"1.3.6.1.2.1.25.1.5.0", "1.3.6.1.2.1.25.2.3.1.6.102",
+                               "1.3.6.1.2.1.25.3.2.1.3.1"}),
+                  0);
+        return std::vector<int>{host.Readings().processes, host.Readings().disks};
+    };
+    Module(1000);
+    EXPECT_EQ(read(), (std::vector<int>{1, 1}));
+    host.Set([](SFakeHost& now) { now.milliseconds += 2000; });
+    module->SetTimeToLive(3000);
+    const int processors = host.Readings().processors;
+    EXPECT_EQ(read(), (std::vector<int>{1, 1}));
+    EXPECT_EQ(host.Readings().processors, processors);
+    module->SetTimeToLive(2000);
+    EXPECT_EQ(read(), (std::vector<int>{2, 2}));
+    EXPECT_EQ(host.Readings().processors, processors + 1);
+}
+
 TEST_F(HostResources, UptimeDateAndMemorySizeAreNeverOld)
 {
     Module(1000000);

@@ -66,6 +66,18 @@ TEST_P(InterfacesSnapshotsThatLive, AnAnswerIsAsOldAsItsQuestion)
     EXPECT_EQ(Get(kOctets), "2");
 }
 
+TEST_P(InterfacesSnapshots, AnotherTimeToLiveCountsForWhatIsThere)
+{
+    interfaces.links = {Counting(1)};
+    EXPECT_EQ(Get(kOctets), "1");
+    interfaces.links = {Counting(2)};
+    now += 2000;
+    module.SetTimeToLive(3000);
+    EXPECT_EQ(Get(kOctets), "1");
+    module.SetTimeToLive(2000);
+    EXPECT_EQ(Get(kOctets), "2");
+}
+
 TEST_P(InterfacesSnapshots, ARequestSeesOneSnapshot)
 {
     interfaces.links = {Counting(1)};

@@ -142,6 +142,20 @@ TEST(SnmpGroupAtItsStart, WhatAManagerSetsIsKeptAlsoWhenItIsTheSame)
     EXPECT_TRUE(next.Group().AreTrapsEnabled());
 }
 
+TEST_F(SnmpGroup, IsToldAnotherFirstValueUntilAManagerSetsIt)
+{
+    module.Group().SetFirst(eAuthenTrapsEnabled);
+    EXPECT_EQ(client.Get(kEnable), "1");
+    module.Group().SetFirst(eAuthenTrapsDisabled);
+    EXPECT_EQ(client.Get(kEnable), "2");
+    EXPECT_EQ(client.Set({{kEnable, Number(eAuthenTrapsDisabled)}}), 0);
+    module.Group().SetFirst(eAuthenTrapsEnabled);
+    EXPECT_EQ(client.Get(kEnable), "2");
+    CSnmpModule next(counters, &store, eAuthenTrapsEnabled);
+    next.Group().SetFirst(eAuthenTrapsEnabled);
+    EXPECT_FALSE(next.Group().AreTrapsEnabled()) << "the store says what it is";
+}
+
 TEST(SnmpGroupWithoutStore, IsSetAndNotKept)
 {
     SSnmpCounters counters;
