@@ -15,10 +15,10 @@
 #include "host/Store.h"
 #include "host/StorePath.h"
 #include "host/access/AlarmReader.h"
-#include "host/access/ReportingHandler.h"
 #include "host/agents/AuthenticationTraps.h"
 #include "host/agents/HostAgents.h"
 #include "host/config/ConfigFile.h"
+#include "host/verbs/Verbs.h"
 #include "host/wire/NetSnmpEngine.h"
 
 #include <fcntl.h>
@@ -155,10 +155,10 @@ void Serve(const SOptions& options, const FAddModules& addModules)
     BTrapGate& gate = TrapGate();
     const std::optional<SEngineIdentity> identity = StartV3(configuration, store.get());
     BModules own(configuration, identity, access, counters, store.get(), gate);
-    BMibTree tree;
-    BReportingHandler handler(access, store ? *store : static_cast<ISetSaves&>(noSaves), &tree);
+    BRegions regions;
+    BWatchingHandler handler(access, store ? *store : static_cast<ISetSaves&>(noSaves), regions);
     handler.Init(&time, store.get());
-    own.Register(handler, *handler.SystemGroup(), tree);
+    own.Register(handler, *handler.SystemGroup(), regions);
     BHostAgents agents(time, access, gate);
     addModules(handler, gate);
     BAuthenticationTraps failures(own.Snmp(), gate);
@@ -174,7 +174,9 @@ void Serve(const SOptions& options, const FAddModules& addModules)
     agents.Open(engine, configuration);
     for (const BTransportAddress& address : agents.Addresses())
         LogLine(eLogNotice, "ready on " + address.ToString());
-    std::vector<ICmdHandler*> commands{&handler, &agents.Commands()};
+    BVerbs verbs({handler, regions, access, dispatcher.Stats(), [&] { return engine.Load(); },
+                  [&] { return agents.Totals(); }});
+    std::vector<ICmdHandler*> commands{&handler, &agents.Commands(), &verbs};
     SRun run(agents);
     BAlarmReader alarmReader(handler, access);
     modules::CAlarmRun sampling(own.Alarms(), alarmReader);

@@ -110,8 +110,11 @@ bool BDispatcher::Handle(SRequest& request, SResponse& response)
 {
     const BRightsOfRequest rights(m_access); // all of it decides by them
     std::optional<SAsker> asker = Admit(request, *rights);
-    if (!asker)
+    if (!asker) {
+        m_stats.CountUnanswered();
         return false;
+    }
+    m_stats.CountRequest(request.pduType, request.protocol);
     response = SResponse();
     if (IsContextUnknown(request, *asker)) {
         response.isContextUnknown = true;
@@ -122,6 +125,7 @@ bool BDispatcher::Handle(SRequest& request, SResponse& response)
         return false;
     CountBadUse(request, *asker, response);
     Finish(request, fitsEcho, response);
+    m_stats.CountStatus(response.status);
     return true;
 }
 
@@ -162,6 +166,7 @@ void BDispatcher::AnswerInstead(int status, const SRequest& request, SResponse& 
     response = SResponse();
     response.status = status;
     Finish(request, true, response);
+    m_stats.CountStatus(response.status);
 }
 
 // The answers take the places of the request's bindings.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/Engine.h"
+#include "host/RequestStats.h"
 #include "host/access/Access.h"
 #include "modules/SnmpCounters.h"
 
@@ -21,7 +22,7 @@ public:
 // form of its protocol version.
 //
 // Ownership: what it is given outlives it.
-// Threads:   unchanging after construction; as safe side by side as Query() is.
+// Threads:   only counts after construction; as safe side by side as Query() is.
 class BDispatcher : public IRequestHandler {
 public:
     // Nobody needs to be told of failures.
@@ -30,6 +31,7 @@ public:
 
     bool Handle(SRequest& request, SResponse& response) override;
     void AnswerInstead(int status, const SRequest& request, SResponse& response) override;
+    const BRequestStats& Stats() const { return m_stats; }
 
 private:
     // Who asks, and in which context.
@@ -52,6 +54,7 @@ private:
     BAccess& m_access;
     modules::SSnmpCounters& m_counters;
     IAuthenticationFailures* m_failures;
+    BRequestStats m_stats;
 };
 
 } // namespace VLK::host

@@ -29,6 +29,15 @@ struct STraffic {
     std::atomic<unsigned> overload{0}; // dropped for want of a thread
 };
 
+// What an engine is at, at one moment.
+struct SEngineLoad {
+    unsigned workers = 0; // requests that may be at work at once
+    unsigned late = 0;    // of them, those that keep a thread while another serves
+    bool isSetAtWork = false;
+    unsigned waitingSets = 0; // for the one at work
+    unsigned mostWaitingSets = 0;
+};
+
 class IEngine : public INotifier {
 public:
     // Starts listening; returns the address as it is, also for port 0. Throws

@@ -54,6 +54,8 @@ public:
     // Whether the thread that has begun still has the role. If not, `serve` returns,
     // once it has delivered its result.
     bool End(int64_t ticket);
+    // Whether the work that has begun so has lost its thread the role; on that thread.
+    bool IsLate(int64_t ticket) const { return m_begun != ticket; }
 
     // Whether work can begin. Where all threads are late it waits the grace for one,
     // as they may only lack a processor; but not again before one has come back.

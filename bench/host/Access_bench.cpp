@@ -6,7 +6,7 @@
 #include "host/Dispatcher.h"
 #include "host/Options.h"
 #include "host/RequestTransaction.h"
-#include "host/access/ReportingHandler.h"
+#include "host/verbs/WatchingHandler.h"
 
 namespace VLK::host {
 namespace {
@@ -19,11 +19,12 @@ public:
 
 constexpr const char* kSysServices = "1.3.6.1.2.1.1.7.0";
 
-// `public` reads everything; `rows` more subtrees of a view that nobody asks for.
+// `public` reads everything, `private` writes it too; `rows` more subtrees of a view that nobody
+// asks for.
 SConfiguration WithPublic(int rows)
 {
     SOptions options;
-    options.communities = {{"public", false}};
+    options.communities = {{"public", false}, {"private", true}};
     SConfiguration configuration = Configure(options);
     SView other;
     other.name = "other";
@@ -85,19 +86,35 @@ void QueryGet(benchmark::State& state)
 }
 BENCHMARK(QueryGet);
 
+// A dispatcher and what is behind it, without the wire and a store. Modules are watched,
+// and a request has its clock, as in the agent.
+struct SServing {
+    NoSaves saves;
+    BAccess access{WithPublic(0), nullptr};
+    BRegions regions;
+    BWatchingHandler handler{access, saves, regions};
+    modules::SSnmpCounters counters;
+    BDispatcher dispatcher{handler, access, counters};
+
+    BRelay relay{1, std::chrono::hours(1)};
+    const int64_t ticket = relay.Begin();
+
+    SServing() { handler.Init(nullptr, nullptr); }
+    bool Handle(SRequest& request, SResponse& response)
+    {
+        const BRequestClock clock(&relay, ticket);
+        return dispatcher.Handle(request, response);
+    }
+};
+
 void DispatchGet(benchmark::State& state)
 {
-    NoSaves saves;
-    BAccess access(WithPublic(0), nullptr);
-    BReportingHandler handler(access, saves);
-    handler.Init(nullptr, nullptr);
-    modules::SSnmpCounters counters;
-    BDispatcher dispatcher(handler, access, counters);
+    SServing serving;
     SRequest request = GetOf(kSysServices);
     SResponse response;
     const AllocScope allocs(state);
     for (auto _ : state) {
-        if (!dispatcher.Handle(request, response) || response.bindings.size() != 1)
+        if (!serving.Handle(request, response) || response.bindings.size() != 1)
             state.SkipWithError("GET failed");
         // The answer took the place of the request's binding: it is put back.
         request.bindings[0] = std::move(response.bindings[0]);
@@ -105,6 +122,38 @@ void DispatchGet(benchmark::State& state)
     }
 }
 BENCHMARK(DispatchGet);
+
+// Ten steps through the system group.
+void DispatchBulk(benchmark::State& state)
+{
+    SServing serving;
+    SResponse response;
+    const AllocScope allocs(state);
+    for (auto _ : state) {
+        SRequest request = GetOf("1.3.6.1.2.1.1");
+        request.pduType = ePduGetBulk;
+        request.maxRepetitions = 10;
+        if (!serving.Handle(request, response) || response.bindings.size() != 10)
+            state.SkipWithError("GETBULK failed");
+    }
+}
+BENCHMARK(DispatchBulk);
+
+void DispatchSet(benchmark::State& state)
+{
+    SServing serving;
+    SRequest request = GetOf("1.3.6.1.2.1.1.4.0");
+    request.pduType = ePduSet;
+    request.community = "private";
+    request.bindings[0].Value().SetOctets(BString("someone@example.org"));
+    SResponse response;
+    const AllocScope allocs(state);
+    for (auto _ : state) {
+        if (!serving.Handle(request, response) || response.status != eSnmpNoError)
+            state.SkipWithError("SET failed");
+    }
+}
+BENCHMARK(DispatchSet);
 
 } // namespace
 } // namespace VLK::host

@@ -10,6 +10,16 @@ thread_local const BRightsOfRequest* t_innermost = nullptr;
 
 } // namespace
 
+std::vector<SKnownUser> UsersOf(const SConfiguration& configuration)
+{
+    std::vector<SKnownUser> users;
+    if (configuration.SpeaksV3()) {
+        for (const SUser& user : configuration.users)
+            users.push_back({user.name, user.StrongestLevel()});
+    }
+    return users;
+}
+
 BAccess::BAccess(const SConfiguration& configuration, BStore* store)
     : m_store(store), m_views(store, kViewSection),
       m_rights(std::make_shared<SRights>(configuration, m_views))

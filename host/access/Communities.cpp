@@ -42,12 +42,31 @@ BCommunities::BCommunities(const std::vector<SCommunity>& communities)
                      [](const SKnown& a, const SKnown& b) { return a.name < b.name; });
 }
 
+const BCommunities::SKnown* BCommunities::KnownAs(const std::string& name) const
+{
+    auto isBefore = [](const SKnown& known, const std::string& wanted) {
+        return known.name < wanted;
+    };
+    auto found = std::lower_bound(m_known.begin(), m_known.end(), name, isBefore);
+    return found == m_known.end() || found->name != name ? nullptr : &*found;
+}
+
+std::optional<SCommunity> BCommunities::Find(const std::string& name) const
+{
+    const SKnown* known = KnownAs(name);
+    if (!known)
+        return std::nullopt;
+    const BString& security = known->requester.v1.securityName;
+    const BString& context = known->requester.context;
+    return SCommunity{name, std::string(security.c_str(), security.length()),
+                      std::string(context.c_str(), context.length()), known->sources};
+}
+
 const SRequester* BCommunities::Admit(const std::string& community, const BTransportAddress& source,
                                       EAdmission& admission) const
 {
-    auto isBefore = [](const SKnown& known, const std::string& name) { return known.name < name; };
-    auto found = std::lower_bound(m_known.begin(), m_known.end(), community, isBefore);
-    if (found == m_known.end() || found->name != community) {
+    const SKnown* found = KnownAs(community);
+    if (!found) {
         admission = eUnknownCommunity;
         return nullptr;
     }

@@ -4,6 +4,7 @@
 #include "host/Request.h"
 #include "host/access/Network.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 #include <vkmibh/transactions.h>
@@ -48,12 +49,17 @@ public:
     const SRequester* Admit(const std::string& community, const BTransportAddress& source,
                             EAdmission& admission) const;
 
+    // As it was configured; nothing when there is none of the name.
+    std::optional<SCommunity> Find(const std::string& name) const;
+
 private:
     struct SKnown {
         std::string name;
         std::vector<BNetwork> sources;
         SRequester requester;
     };
+    const SKnown* KnownAs(const std::string& name) const;
+
     std::vector<SKnown> m_known; // by name
 };
 

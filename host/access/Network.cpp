@@ -61,8 +61,7 @@ std::string BNetwork::Parse(const std::string& text)
     std::memcpy(whole, parsed.m_bytes, sizeof whole);
     ClearFrom(parsed.m_bytes, parsed.m_bits);
     if (std::memcmp(whole, parsed.m_bytes, sizeof whole) != 0)
-        return "goes beyond its prefix: the network is " + TextOf(parsed.m_v6, parsed.m_bytes) +
-               "/" + std::to_string(parsed.m_bits);
+        return "goes beyond its prefix: the network is " + parsed.ToString();
 
     BTransportAddress address = BTransportAddress::V6(parsed.m_bytes, 0);
     const unsigned char* v4 = address.V4Bytes();
@@ -73,6 +72,11 @@ std::string BNetwork::Parse(const std::string& text)
     }
     *this = parsed;
     return "";
+}
+
+std::string BNetwork::ToString() const
+{
+    return TextOf(m_v6, m_bytes) + "/" + std::to_string(m_bits);
 }
 
 bool BNetwork::Holds(const BTransportAddress& address) const

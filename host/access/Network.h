@@ -16,6 +16,8 @@ public:
     // that follow the quoted text; empty when it is not.
     std::string Parse(const std::string& text);
     bool Holds(const BTransportAddress& address) const;
+    // The form that Parse() reads, with its bits.
+    std::string ToString() const;
 
     // 127.0.0.0/8 and ::1.
     static std::vector<BNetwork> ThisMachine();

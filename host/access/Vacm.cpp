@@ -1,5 +1,7 @@
 #include "host/access/Vacm.h"
 
+#include "host/access/ViewChoice.h"
+
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -65,6 +67,18 @@ struct BVacm::SEntry {
                std::make_tuple(other.model != eModelAny, other.context.length(), other.level);
     }
 
+    SAccess AsConfigured() const
+    {
+        SAccess access;
+        access.context.assign(context.c_str(), context.length());
+        access.isPrefix = isPrefix;
+        access.model = static_cast<ESecurityModel>(model);
+        access.level = static_cast<ESecurityLevel>(level);
+        for (int type : {eViewRead, eViewWrite, eViewNotify})
+            access.views[type].assign(views[type].c_str(), views[type].length());
+        return access;
+    }
+
     BString context;
     bool isPrefix;
     int model;
@@ -125,6 +139,16 @@ BVacm::BVacm(const std::vector<SGroup>& groups, const std::vector<std::string>& 
 
 BVacm::~BVacm() = default;
 
+std::optional<SAccess> BVacm::EntryFor(const BSecurityParams& security,
+                                       const BString& context) const
+{
+    const SGroupEntries* group = GroupOf(security);
+    const SEntry* entry = group ? group->Select(security, context) : nullptr;
+    if (!entry)
+        return std::nullopt;
+    return entry->AsConfigured();
+}
+
 const BVacm::SGroupEntries* BVacm::GroupOf(const BSecurityParams& security) const
 {
     auto isBefore = [](const SMembership& member, const BSecurityParams& wanted) {
@@ -176,6 +200,11 @@ auto BVacm::AskViews(TAsk ask) const
         if (m_views == views)
             return answer;
     }
+}
+
+SViewChoice BVacm::ChooseRow(const std::string& view, const BObjectIdentifier& name) const
+{
+    return AskViews([&](BFilterTable& views) { return host::ChooseRow(views, view, name); });
 }
 
 bool BVacm::IsShown(const BString& view, const BObjectIdentifier& name) const

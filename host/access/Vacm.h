@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 #include <vkmibh/filter.h>
@@ -49,6 +50,8 @@ enum EVacmAnswer {
     eVacmNotInView
 };
 
+struct SViewChoice;
+
 // An answer, and how far the question came; null where it did not.
 struct SVacmDecision {
     EVacmAnswer answer = eVacmNoSuchContext;
@@ -91,6 +94,11 @@ public:
     // From now on it decides by that copy of the views, which are then changed for
     // others; a second copy is not taken. One at a time.
     void KeepViews(std::unique_ptr<BFilterTable> copy);
+
+    // For whoever wants to show it: the access entry that decides, nothing when there is
+    // none, and the row of a view.
+    std::optional<SAccess> EntryFor(const BSecurityParams& security, const BString& context) const;
+    SViewChoice ChooseRow(const std::string& view, const BObjectIdentifier& name) const;
 
 private:
     struct SEntry;

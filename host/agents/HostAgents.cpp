@@ -149,4 +149,24 @@ std::vector<BTransportAddress> BHostAgents::Addresses() const
     return addresses;
 }
 
+SAgentTotals BHostAgents::Totals()
+{
+    SAgentTotals totals;
+    for (const std::shared_ptr<BListenAgent>& agent : m_listening)
+        totals.overload += agent->Traffic().overload;
+    std::lock_guard<std::mutex> lock(m_changes);
+    for (const SSink& sink : m_sinks) {
+        const SDelivery& delivery = sink.agent->Delivery();
+        ++totals.receivers;
+        totals.sent += delivery.sent;
+        totals.failed += delivery.failed;
+        totals.notShown += sink.agent->NotShown();
+        totals.overflowed += delivery.overflowed;
+        totals.acknowledged += delivery.acknowledged;
+        totals.retried += delivery.retried;
+        totals.givenUp += delivery.givenUp;
+    }
+    return totals;
+}
+
 } // namespace VLK::host

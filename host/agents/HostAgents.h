@@ -16,6 +16,19 @@
 
 namespace VLK::host {
 
+// Of all addresses and all receivers together.
+struct SAgentTotals {
+    uint64_t overload = 0; // requests dropped for want of a thread
+    uint64_t receivers = 0;
+    uint64_t sent = 0;
+    uint64_t failed = 0;
+    uint64_t notShown = 0;
+    uint64_t overflowed = 0;
+    uint64_t acknowledged = 0;
+    uint64_t retried = 0;
+    uint64_t givenUp = 0;
+};
+
 // Start() opens the gate and raises coldStart; Stop() closes it.
 //
 //   BHostAgents agents(time, access, gate);
@@ -49,6 +62,9 @@ public:
     // As it is now.
     std::shared_ptr<BAgents> Registry() const { return m_list.Registry(); }
     ICmdHandler& Commands() { return m_list; }
+
+    // Of those that are there now. On any thread, once they are open.
+    SAgentTotals Totals();
 
 private:
     struct SSink {

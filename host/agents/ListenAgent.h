@@ -20,6 +20,7 @@ public:
 
     // As it is, also for port 0.
     const BTransportAddress& Address() const { return m_address; }
+    const STraffic& Traffic() const { return m_traffic; }
 
     int SendTrap(const BTrap& trap, int flag) override;
     int Init(int flag) override;

@@ -28,6 +28,8 @@ public:
     const STrapSink& Sink() const { return m_sink; }
     // Sends nothing from here on.
     void Leave() { m_notifier.RemoveReceiver(m_receiver); }
+    const SDelivery& Delivery() const { return *m_delivery; }
+    unsigned NotShown() const { return m_notShown; }
 
     int SendTrap(const BTrap& trap, int flag) override;
     int Init(int flag) override;

@@ -3,6 +3,7 @@
 #include "host/HostError.h"
 #include "host/LimitedLog.h"
 #include "host/Relay.h"
+#include "host/verbs/RequestClock.h"
 #include "host/wire/Convert.h"
 #include "host/wire/MessageReader.h"
 #include "host/wire/NetSnmpReceivers.h"
@@ -104,6 +105,7 @@ struct BNetSnmpEngine::SState {
     std::mutex sets;
     std::deque<SArrival> queuedSets; // under that lock
     bool isSetAtWork = false;        // under that lock
+    const BRelay* serving = nullptr; // under that lock; while there is one
 };
 
 namespace {
@@ -284,7 +286,11 @@ bool BNetSnmpEngine::SState::Answer(BRelay* relay, SArrival& arrival)
 {
     SResponse response;
     int64_t ticket = relay ? relay->Begin() : 0;
-    bool isAnswered = Run(arrival, response);
+    bool isAnswered;
+    {
+        const BRequestClock clock(relay, ticket);
+        isAnswered = Run(arrival, response);
+    }
     bool isRole = relay && relay->End(ticket);
     std::lock_guard<std::mutex> lock(wire);
     if (isAnswered)
@@ -427,9 +433,34 @@ BTransportAddress BNetSnmpEngine::Open(const BTransportAddress& address, STraffi
     return m_state->sessions.back()->address;
 }
 
+// Lets the relay be asked about for as long as it is there.
+struct BNetSnmpEngine::SServingRelay {
+    SServingRelay(SState& engine, const BRelay& relay) : state(engine) { Set(&relay); }
+    ~SServingRelay() { Set(nullptr); }
+    void Set(const BRelay* relay)
+    {
+        std::lock_guard<std::mutex> lock(state.sets);
+        state.serving = relay;
+    }
+    SState& state;
+};
+
+SEngineLoad BNetSnmpEngine::Load() const
+{
+    std::lock_guard<std::mutex> lock(m_state->sets);
+    SEngineLoad load;
+    load.workers = m_state->workers;
+    load.late = m_state->serving ? m_state->serving->Late() : 0;
+    load.waitingSets = static_cast<unsigned>(m_state->queuedSets.size());
+    load.mostWaitingSets = kMostQueuedSets;
+    load.isSetAtWork = m_state->isSetAtWork;
+    return load;
+}
+
 void BNetSnmpEngine::Serve(int stopDescriptor)
 {
     BRelay relay(m_state->workers, kPatience);
+    const SServingRelay serving(*m_state, relay);
     relay.Run([&] { m_state->Serve(relay, stopDescriptor); });
     m_state->queuedSets.clear();
 }

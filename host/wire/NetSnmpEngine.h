@@ -47,11 +47,14 @@ public:
     void RemoveReceiver(unsigned receiver) override;
     void Notify(unsigned receiver, SNotification notification) override;
     void Serve(int stopDescriptor) override;
+    // On any thread.
+    SEngineLoad Load() const;
 
 private:
     struct SArrival;
     struct SSession;
     struct SState;
+    struct SServingRelay;
     std::unique_ptr<SState> m_state;
 };
 

@@ -71,9 +71,14 @@ TEST_F(Console, AllCommandsAreListed)
               " clivacm        [secName [secModel [secLevel [contextName]]]]\n"
               " agents         -l | -s | -r\n"
               " agparams       [<agentName>]\n"
+              " explain        <oid> [<community> [v1 | v2c] | <user> [v3 [<level> "
+              "[<context>]]]]\n"
               " get            <oid> [<oid> ...] [-aIpAddress]\n"
               " getnext        <oid> [<oid> ...] [-aIpAddress]\n"
+              " lastset\n"
+              " owners         [<oid>]\n"
               " set            <oid> <tag> <value> [<oid> <tag> <value> ...] [-aIpAddress]\n"
+              " stats\n"
               "\n");
 }
 
