@@ -57,8 +57,6 @@ BStopSignals::BStopSignals(EHangup hangup)
     : m_signals(BlockAndOpen(Ending(hangup))), m_hangups(BlockAndOpen(Read(hangup))),
       m_request(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), m_either(epoll_create1(EPOLL_CLOEXEC))
 {
-    if (hangup == eHangupIsRead)
-        signal(SIGHUP, SIG_DFL); // what is ignored is not read either
     // A write that cannot be done shall fail, not end the agent.
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);
