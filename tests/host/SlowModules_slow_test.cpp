@@ -80,7 +80,7 @@ TEST_F(SlowModule, DelaysNoFastRequest)
                     "times), worst %.1f us\n",
                     alone.median, alone.worst, beside.median, beside.median / alone.median,
                     beside.worst);
-        isQuick = beside.median < 4 * alone.median && beside.worst < 1e6;
+        isQuick = beside.median < 4 * alone.median && beside.worst < 1.9e6;
     }
     EXPECT_TRUE(isQuick);
 }
