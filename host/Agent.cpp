@@ -17,6 +17,7 @@
 #include "host/access/AlarmReader.h"
 #include "host/agents/AuthenticationTraps.h"
 #include "host/agents/HostAgents.h"
+#include "host/agents/TargetSaves.h"
 #include "host/config/ConfigFile.h"
 #include "host/verbs/Verbs.h"
 #include "host/wire/NetSnmpEngine.h"
@@ -155,11 +156,12 @@ void Serve(const SOptions& options, const FAddModules& addModules)
     BTrapGate& gate = TrapGate();
     const std::optional<SEngineIdentity> identity = StartV3(configuration, store.get());
     BModules own(configuration, identity, access, counters, store.get(), gate);
+    BHostAgents agents(time, access, gate, own.Targets());
+    BTargetSaves saves(store ? *store : static_cast<ISetSaves&>(noSaves), agents);
     BRegions regions;
-    BWatchingHandler handler(access, store ? *store : static_cast<ISetSaves&>(noSaves), regions);
+    BWatchingHandler handler(access, saves, regions);
     handler.Init(&time, store.get());
     own.Register(handler, *handler.SystemGroup(), regions);
-    BHostAgents agents(time, access, gate);
     addModules(handler, gate);
     BAuthenticationTraps failures(own.Snmp(), gate);
     BDispatcher dispatcher(handler, access, counters, &failures);

@@ -37,7 +37,7 @@ BModules::BModules(const SConfiguration& configuration,
                    const std::optional<SEngineIdentity>& engine, BAccess& access,
                    modules::SSnmpCounters& counters, BStore* store, ITrapSender& traps)
     : m_snmp(counters, store, AuthenTrapsOf(configuration)), m_views(access.Views(), store),
-      m_interfaces(traps, store, {configuration.timeToLive}),
+      m_targets(store, counters), m_interfaces(traps, store, {configuration.timeToLive}),
       m_hostResources(m_host, configuration.timeToLive),
       m_alarms(traps, store, {}, [this] { return m_upTime.Ticks(); })
 {
@@ -69,6 +69,7 @@ void BModules::Register(IMIBHandler& handler, BMib2System& system, BMibTree& tre
     RegisterResources(handler, system, tree);
     AddGroup(handler, m_snmp);
     AddGroup(handler, m_views);
+    AddGroup(handler, m_targets);
     AddGroup(handler, m_interfaces);
     AddGroup(handler, m_hostResources);
     AddGroup(handler, m_alarms);

@@ -12,6 +12,7 @@
 #include "modules/hostresources/ProcHostSource.h"
 #include "modules/interfaces/InterfacesModule.h"
 #include "modules/rmon/AlarmModule.h"
+#include "modules/targets/TargetModule.h"
 
 #include <optional>
 #include <vkmibh/agents.h>
@@ -35,6 +36,7 @@ public:
 
     const modules::CSnmpGroup& Snmp() const { return m_snmp.Group(); }
     modules::CAlarmModule& Alarms() { return m_alarms; }
+    modules::CTargetRows& Targets() { return m_targets.Rows(); }
 
 private:
     void RegisterResources(IMIBHandler& handler, BMib2System& system, BMibTree& tree);
@@ -42,6 +44,7 @@ private:
     BSysUpTime m_upTime;
     modules::CSnmpModule m_snmp;
     modules::CViewModule m_views;
+    modules::CTargetModule m_targets;
     modules::CInterfacesModule m_interfaces;
     modules::CProcHostSource m_host;
     modules::CHostResourcesModule m_hostResources;

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <vkmibh/labels.h>
 #include <vkmibh/traps.h>
 
 namespace VLK::host {
@@ -23,8 +24,11 @@ struct SNotification {
 struct SReceiver {
     BTransportAddress address;
     EProtocol protocol = eSnmpV2c;
-    std::string community;
-    bool isInform = false; // with SNMPv2c only
+    std::string community; // SNMPv1 and SNMPv2c
+    // SNMPv3: a user of this agent, and the level of the message.
+    std::string user;
+    ESecurityLevel level = eNoAuthNoPriv;
+    bool isInform = false; // not with SNMPv1
     // Of informs: how long an answer is waited for, and how often it is asked
     // again.
     std::chrono::milliseconds timeout{15000};

@@ -64,6 +64,7 @@ void BReload::Apply(const SConfiguration& configuration)
         m_parts.access.Replace(configuration);
         m_parts.modules.Replace(configuration);
     });
+    m_parts.agents.SetUsers(configuration.v3 ? configuration.users : std::vector<SUser>());
     m_parts.agents.SetSinks(configuration.trapSinks);
     SetLog(configuration.log, configuration.logLevel);
     TellOfStart(configuration);

@@ -7,6 +7,8 @@ namespace {
 constexpr modules::SResource kAlways[] = {
     {"1.3.6.1.6.3.1.2.1.3", "SNMPv2-MIB: the system and snmp groups (RFC 3418)"},
     {"1.3.6.1.6.3.16.2.1.1", "SNMP-VIEW-BASED-ACM-MIB: the MIB views (RFC 3415)"},
+    {"1.3.6.1.6.3.12.3.1.1", "SNMP-TARGET-MIB: where notifications go (RFC 3413)"},
+    {"1.3.6.1.6.3.13.3.1.1", "SNMP-NOTIFICATION-MIB: who is sent notifications (RFC 3413)"},
     {"1.3.6.1.2.1.31.2.2.3", "IF-MIB: network interfaces (RFC 2863)"},
     {"1.3.6.1.2.1.25.7.2.1", "HOST-RESOURCES-MIB: system, storage and processors (RFC 2790)"},
     {"1.3.6.1.2.1.16.20.9.1", "RMON-MIB: the alarm and event groups (RFC 2819)"},

@@ -20,6 +20,8 @@ struct SSnmpCounters {
     CCounter silentDrops{0};
     CCounter proxyDrops{0};
 
+    CCounter unknownContexts{0}; // RFC 3413, SNMP-TARGET-MIB
+
     CCounter unknownSecurityModels{0};
     CCounter invalidMsgs{0};
     CCounter unknownPDUHandlers{0};

@@ -1,9 +1,7 @@
 #include "modules/ViewTreeFamily.h"
 
-#include <climits>
 #include <memory>
 #include <new>
-#include <random>
 #include <utility>
 
 namespace VLK::modules {
@@ -351,40 +349,5 @@ VKMIBH_CONSTINIT SRqHndlrMapEntry CViewSpinLock::s_map[] = {
     ScalarRow<eKindInteger, &CViewSpinLock::OnGet, &CViewSpinLock::OnSet>(
         0, "vacmViewSpinLock", eAsnInteger, eRqReadWrite),
     kRqEnd};
-
-const SConstraintMapEntry CViewSpinLock::s_constraints[] = {
-    {eConstraintConvention, 0, cszTestAndIncr, 0, 0}, kConstraintEnd};
-
-CViewSpinLock::CViewSpinLock(int value)
-    : BMibScalarImpl(BString("SNMP-VIEW-BASED-ACM-MIB.vacmViewSpinLock"),
-                     BObjectIdentifier(BString("1.3.6.1.6.3.16.1.5.1"))),
-      m_value(value)
-{
-}
-
-int CViewSpinLock::AnyValue() { return static_cast<int>(std::random_device()() & INT_MAX); }
-
-int CViewSpinLock::OnGet(unsigned, int& value)
-{
-    value = m_value;
-    return eSnmpNoError;
-}
-
-int CViewSpinLock::OnSet(ESnmpSetOpCode op, unsigned, int value, void** slot)
-{
-    // Commit looks again: another SET may have come between, if they are not
-    // serialised, or another binding of this one.
-    if (op == eSetTest)
-        return value == m_value ? eSnmpNoError : eSnmpInconsistentValue;
-    if (op == eSetCommit) {
-        if (value != m_value || !slot)
-            return eSnmpCommitFailed;
-        *slot = this; // it counted
-        m_value = value == INT_MAX ? 0 : value + 1;
-    } else if (op == eSetUndo && slot && *slot) {
-        m_value = value;
-    }
-    return eSnmpNoError;
-}
 
 } // namespace VLK::modules

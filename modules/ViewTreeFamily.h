@@ -1,6 +1,8 @@
 // vacmViewTreeFamilyTable and vacmViewSpinLock (RFC 3415 section 4).
 #pragma once
 
+#include "modules/SpinLock.h"
+
 #include <vkmibh/filter.h>
 #include <vkmibh/impl.h>
 
@@ -94,25 +96,16 @@ private:
     BMapOid2Ptr m_asked;
 };
 
-// An advisory lock for managers that edit views together (TestAndIncr, RFC 2579):
-// it takes only the value it has, and then counts on. What it was before a restart
-// is not kept: it has to start anywhere, so that whoever read it then is refused.
-class CViewSpinLock : public BMibScalarImpl {
+class CViewSpinLock : public CSpinLock {
 public:
-    explicit CViewSpinLock(int value = AnyValue());
-
+    explicit CViewSpinLock(int value = AnyValue())
+        : CSpinLock("SNMP-VIEW-BASED-ACM-MIB.vacmViewSpinLock", "1.3.6.1.6.3.16.1.5.1", value)
+    {
+    }
     SRqHndlrMapEntry* GetRqHndlrMap() const override { return s_map; }
-    const SConstraintMapEntry* GetConstraintMap() const override { return s_constraints; }
 
 private:
-    int OnGet(unsigned id, int& value);
-    int OnSet(ESnmpSetOpCode op, unsigned id, int value, void** slot);
-    static int AnyValue();
-
     static SRqHndlrMapEntry s_map[];
-    static const SConstraintMapEntry s_constraints[];
-
-    int m_value;
 };
 
 // Both, to be registered together.

@@ -62,6 +62,15 @@ std::optional<SCommunity> BCommunities::Find(const std::string& name) const
                       std::string(context.c_str(), context.length()), known->sources};
 }
 
+const std::string* BCommunities::NameOf(const std::string& securityName) const
+{
+    const BString wanted = TextOf(securityName);
+    auto found = std::find_if(m_known.begin(), m_known.end(), [&](const SKnown& known) {
+        return known.requester.context.empty() && known.requester.v2c.securityName == wanted;
+    });
+    return found == m_known.end() || securityName.empty() ? nullptr : &found->name;
+}
+
 const SRequester* BCommunities::Admit(const std::string& community, const BTransportAddress& source,
                                       EAdmission& admission) const
 {

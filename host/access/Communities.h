@@ -45,6 +45,9 @@ public:
 
     explicit BCommunities(const std::vector<SCommunity>& communities);
 
+    // The community of that security name in the default context (RFC 3584 section
+    // 5.2.3), of several the first by name; null for none.
+    const std::string* NameOf(const std::string& securityName) const;
     // The requester, or null, and why.
     const SRequester* Admit(const std::string& community, const BTransportAddress& source,
                             EAdmission& admission) const;

@@ -28,10 +28,26 @@ std::string FreeName(const std::string& name, const std::vector<TNamed>& taken)
     return unique;
 }
 
+template <class TRows>
+void EraseReadOnly(TRows& rows)
+{
+    for (auto at = rows.begin(); at != rows.end();)
+        at = at->second.storage == eStorageReadOnly ? rows.erase(at) : std::next(at);
+}
+
+// Without the rows of the configuration.
+modules::STargets Managed(modules::STargets rows)
+{
+    EraseReadOnly(rows.addresses);
+    EraseReadOnly(rows.params);
+    EraseReadOnly(rows.notifies);
+    return rows;
+}
+
 } // namespace
 
-BHostAgents::BHostAgents(BTime& time, BAccess& access, BTrapGate& gate)
-    : m_list(time), m_access(access), m_gate(gate)
+BHostAgents::BHostAgents(BTime& time, BAccess& access, BTrapGate& gate, modules::CTargetRows& rows)
+    : m_list(time), m_access(access), m_gate(gate), m_rows(rows)
 {
 }
 
@@ -40,14 +56,69 @@ void BHostAgents::Open(IEngine& engine, const SConfiguration& configuration)
     m_engine = &engine;
     for (const BTransportAddress& address : configuration.listen)
         m_listening.push_back(std::make_shared<BListenAgent>(engine, address));
-    Change(configuration.trapSinks, eRefusalThrown);
+    if (configuration.v3)
+        m_users = configuration.users;
+    std::lock_guard<std::mutex> lock(m_changes);
+    Configure(configuration.trapSinks, eRefusalThrown);
+    m_managed = Managed(m_rows.Copy());
+    Select(eRefusalLogged); // what managers set keeps no agent from its start
 }
 
-void BHostAgents::SetSinks(const std::vector<STrapSink>& sinks) { Change(sinks, eRefusalLogged); }
+void BHostAgents::SetSinks(const std::vector<STrapSink>& sinks)
+{
+    std::lock_guard<std::mutex> lock(m_changes);
+    Configure(sinks, eRefusalLogged);
+}
+
+void BHostAgents::SetUsers(const std::vector<SUser>& users)
+{
+    std::lock_guard<std::mutex> lock(m_changes);
+    m_users = users;
+}
+
+void BHostAgents::FollowTables()
+{
+    std::lock_guard<std::mutex> lock(m_changes);
+    if (!(m_rows.TakeChange() || m_isStale) || !m_engine)
+        return;
+    m_isStale = true;
+    m_managed = Managed(m_rows.Copy());
+    Select(eRefusalLogged);
+    m_isStale = false;
+}
+
+void BHostAgents::Configure(const std::vector<STrapSink>& sinks, ERefusal refusal)
+{
+    modules::STargets rows = RowsOf(sinks);
+    m_rows.ReplaceReadOnly(rows);
+    m_configured = std::move(rows);
+    Select(refusal);
+}
+
+void BHostAgents::Select(ERefusal refusal)
+{
+    modules::STargets all = m_configured;
+    all.addresses.insert(m_managed.addresses.begin(), m_managed.addresses.end());
+    all.params.insert(m_managed.params.begin(), m_managed.params.end());
+    all.notifies.insert(m_managed.notifies.begin(), m_managed.notifies.end());
+    const std::shared_ptr<SRights> rights = m_access.Current();
+    SReceivers receivers = ReceiversOf(all, rights->communities, m_users);
+    Change(receivers.sinks, refusal);
+    Tell(std::move(receivers.problems));
+}
+
+// Those that are new: SETs of other rows find the old ones again.
+void BHostAgents::Tell(std::vector<std::string> problems)
+{
+    for (const std::string& problem : problems) {
+        if (std::find(m_problems.begin(), m_problems.end(), problem) == m_problems.end())
+            m_log.Write([&] { return problem; });
+    }
+    m_problems = std::move(problems);
+}
 
 void BHostAgents::Change(const std::vector<STrapSink>& sinks, ERefusal refusal)
 {
-    std::lock_guard<std::mutex> lock(m_changes);
     CSinks gone = m_sinks;
     CSinks next = Keep(sinks, gone);
     std::vector<std::shared_ptr<BSinkAgent>> added;

@@ -6,8 +6,8 @@
 #include "host/agents/AgentList.h"
 #include "host/agents/ListenAgent.h"
 #include "host/agents/SinkAgent.h"
+#include "host/agents/Targets.h"
 #include "host/agents/TrapGate.h"
-#include "host/config/Configuration.h"
 
 #include <memory>
 #include <mutex>
@@ -39,23 +39,28 @@ struct SAgentTotals {
 //   agents.Stop(); // before the engine goes
 //
 // Ownership: outlives the engine, and is not used when that is gone; clock, access
-//            control and gate outlive it.
-// Threads:   one, but for SetSinks(), which any may call from Open() to the engine's
-//            end, and the registry, which is anybody's.
+//            control, gate and rows outlive it.
+// Threads:   one, but for SetSinks(), SetUsers() and FollowTables(), which any may call from Open()
+//            to the engine's end, and the registry, which is anybody's.
 // Errors:    Open() throws BHostError, and std::bad_alloc as SetSinks() does.
 class BHostAgents {
 public:
-    BHostAgents(BTime& time, BAccess& access, BTrapGate& gate);
+    BHostAgents(BTime& time, BAccess& access, BTrapGate& gate, modules::CTargetRows& rows);
 
     void Open(IEngine& engine, const SConfiguration& configuration);
     void Start();
     void Stop();
 
-    // Makes these the receivers of traps, at once. Those that were there before stay as
-    // they are, with their counters and the informs that they have not acknowledged.
-    // One that cannot be sent to is told in the log and left out. What it throws
-    // changes nothing.
+    // Makes these the sinks of the configuration, beside the receivers that managers
+    // have set, at once. Those that were there before stay as they are, with their
+    // counters and the informs that they have not acknowledged. One that cannot be sent
+    // to is told in the log and left out. Without memory it throws, and those that
+    // there were go on.
     void SetSinks(const std::vector<STrapSink>& sinks);
+    // Those that messages can be sent as from the next SetSinks() on.
+    void SetUsers(const std::vector<SUser>& users);
+    // Makes what managers have set come true, once a SET is over.
+    void FollowTables();
 
     // Where it listens, in the order of the configuration.
     std::vector<BTransportAddress> Addresses() const;
@@ -74,6 +79,9 @@ private:
     using CSinks = std::vector<SSink>;
     enum ERefusal { eRefusalThrown, eRefusalLogged };
 
+    void Configure(const std::vector<STrapSink>& sinks, ERefusal refusal);
+    void Select(ERefusal refusal);
+    void Tell(std::vector<std::string> problems);
     void Change(const std::vector<STrapSink>& sinks, ERefusal refusal);
     static CSinks Keep(const std::vector<STrapSink>& sinks, CSinks& all);
     void Add(const std::vector<STrapSink>& sinks, ERefusal refusal, CSinks& next,
@@ -84,11 +92,19 @@ private:
     BAgentList m_list;
     BAccess& m_access;
     BTrapGate& m_gate;
+    modules::CTargetRows& m_rows;
     BSysUpTime m_upTime;
     IEngine* m_engine = nullptr;
     std::vector<std::shared_ptr<BListenAgent>> m_listening;
     std::mutex m_changes; // is held for a change; the wire lock may be taken with it
-    CSinks m_sinks;       // under that lock
+    // Under that lock:
+    std::vector<SUser> m_users;
+    modules::STargets m_configured;
+    modules::STargets m_managed; // as the last SET has left them
+    bool m_isStale = false;      // there was no memory to follow the tables
+    CSinks m_sinks;
+    std::vector<std::string> m_problems; // that were told
+    BLimitedLog m_log{eLogWarning};
 };
 
 } // namespace VLK::host

@@ -40,7 +40,8 @@ std::string VersionOf(const SReceiver& receiver)
 {
     if (receiver.protocol == eSnmpV1)
         return "1";
-    return receiver.isInform ? "2c, informs" : "2c";
+    return std::string(receiver.protocol == eSnmpV3 ? "3" : "2c") +
+           (receiver.isInform ? ", informs" : "");
 }
 
 } // namespace
@@ -111,7 +112,8 @@ bool BSinkAgent::IsShown(const SNotification& notification, const BObjectIdentif
         return true;
     m_access.Refused().Write([&] {
         return std::string("did not send ") + notification.trapOid.ToString().c_str() + " to " +
-               m_sink.address.ToString() + ": the notify view of its community does not show " +
+               m_sink.address.ToString() + ": the notify view of its " +
+               (m_sink.protocol == eSnmpV3 ? "user" : "community") + " does not show " +
                name.ToString().c_str();
     });
     return false;
@@ -139,10 +141,12 @@ int BSinkAgent::Stop(int flag) { return Suspend(flag); }
 BString BSinkAgent::GetParams()
 {
     BParameters parameters;
-    parameters.Add("address", m_sink.address.ToString())
-        .Add("version", VersionOf(m_sink))
-        .Add("community", "(not shown)")
-        .Add("state", m_delivery->isSuspended ? "suspended" : "running")
+    parameters.Add("address", m_sink.address.ToString()).Add("version", VersionOf(m_sink));
+    if (m_sink.protocol == eSnmpV3)
+        parameters.Add("user", m_sink.user).Add("level", LabelSecurityLevel(m_sink.level));
+    else
+        parameters.Add("community", "(not shown)");
+    parameters.Add("state", m_delivery->isSuspended ? "suspended" : "running")
         .Add("sent", m_delivery->sent)
         .Add("failed", m_delivery->failed)
         .Add("outside the notify view", m_notShown)

@@ -1,6 +1,7 @@
 #include "host/config/ConfigReader.h"
 
 #include "host/config/ConfigValues.h"
+#include "host/config/ConfigWord.h"
 
 #include <algorithm>
 
@@ -8,33 +9,13 @@ namespace VLK::host {
 
 namespace {
 
-constexpr double kLeastTimeout = 0.01;
-constexpr double kMostTimeout = 3600;
-constexpr int64_t kMostRetries = 255;
 constexpr int64_t kMostTimeToLive = 3600000; // an hour
 
 // The words are those that the console's clivacm knows.
 constexpr SWord kModels[] = {{"SNMPv1", eModelV1}, {"SNMPv2c", eModelV2c}, {"USM", eModelUsm}};
 constexpr SWord kModelsOrAny[] = {
     {"any", eModelAny}, {"SNMPv1", eModelV1}, {"SNMPv2c", eModelV2c}, {"USM", eModelUsm}};
-constexpr SWord kLevels[] = {
-    {"noAuthNoPriv", eNoAuthNoPriv}, {"authNoPriv", eAuthNoPriv}, {"authPriv", eAuthPriv}};
 constexpr SWord kMatches[] = {{"exact", 0}, {"prefix", 1}};
-constexpr SWord kVersions[] = {{"1", eSnmpV1}, {"2c", eSnmpV2c}};
-
-// The value of a word; `standard` when the key is absent or another word.
-template <size_t count>
-int Word(BConfigTable& table, const char* key, const SWord (&words)[count], int standard)
-{
-    std::optional<SText> text = table.Text(key);
-    if (!text)
-        return standard;
-    int value = standard;
-    std::string why = ReadWord(text->text, words, value);
-    if (!why.empty())
-        table.Refuse(*text, why);
-    return value;
-}
 
 } // namespace
 
@@ -399,38 +380,6 @@ void BConfigReader::ReadAlarmCommunity(BConfigTable& root)
     m_made.alarms.security = SecurityOf(*known, eSnmpV2c);
     m_made.alarms.context =
         BString(known->context.data(), static_cast<unsigned>(known->context.size()));
-}
-
-void BConfigReader::ReadTrapSink(BConfigTable& table)
-{
-    STrapSink sink;
-    std::optional<SText> address = table.NeedText("address");
-    std::optional<SText> community = table.NeedText("community");
-    sink.protocol = static_cast<EProtocol>(Word(table, "version", kVersions, eSnmpV2c));
-    sink.isInform = table.Flag("inform").value_or(sink.isInform);
-    std::optional<double> timeout = table.Number("timeout", kLeastTimeout, kMostTimeout);
-    if (timeout)
-        sink.timeout = std::chrono::milliseconds(static_cast<int64_t>(*timeout * 1000 + 0.5));
-    sink.retries =
-        static_cast<unsigned>(table.Integer("retries", 0, kMostRetries).value_or(sink.retries));
-    if (sink.isInform && sink.protocol == eSnmpV1)
-        table.Refuse("inform", "is not for version '1', which has no informs");
-    bool hasAddress = address && ReadAddress(*address, sink.address);
-    if (hasAddress && sink.address.Port() == 0)
-        Refuse(*address, "has no port");
-    if (!community)
-        return;
-    sink.community = community->text;
-    const SCommunity* known = Known(*community);
-    if (!known)
-        return;
-    sink.security = SecurityOf(*known, sink.protocol);
-    sink.context = BString(known->context.data(), static_cast<unsigned>(known->context.size()));
-    if (hasAddress &&
-        !m_sinks.emplace(sink.address.ToString(), sink.community, sink.protocol, sink.isInform)
-             .second)
-        Refuse(*address, "is a trapSink of this community, version and inform already");
-    m_made.trapSinks.push_back(std::move(sink));
 }
 
 } // namespace VLK::host

@@ -45,6 +45,8 @@ private:
     void ReadAccess(BConfigTable& table);
     void ReadAlarmCommunity(BConfigTable& root);
     void ReadTrapSink(BConfigTable& table);
+    bool ReadSinkCommunity(BConfigTable& table, STrapSink& sink);
+    bool ReadSinkUser(BConfigTable& table, STrapSink& sink);
     const SCommunity* Known(const SText& name);
 
     // The value of `key`, checked as a name; nothing when it is absent or wrong.

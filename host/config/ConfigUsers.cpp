@@ -113,16 +113,16 @@ void BConfigReader::ReadUser(BConfigTable& table)
     if (table.Has("priv") && !table.Has("auth"))
         table.Refuse("priv", "is not without auth");
     std::string views[3] = {View(table, "read"), View(table, "write"), ""};
-    views[eViewNotify] = views[eViewRead];
+    views[eViewNotify] = table.Has("notify") ? View(table, "notify") : views[eViewRead];
     if (!name || !Define(m_users, "user", *name))
         return;
     user.name = name->text;
-    if (table.Has("read") || table.Has("write")) {
+    if (table.Has("read") || table.Has("write") || table.Has("notify")) {
         Claim(eModelUsm, *name, user.name);
         AddUser(m_made, user, views);
     } else if (!m_members.count({eModelUsm, user.name})) {
         Refuse(*name, "has no rights: make it a member of a group with USM, or give the user "
-                      "read or write");
+                      "read, write or notify");
     } else {
         m_made.users.push_back(user);
     }

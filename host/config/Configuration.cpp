@@ -25,9 +25,9 @@ std::vector<SView> MakeBuiltInViews()
 
 auto Tie(const STrapSink& sink)
 {
-    return std::tie(sink.address, sink.protocol, sink.community, sink.isInform, sink.timeout,
-                    sink.retries, sink.security.securityModel, sink.security.securityName,
-                    sink.security.securityLevel, sink.context);
+    return std::tie(sink.address, sink.protocol, sink.community, sink.user, sink.level,
+                    sink.isInform, sink.timeout, sink.retries, sink.security.securityModel,
+                    sink.security.securityName, sink.security.securityLevel, sink.context);
 }
 
 } // namespace

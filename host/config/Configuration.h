@@ -27,7 +27,7 @@ struct SView {
 };
 
 // Where notifications go. What they may hold is decided by the notify view of
-// `security` in `context`, which are those of the sink's community.
+// `security` in `context`, which are those of the sink's community, or of its user.
 struct STrapSink : SReceiver {
     BSecurityParams security;
     BString context;

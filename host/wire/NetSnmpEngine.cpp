@@ -205,8 +205,10 @@ void BNetSnmpEngine::SSession::SendReport(netsnmp_pdu& request, int counter)
 
 void BNetSnmpEngine::SSession::Deliver(SArrival& delivered, SResponse& response)
 {
-    if (response.isContextUnknown)
+    if (response.isContextUnknown) {
+        ++counters->unknownContexts;
         return SendReport(*delivered.pdu, STAT_SNMPUNKNOWNCONTEXTS);
+    }
     ++traffic->answered; // who has the answer may ask for the count at once
     int status = Send(*delivered.pdu, response);
     if (status > 0) {
@@ -376,6 +378,7 @@ void BNetSnmpEngine::SpeakV3(const SEngineIdentity& engine, const std::vector<SU
 {
     StartUsm(engine, users);
     SwitchOff(NETSNMP_DS_LIB_DISABLE_V3);
+    m_state->receivers.SpeakV3(users);
     m_state->speaksV3 = true;
     m_state->identity = engine;
     m_state->users = users;
@@ -386,6 +389,8 @@ void BNetSnmpEngine::ReplaceUsers(const std::vector<SUser>& users)
     if (!m_state->speaksV3)
         return;
     host::ReplaceUsers(m_state->identity, m_state->users, users, m_state->wire);
+    std::lock_guard<std::mutex> lock(m_state->wire);
+    m_state->receivers.SpeakV3(users);
     m_state->users = users;
 }
 

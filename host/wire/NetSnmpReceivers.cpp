@@ -2,6 +2,7 @@
 
 #include "host/HostError.h"
 #include "host/wire/Convert.h"
+#include "host/wire/NetSnmpUsm.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -18,6 +19,9 @@ using CClock = std::chrono::steady_clock;
 
 constexpr size_t kWake = 0;  // of the waits
 constexpr size_t kFirst = 1; // of the links'
+
+// Of one try: that the engine is another one, and its time.
+constexpr unsigned kMostReports = 2;
 
 constexpr int kPatienceWithoutMemory = 100; // milliseconds
 constexpr int kMostPatience = 3600000;
@@ -62,16 +66,21 @@ bool WasTooLong(session_list* session)
 
 // An inform that is not acknowledged.
 struct BNetSnmpReceivers::SPending {
-    enum EState { eWaiting, eNotSent, eAcknowledged, eRefused, eTimedOut };
+    // eAgain: it is sent at once, as part of the same try.
+    enum EState { eWaiting, eNotSent, eAcknowledged, eRefused, eTimedOut, eAgain };
 
     SLink* link = nullptr;
     SNotification notification;
     long requestId = 0;
     unsigned tries = 0;
     bool wasSent = false;
+    // SNMPv3: waits for the receiver's engine ID.
+    bool isProbe = false;
+    unsigned reports = 0; // in this try
     CClock::time_point deadline;
     EState state = eWaiting;
 
+    void TakeReport(netsnmp_pdu& report);
     // Returns whether the wire library shall forget the request.
     static int OnAnswer(int operation, netsnmp_session* session, int requestId, netsnmp_pdu* pdu,
                         void* self);
@@ -84,6 +93,7 @@ struct BNetSnmpReceivers::SLink {
     session_list* session = nullptr;
     int descriptor = -1;
     std::list<SPending> pending;
+    bool isProbing = false; // a message that asks for the engine ID is not answered
 
     SLink() = default;
     ~SLink()
@@ -95,6 +105,8 @@ struct BNetSnmpReceivers::SLink {
     SLink& operator=(const SLink&) = delete;
 
     static int OnMessage(int, netsnmp_session*, int, netsnmp_pdu*, void*) { return 1; }
+    static int OnProbe(int operation, netsnmp_session*, int, netsnmp_pdu*, void* self);
+    bool KnowsEngine() const { return snmp_sess_session(session)->securityEngineIDLen != 0; }
 };
 
 // A request id can be guessed: only the receiver's own answer counts.
@@ -106,10 +118,30 @@ int BNetSnmpReceivers::SPending::OnAnswer(int operation, netsnmp_session*, int, 
         pending->state = eTimedOut;
     } else if (operation == NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE) {
         BTransportAddress from;
-        if (!pdu || pdu->command != SNMP_MSG_RESPONSE || !ReadRemote(*pdu, from) ||
-            from != pending->link->receiver.address)
+        if (!pdu || !ReadRemote(*pdu, from) || from != pending->link->receiver.address)
+            return 0;
+        if (pdu->command == SNMP_MSG_REPORT) {
+            pending->TakeReport(*pdu);
+            return 1;
+        }
+        if (pdu->command != SNMP_MSG_RESPONSE)
             return 0;
         pending->state = pdu->errstat == SNMP_ERR_NOERROR ? eAcknowledged : eRefused;
+    }
+    return 1;
+}
+
+// The report itself is not looked at: the wire library makes its engine that of the
+// session, whether it calls this or not.
+int BNetSnmpReceivers::SLink::OnProbe(int operation, netsnmp_session*, int, netsnmp_pdu*,
+                                      void* self)
+{
+    auto* link = static_cast<SLink*>(self);
+    link->isProbing = false;
+    for (SPending& pending : link->pending) {
+        if (operation == NETSNMP_CALLBACK_OP_TIMED_OUT && pending.isProbe &&
+            pending.state == SPending::eWaiting)
+            pending.state = SPending::eTimedOut;
     }
     return 1;
 }
@@ -127,6 +159,8 @@ void BNetSnmpReceivers::Close() { m_links.clear(); }
 
 unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, std::shared_ptr<SDelivery> delivery)
 {
+    if (receiver.protocol == eSnmpV3 && m_users.empty())
+        throw BHostError(eExitUsage, "SNMPv3 is not spoken");
     auto link = std::make_unique<SLink>();
     link->receiver = receiver;
     link->delivery = delivery;
@@ -144,14 +178,22 @@ unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, std::shared_ptr<SDeli
     settings.version = receiver.protocol == eSnmpV1 ? SNMP_VERSION_1 : SNMP_VERSION_2c;
     settings.community = reinterpret_cast<unsigned char*>(community.data());
     settings.community_len = community.size();
+    const bool isV3 = receiver.protocol == eSnmpV3;
+    const bool isSecured = !isV3 || SetSecurity(settings, link->receiver);
     settings.retries = 0; // they are counted here
     settings.timeout = std::chrono::microseconds(receiver.timeout).count();
     settings.callback = SLink::OnMessage;
     // Takes the transport over, also when it fails.
     link->session =
         static_cast<session_list*>(snmp_sess_add(&settings, transport, nullptr, nullptr));
+    free(settings.contextEngineID);
+    free(settings.securityEngineID);
+    if (!isSecured)
+        throw std::bad_alloc();
     if (!link->session)
         CannotSend(receiver.address, 0);
+    if (isV3 && receiver.isInform) // the wire library may have put its own there
+        ForgetEngine(*snmp_sess_session(link->session));
     const unsigned number = m_next;
     {
         std::lock_guard<std::mutex> lock(m_lock);
@@ -243,8 +285,10 @@ void BNetSnmpReceivers::ServeLink(SLink& link, bool hasMessage)
 {
     try {
         if (hasMessage && m_reader.Peek(link.descriptor))
-            m_reader.PassOn(link.descriptor, link.session);
-        if (!link.pending.empty()) {
+            m_reader.PassOn(link.descriptor, link.session, link.receiver.protocol == eSnmpV3);
+        if (link.receiver.protocol == eSnmpV3)
+            Learn(link);
+        if (!link.pending.empty() || link.isProbing) {
             snmp_sess_timeout(link.session);
             Sweep(link);
         }
@@ -295,6 +339,7 @@ void BNetSnmpReceivers::Send(SLink& link, SNotification&& notification)
         SPending& pending = link.pending.emplace_back();
         pending.link = &link;
         pending.notification = std::move(notification);
+        ++pending.tries;
         if (!SendInform(pending)) {
             ++delivery.failed;
             link.pending.pop_back();
@@ -311,6 +356,32 @@ void BNetSnmpReceivers::Send(SLink& link, SNotification&& notification)
         snmp_free_pdu(pdu);
 }
 
+// False when it cannot be asked for.
+bool BNetSnmpReceivers::Probe(SLink& link)
+{
+    if (link.isProbing)
+        return true;
+    netsnmp_pdu* pdu = MakeProbe();
+    link.isProbing = pdu && snmp_sess_async_send(link.session, pdu, SLink::OnProbe, &link);
+    if (pdu && !link.isProbing)
+        snmp_free_pdu(pdu);
+    return link.isProbing;
+}
+
+// What waits for the engine ID goes on once it is there.
+void BNetSnmpReceivers::Learn(SLink& link)
+{
+    const bool isWaited = std::any_of(link.pending.begin(), link.pending.end(),
+                                      [](const SPending& pending) { return pending.isProbe; });
+    if (!isWaited || !link.KnowsEngine())
+        return;
+    for (SPending& pending : link.pending) {
+        if (pending.isProbe)
+            pending.state = SPending::eAgain;
+        pending.isProbe = false;
+    }
+}
+
 // With the request id of the first time, so that the receiver can know it again.
 // False when no try can do better: the network may be there the next time, but a
 // message does not get shorter.
@@ -318,17 +389,25 @@ bool BNetSnmpReceivers::SendInform(SPending& pending)
 {
     const SReceiver& receiver = pending.link->receiver;
     SDelivery& delivery = *pending.link->delivery;
+    pending.state = SPending::eWaiting;
+    pending.deadline = CClock::now() + receiver.timeout;
+    pending.isProbe = receiver.protocol == eSnmpV3 && !pending.link->KnowsEngine();
+    if (pending.isProbe)
+        return Probe(*pending.link);
+    const bool isV3 = receiver.protocol == eSnmpV3;
+    if (isV3 && !MakeUser(*snmp_sess_session(pending.link->session), m_users))
+        return false;
     netsnmp_pdu* pdu = MakeNotification(pending.notification, receiver, {});
     if (!pdu)
         return false;
-    if (pending.tries > 0)
+    if (pending.wasSent)
         pdu->reqid = pending.requestId;
     pending.requestId = pdu->reqid;
-    pending.state = SPending::eWaiting;
-    pending.deadline = CClock::now() + receiver.timeout;
-    ++pending.tries;
     if (snmp_sess_async_send(pending.link->session, pdu, SPending::OnAnswer, &pending)) {
-        ++(pending.wasSent ? delivery.retried : delivery.sent);
+        if (!pending.wasSent)
+            ++delivery.sent;
+        else if (pending.reports == 0)
+            ++delivery.retried;
         pending.wasSent = true;
         return true;
     }
@@ -336,6 +415,21 @@ bool BNetSnmpReceivers::SendInform(SPending& pending)
     bool isTooLong = WasTooLong(pending.link->session);
     snmp_free_pdu(pdu);
     return !isTooLong;
+}
+
+// A receiver of SNMPv3 tells by a report what is its time, or that its engine is another
+// one since; the wire library notes the time, and sends the message again itself, once.
+void BNetSnmpReceivers::SPending::TakeReport(netsnmp_pdu& report)
+{
+    const int type = snmpv3_get_report_type(&report);
+    const bool isOneMore = ++reports <= kMostReports;
+    state = eRefused;
+    if (isOneMore && type == SNMPERR_NOT_IN_TIME_WINDOW)
+        state = eWaiting;
+    if (!isOneMore || type != SNMPERR_UNKNOWN_ENG_ID)
+        return;
+    ForgetEngine(*snmp_sess_session(link->session));
+    state = eAgain;
 }
 
 void BNetSnmpReceivers::Sweep(SLink& link)
@@ -358,15 +452,22 @@ bool BNetSnmpReceivers::GoesOn(SPending& pending)
     case SPending::eAcknowledged:
         ++delivery.acknowledged;
         return false;
+    case SPending::eAgain:
+        if (SendInform(pending))
+            return true;
+        break;
     case SPending::eTimedOut:
         break;
     case SPending::eRefused:
         ++delivery.givenUp;
         return false;
     }
-    if (pending.tries <= pending.link->receiver.retries && !delivery.isSuspended &&
-        SendInform(pending))
-        return true;
+    if (pending.tries <= pending.link->receiver.retries && !delivery.isSuspended) {
+        ++pending.tries;
+        pending.reports = 0;
+        if (SendInform(pending))
+            return true;
+    }
     ++(pending.wasSent ? delivery.givenUp : delivery.failed);
     return false;
 }

@@ -3,6 +3,7 @@
 
 #include "host/Descriptor.h"
 #include "host/Notification.h"
+#include "host/access/Users.h"
 #include "host/wire/MessageReader.h"
 
 #include <deque>
@@ -34,6 +35,8 @@ public:
     // Before the wire library ends.
     void Close();
 
+    // Until then no receiver of SNMPv3 can be added. The users it sends as.
+    void SpeakV3(const std::vector<SUser>& users) { m_users = users; }
     // The receiver's number; none is given twice.
     unsigned Add(const SReceiver& receiver, std::shared_ptr<SDelivery> delivery);
     // Its session ends when something is served next.
@@ -60,10 +63,13 @@ private:
     void Send(SQueued& queued);
     void Send(SLink& link, SNotification&& notification);
     bool SendInform(SPending& pending);
+    static bool Probe(SLink& link);
+    void Learn(SLink& link);
     void Sweep(SLink& link);
     bool GoesOn(SPending& pending);
 
     BMessageReader& m_reader;
+    std::vector<SUser> m_users;
     BDescriptor m_wake; // readable when there is something to carry out
     // In the order of their numbers: what is polled for keeps its place when more come.
     std::map<unsigned, std::unique_ptr<SLink>> m_links;

@@ -59,10 +59,10 @@ size_t PrivKeyLength(const SUser& user)
 
 // Whether the wire library has made of the user what he is: the last arc of an
 // authentication protocol is its type.
-bool IsMade(const SEngineIdentity& engine, const SUser& user)
+bool IsMade(const std::string& engine, const SUser& user)
 {
-    const usmUser* made = usm_get_user(reinterpret_cast<const unsigned char*>(engine.id.data()),
-                                       engine.id.size(), user.name.c_str());
+    const usmUser* made = usm_get_user(reinterpret_cast<const unsigned char*>(engine.data()),
+                                       engine.size(), user.name.c_str());
     if (!made || !made->authProtocol || made->authProtocolLen == 0)
         return false;
     const oid auth = user.auth.empty() ? NETSNMP_USMAUTH_NOAUTH
@@ -72,6 +72,18 @@ bool IsMade(const SEngineIdentity& engine, const SUser& user)
 }
 
 std::string Who(const SUser& user) { return "user '" + user.name + "': "; }
+
+// For the engine that the wire library is, or for that of a receiver.
+void Create(const SUser& user, const std::string& engine)
+{
+    std::string line = (engine.empty() ? "" : "-e " + Hexadecimal(engine) + " ") + Word(user.name);
+    if (!user.auth.empty())
+        line += " " + user.auth + " " + Word(user.authPassphrase);
+    if (!user.priv.empty())
+        line += " " + user.priv + " " + Word(user.privPassphrase);
+    usm_parse_create_usmUser("createUser", line.data());
+    std::fill(line.begin(), line.end(), '\0');
+}
 
 void CheckProtocols(const SUser& user)
 {
@@ -84,25 +96,22 @@ void CheckProtocols(const SUser& user)
 
 void Make(const SEngineIdentity& engine, const SUser& user)
 {
-    std::string line = Word(user.name);
-    if (!user.auth.empty())
-        line += " " + user.auth + " " + Word(user.authPassphrase);
-    if (!user.priv.empty())
-        line += " " + user.priv + " " + Word(user.privPassphrase);
-    usm_parse_create_usmUser("createUser", line.data());
-    std::fill(line.begin(), line.end(), '\0');
-    if (!IsMade(engine, user))
+    Create(user, "");
+    if (!IsMade(engine.id, user))
         throw BHostError(eExitUsage, Who(user) + "the wire library does not take it");
 }
 
-void Forget(const SEngineIdentity& engine, const SUser& user)
+// Also with his keys for the engines of receivers.
+void Forget(const SUser& user)
 {
-    usmUser* const made = usm_get_user(reinterpret_cast<const unsigned char*>(engine.id.data()),
-                                       engine.id.size(), user.name.c_str());
-    if (!made)
-        return;
-    usm_remove_user(made);
-    usm_free_user(made);
+    usmUser* next = nullptr;
+    for (usmUser* known = usm_get_userList(); known; known = next) {
+        next = known->next;
+        if (!known->name || user.name != known->name)
+            continue;
+        usm_remove_user(known);
+        usm_free_user(known);
+    }
 }
 
 bool Holds(const std::vector<SUser>& users, const SUser& user)
@@ -149,7 +158,7 @@ void ReplaceUsers(const SEngineIdentity& engine, const std::vector<SUser>& old,
     for (const SUser& user : old) {
         std::lock_guard<std::mutex> held(lock);
         if (!Holds(users, user))
-            Forget(engine, user);
+            Forget(user);
     }
     // One at a time: to make a key of a passphrase takes milliseconds.
     for (const SUser& user : users) {
@@ -157,6 +166,61 @@ void ReplaceUsers(const SEngineIdentity& engine, const std::vector<SUser>& old,
         if (!Holds(old, user))
             Make(engine, user);
     }
+}
+
+bool SetSecurity(netsnmp_session& settings, const SReceiver& receiver)
+{
+    unsigned char own[MAX_ENGINEID_LENGTH];
+    const size_t length = snmpv3_get_engineID(own, sizeof own);
+    settings.version = SNMP_VERSION_3;
+    settings.securityModel = SNMP_SEC_MODEL_USM;
+    settings.securityLevel = receiver.level;
+    settings.securityName = const_cast<char*>(receiver.user.c_str());
+    settings.securityNameLen = receiver.user.size();
+    settings.flags |= SNMP_FLAGS_DONT_PROBE; // would wait for the answer
+    // The session's own copies are made of these.
+    bool isDone = snmpv3_clone_engineID(&settings.contextEngineID, &settings.contextEngineIDLen,
+                                        own, length) != 0;
+    if (!receiver.isInform)
+        isDone = isDone && snmpv3_clone_engineID(&settings.securityEngineID,
+                                                 &settings.securityEngineIDLen, own, length) != 0;
+    return isDone;
+}
+
+netsnmp_pdu* MakeProbe()
+{
+    netsnmp_pdu* probe = snmp_pdu_create(SNMP_MSG_GET);
+    if (!probe)
+        return nullptr;
+    probe->version = SNMP_VERSION_3;
+    probe->securityName = strdup("");
+    probe->securityLevel = SNMP_SEC_LEVEL_NOAUTH;
+    probe->securityModel = SNMP_SEC_MODEL_USM;
+    if (probe->securityName)
+        return probe;
+    snmp_free_pdu(probe);
+    return nullptr;
+}
+
+bool MakeUser(const netsnmp_session& session, const std::vector<SUser>& users)
+{
+    const std::string engine(reinterpret_cast<const char*>(session.securityEngineID),
+                             session.securityEngineIDLen);
+    const std::string name(session.securityName, session.securityNameLen);
+    const auto user = std::find_if(users.begin(), users.end(),
+                                   [&](const SUser& candidate) { return candidate.name == name; });
+    if (user == users.end())
+        return false;
+    if (!IsMade(engine, *user))
+        Create(*user, engine);
+    return IsMade(engine, *user);
+}
+
+void ForgetEngine(netsnmp_session& session)
+{
+    free(session.securityEngineID);
+    session.securityEngineID = nullptr;
+    session.securityEngineIDLen = 0;
 }
 
 // The user without a name is for the discovery of the engine ID: no request is his.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/EngineIdentity.h"
+#include "host/Notification.h"
 #include "host/access/Users.h"
 #include "modules/SnmpCounters.h"
 
@@ -21,6 +22,21 @@ void StartUsm(const SEngineIdentity& engine, const std::vector<SUser>& users);
 // BHostError, and nothing is changed, for what the wire library cannot do.
 void ReplaceUsers(const SEngineIdentity& engine, const std::vector<SUser>& old,
                   const std::vector<SUser>& users, std::mutex& lock);
+
+// Makes of the settings of a session those of a receiver of SNMPv3. For traps the engine
+// is our own, for informs the receiver's, which is not known yet; nothing is asked of it
+// here. The settings point to the receiver's user. False without memory.
+bool SetSecurity(netsnmp_session& settings, const SReceiver& receiver);
+
+// What asks a receiver for its engine ID, which is in its report (RFC 3414 section 4);
+// null without memory.
+netsnmp_pdu* MakeProbe();
+
+// Makes the session's user, with his keys for the engine that the session is with. False
+// when that cannot be.
+bool MakeUser(const netsnmp_session& session, const std::vector<SUser>& users);
+// The session is with no engine.
+void ForgetEngine(netsnmp_session& session);
 
 // What is wrong with a message of SNMPv3 that the wire library has let through: the
 // number of its counter, or -1 for nothing.

@@ -1,29 +1,13 @@
 // A table of RMON-MIB whose rows managers make, as one class for all of them.
 #pragma once
 
+#include "modules/WholeSetTable.h"
+#include "modules/rmon/AlarmRows.h"
 #include "modules/rmon/EntryRows.h"
 
 #include <vkmibh/impl.h>
 
 namespace VLK::modules {
-
-// A row-status table whose handlers may look at the other bindings of their SET.
-class CWholeSetTable : public BMibTableImplEx {
-public:
-    using BMibTableImplEx::BMibTableImplEx;
-    using BMibTableImplEx::Set;
-    int Set(unsigned id, const BVarBindList& list, ESnmpSetOpCode op, void** slots, int& index,
-            int count) override;
-
-protected:
-    // What the SET under way asks for in a column of that row, or null.
-    const BObjectSyntax* Requested(unsigned column, const BObjectIdentifier& row) const;
-    // 0: no row can have that index.
-    static unsigned IndexOf(const BObjectIdentifier& row);
-
-private:
-    static thread_local const BVarBindList* s_list; // of the SET that this thread runs
-};
 
 // When a column may be changed in a row that is, and stays, valid.
 enum EChangeable { eWhileValid, eNotWhileValid };
@@ -127,6 +111,11 @@ protected:
     }
 
 private:
+    // 0: no row can have that index.
+    static unsigned IndexOf(const BObjectIdentifier& row)
+    {
+        return row.Length() == 1 && row[0] <= kIndexMost ? row[0] : 0;
+    }
     // The status that the row will have, 0 = none, whichever binding says so.
     int StatusAfterSet(const BObjectIdentifier& row, int before)
     {

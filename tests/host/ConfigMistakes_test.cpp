@@ -239,16 +239,16 @@ const std::vector<SMistake> kTrapSinkMistakes = {
      {"f:5: address '192.0.2.1' is neither udp:IP:PORT nor udp6:[IP]:PORT",
       "f:6: community 'd' is no community",
       "f:7: 'port' is no key of [[trapSink]], which has address, community, version, inform, "
-      "timeout, retries"}},
+      "timeout, retries, user, level"}},
     {kTraps + "[[trapSink]]\naddress = \"udp:192.0.2.1:0\"\ncommunity = \"c\"\n",
      {"f:5: address 'udp:192.0.2.1:0' has no port"}},
     {kTraps + "[[trapSink]]\naddress = \"x\"\ncommunity = \"c\"\n"
               "[[trapSink]]\naddress = \"y\"\ncommunity = \"c\"\n",
      {"f:5: address 'x' is neither udp:IP:PORT nor udp6:[IP]:PORT",
       "f:8: address 'y' is neither udp:IP:PORT nor udp6:[IP]:PORT"}},
-    {kTraps + "[[trapSink]]\naddress = \"udp:192.0.2.1:162\"\ncommunity = \"c\"\nversion = \"3\"\n"
+    {kTraps + "[[trapSink]]\naddress = \"udp:192.0.2.1:162\"\ncommunity = \"c\"\nversion = \"4\"\n"
               "inform = \"yes\"\ntimeout = \"1s\"\nretries = 1.5\n",
-     {"f:7: version '3' is none of 1, 2c", "f:8: inform 'yes' is neither true nor false",
+     {"f:7: version '4' is none of 1, 2c, 3", "f:8: inform 'yes' is neither true nor false",
       "f:9: timeout '1s' is no number from 0.01 to 3600",
       "f:10: retries '1.5' is no integer from 0 to 255"}},
     {kTraps + "[[trapSink]]\naddress = \"udp:192.0.2.1:162\"\ncommunity = \"c\"\n"

@@ -87,10 +87,10 @@ TEST(ConfigUsers, MistakesAreTold)
         {kUser + kUser, {"f:5: name 'u' is a user of line 2 already"}},
         {"[[user]]\nname = \"u\"\n",
          {"f:2: name 'u' has no rights: make it a member of a group with USM, or give the user "
-          "read or write"}},
+          "read, write or notify"}},
         {"[[user]]\nname = \"u\"\n[[group]]\nname = \"g\"\nmembers = [\"u\"]\n",
          {"f:2: name 'u' has no rights: make it a member of a group with USM, or give the user "
-          "read or write"}},
+          "read, write or notify"}},
         {kUser + "[[group]]\nname = \"g\"\n"
                  "members = [{ securityName = \"u\", securityModel = \"USM\" }]\n",
          {"f:2: name 'u' is with USM in the group 'g' already"}},
@@ -105,7 +105,7 @@ TEST(ConfigUsers, MistakesAreTold)
         {kUser + kPriv, {"f:4: priv 'AES' is not without auth"}},
         {kUser + "v3 = true\n",
          {"f:4: 'v3' is no key of [[user]], which has name, auth, authPassphrase, "
-          "authPassphraseFile, priv, privPassphrase, privPassphraseFile, read, write"}},
+          "authPassphraseFile, priv, privPassphrase, privPassphraseFile, read, write, notify"}},
         {"v3 = 1\n", {"f:1: v3 '1' is neither true nor false"}},
         {kUser + "auth = \"SHA\"\nauthPassphraseFile = \"here\"\n",
          {"f:5: authPassphraseFile 'here' does not begin with '/'"}},
@@ -118,6 +118,54 @@ TEST(ConfigUsers, MistakesAreTold)
     };
     for (const auto& [text, problems] : mistakes)
         EXPECT_EQ(Problems(text), problems) << text;
+}
+
+namespace {
+
+std::string SinkOfUser(const std::string& more)
+{
+    return kUser + kAuth + "[[trapSink]]\naddress = \"udp:192.0.2.1:162\"\nversion = \"3\"\n" +
+           more;
+}
+
+} // namespace
+
+TEST(ConfigUsers, ASinkOfVersion3IsSentToAsAUser)
+{
+    SConfiguration made = ReadConfigText(SinkOfUser("user = \"u\"\ninform = true\n"), "f", true);
+    ASSERT_EQ(made.trapSinks.size(), 1u);
+    const STrapSink& sink = made.trapSinks[0];
+    EXPECT_EQ(sink.protocol, eSnmpV3);
+    EXPECT_EQ(sink.user, "u");
+    EXPECT_EQ(sink.level, eAuthNoPriv) << "the strongest that he has";
+    EXPECT_TRUE(sink.isInform);
+    EXPECT_EQ(sink.security.securityModel, eModelUsm);
+    EXPECT_EQ(sink.security.securityName, BString("u"));
+    EXPECT_EQ(sink.security.securityLevel, eAuthNoPriv);
+    made = ReadConfigText(SinkOfUser("user = \"u\"\nlevel = \"noAuthNoPriv\"\n"), "f", true);
+    EXPECT_EQ(made.trapSinks[0].level, eNoAuthNoPriv);
+}
+
+TEST(ConfigUsers, MistakesInASinkOfVersion3AreTold)
+{
+    const std::pair<std::string, CLines> mistakes[] = {
+        {SinkOfUser(""), {"f:6: [[trapSink]] has no 'user'"}},
+        {SinkOfUser("user = \"w\"\n"), {"f:9: user 'w' is no user"}},
+        {SinkOfUser("user = \"u\"\nlevel = \"authPriv\"\n"),
+         {"f:10: level 'authPriv' is more than the user has: authNoPriv"}},
+        {SinkOfUser("user = \"u\"\ncommunity = \"c\"\n"),
+         {"f:10: community 'c' is not for version '3', which has users"}},
+        {"v3 = false\n" + SinkOfUser("user = \"u\"\n"),
+         {"f:9: version '3' is not with v3 = false"}},
+    };
+    for (const auto& [text, problems] : mistakes) {
+        try {
+            ReadConfigText(text, "f", true);
+            ADD_FAILURE() << text;
+        } catch (const BConfigError& error) {
+            EXPECT_EQ(error.Lines(), problems) << text;
+        }
+    }
 }
 
 TEST(ConfigUsers, NoMessageShowsAPassphrase)

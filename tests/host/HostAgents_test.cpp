@@ -86,7 +86,8 @@ protected:
     BTime time;
     BAccess access{configuration, nullptr};
     BTrapGate gate;
-    BHostAgents agents{time, access, gate};
+    modules::CTargetRows rows{nullptr};
+    BHostAgents agents{time, access, gate, rows};
     FakeEngine engine;
 };
 
@@ -202,7 +203,8 @@ TEST(HostAgentsInContexts, ASinkIsShownWhatItsCommunityMaySeeInItsContext)
     BTime time;
     BAccess access(configuration, nullptr);
     BTrapGate gate;
-    BHostAgents agents(time, access, gate);
+    modules::CTargetRows rows(nullptr);
+    BHostAgents agents(time, access, gate, rows);
     FakeEngine engine;
     agents.Open(engine, configuration);
     agents.Start();

@@ -1,6 +1,4 @@
-#include "modules/rmon/EntryTable.h"
-
-#include "modules/rmon/AlarmRows.h"
+#include "modules/WholeSetTable.h"
 
 namespace VLK::modules {
 
@@ -44,11 +42,6 @@ const BObjectSyntax* CWholeSetTable::Requested(unsigned column, const BObjectIde
             return &(*s_list)[i].Value();
     }
     return nullptr;
-}
-
-unsigned CWholeSetTable::IndexOf(const BObjectIdentifier& row)
-{
-    return row.Length() == 1 && row[0] <= kIndexMost ? row[0] : 0;
 }
 
 } // namespace VLK::modules
