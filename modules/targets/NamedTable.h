@@ -4,6 +4,9 @@
 #include "modules/WholeSetTable.h"
 #include "modules/targets/TargetRows.h"
 
+#include <exception>
+#include <memory>
+
 namespace VLK::modules {
 
 // Rows of a table at most.
@@ -98,6 +101,8 @@ protected:
     int OnSetText(const BObjectIdentifier& row, ESnmpSetOpCode op, unsigned,
                   const BOctetString& value, void** slot)
     {
+        if (op == eSetUndo || op == eSetCleanup) // which take no memory
+            return Leave(op, slot);
         const std::string text = TextOf(value);
         if (op == eSetTest) {
             const int status = check(text);
@@ -144,7 +149,7 @@ protected:
             const int status = TestStatus(row, value);
             return status == eSnmpNoError ? Keep(row, slot) : status;
         }
-        return op == eSetCommit ? CommitStatus(row, slot) : Leave(row, op, slot);
+        return op == eSetCommit ? CommitStatus(row, slot) : Leave(op, slot);
     }
 
     // Of a column that is to be set: keeps the row for undo.
@@ -158,7 +163,7 @@ protected:
                       TChange change)
     {
         if (op != eSetCommit)
-            return Leave(row, op, slot);
+            return Leave(op, slot);
         std::string name;
         if (!ReadName(row, name) || (!m_rows.Look(name, [](const TRow&) {}) && !IsToBeMade(row)))
             return eSnmpCommitFailed;
@@ -166,8 +171,7 @@ protected:
             change(made);
             made.set |= TRow::Bit(column);
         });
-        m_rows.RequestSave();
-        return eSnmpNoError;
+        return Save(slot);
     }
 
 private:
@@ -259,43 +263,61 @@ private:
     }
     int CommitStatus(const BObjectIdentifier& row, void** slot)
     {
-        std::string name;
+        SKept* const kept = KeptIn(slot);
         const int status = GetRowState(row);
-        const bool isName = ReadName(row, name);
-        if (status == 0 && isName)
-            m_rows.Extract(name, *static_cast<typename CRows::Rows*>(*slot));
-        else if (status != 0 && !isName)
+        if (!kept || (status != 0 && kept->name.empty()))
             return eSnmpCommitFailed;
-        else if (status != 0)
-            m_rows.Change(name, [&](TRow& made) { made.isActive = status == eRowActive; });
-        m_rows.RequestSave();
-        return eSnmpNoError;
+        if (status == 0)
+            m_rows.Extract(kept->name, kept->rows);
+        else
+            m_rows.Change(kept->name, [&](TRow& made) { made.isActive = status == eRowActive; });
+        return Save(slot);
     }
 
-    // The slot of a binding keeps its row as it was before the SET. So undo need not
+    // What the slot of a binding keeps: its row as it was before the SET. So undo need not
     // know what was changed, in which order, and takes no memory.
+    struct SKept {
+        std::string name; // empty: no row can have that index
+        typename CRows::Rows rows;
+    };
+    static SKept* KeptIn(void** slot) { return slot ? static_cast<SKept*>(*slot) : nullptr; }
+
     int Keep(const BObjectIdentifier& row, void** slot) const
     {
         if (!slot)
             return eSnmpResourceUnavailable;
-        std::string name;
-        ReadName(row, name);
-        *slot = new typename CRows::Rows(m_rows.Keep(name));
+        auto kept = std::make_unique<SKept>();
+        if (ReadName(row, kept->name))
+            kept->rows = m_rows.Keep(kept->name);
+        else
+            kept->name.clear();
+        *slot = kept.release();
         return eSnmpNoError;
     }
-    // Undo and cleanup.
-    int Leave(const BObjectIdentifier& row, ESnmpSetOpCode op, void** slot)
+    // A binding whose commit fails is not undone.
+    int Save(void** slot)
     {
-        auto* const before = slot ? static_cast<typename CRows::Rows*>(*slot) : nullptr;
+        try {
+            m_rows.RequestSave();
+            return eSnmpNoError;
+        } catch (const std::exception&) {
+            if (SKept* const kept = KeptIn(slot))
+                m_rows.Restore(kept->name, kept->rows);
+            return eSnmpCommitFailed;
+        }
+    }
+    // Undo and cleanup.
+    int Leave(ESnmpSetOpCode op, void** slot)
+    {
+        SKept* const kept = KeptIn(slot);
         if (op == eSetCleanup) {
-            delete before;
+            delete kept;
             if (slot)
                 *slot = nullptr;
             return eSnmpNoError;
         }
-        std::string name;
-        if (before && ReadName(row, name))
-            m_rows.Restore(name, *before);
+        if (kept && !kept->name.empty())
+            m_rows.Restore(kept->name, kept->rows);
         m_rows.RequestSave();
         return eSnmpNoError;
     }

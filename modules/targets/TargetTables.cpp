@@ -108,7 +108,9 @@ int CTargetAddrTable::OnGet_Domain(const BObjectIdentifier& row, unsigned, BObje
 int CTargetAddrTable::OnSet_Domain(const BObjectIdentifier& row, ESnmpSetOpCode op, unsigned,
                                    const BObjectIdentifier& value, void** slot)
 {
-    const ETargetDomain domain = DomainOf(value);
+    const ETargetDomain domain = op == eSetTest || op == eSetCommit ? DomainOf(value) : eDomainNone;
+    if (op == eSetCommit && domain == eDomainNone) // for want of memory
+        return eSnmpCommitFailed;
     if (op != eSetTest)
         return CommitOrLeave(row, op, eAddressDomain, slot,
                              [&](SAddressRow& made) { made.domain = domain; });

@@ -443,6 +443,95 @@ TEST_F(HostAgents, WithoutMemoryTheSinksStayAsTheyWere)
     EXPECT_GT(allocations, 5);
 }
 
+namespace {
+
+// A way to a receiver of the community `all`.
+void SetTables(modules::CTargetRows& rows, bool isActive)
+{
+    rows.addresses.Change("a", [&](modules::SAddressRow& row) {
+        row.isActive = isActive;
+        row.domain = modules::eDomainUdp;
+        row.address = std::string("\xc0\0\2\7\0\xa2", 6);
+        row.timeout = 0;
+        row.tags = "t";
+        row.params = "p";
+    });
+    rows.params.Change("p", [&](modules::SParamsRow& row) {
+        row.isActive = true;
+        row.mpModel = modules::eMpV2c;
+        row.securityModel = eModelV2c;
+        row.securityName = "all";
+    });
+    rows.notifies.Change("n", [&](modules::SNotifyRow& row) {
+        row.isActive = true;
+        row.tag = "t";
+        row.kind = modules::eNotifyInform;
+    });
+}
+
+} // namespace
+
+TEST_F(HostAgents, RowsThatManagersSetAreReceiversOnceTheSetIsOver)
+{
+    SetTables(rows, true);
+    EXPECT_EQ(engine.receivers.size(), 4u);
+    agents.FollowTables();
+    ASSERT_EQ(engine.receivers.size(), 5u);
+    const SReceiver& made = engine.receivers[4];
+    EXPECT_EQ(made.address.ToString(), "udp:192.0.2.7:162");
+    EXPECT_EQ(made.community, "all");
+    EXPECT_TRUE(made.isInform);
+    EXPECT_EQ(made.timeout, std::chrono::milliseconds(10)) << "an answer takes some time";
+    EXPECT_NE(agents.Registry()->GetAgent(BString("trap:udp:192.0.2.7:162")), nullptr);
+    agents.SetSinks({});
+    EXPECT_EQ(engine.removed, (Numbers{0, 1, 2, 3}));
+    SetTables(rows, false);
+    agents.FollowTables();
+    EXPECT_EQ(engine.removed, (Numbers{0, 1, 2, 3, 4}));
+}
+
+TEST_F(HostAgents, WithoutMemoryTheTablesAreFollowedTheNextTime)
+{
+    SetTables(rows, true);
+    engine.receivers.reserve(1000);
+    engine.deliveries.reserve(1000);
+    engine.removed.reserve(1000);
+    int allocations = 0;
+    for (bool isDone = false; !isDone; ++allocations) {
+        FailingAlloc failing(allocations);
+        try {
+            agents.FollowTables();
+            isDone = !failing.Failed();
+        } catch (const std::bad_alloc&) {
+        }
+    }
+    EXPECT_GT(allocations, 10);
+    EXPECT_NE(agents.Registry()->GetAgent(BString("trap:udp:192.0.2.7:162")), nullptr);
+    EXPECT_EQ(engine.receivers.size(), 5u + engine.removed.size());
+}
+
+TEST_F(HostAgents, TablesMayChangeWhileTrapsAreRaised)
+{
+    agents.Start();
+    std::atomic<bool> isOver{false};
+    std::thread raising([&] {
+        while (!isOver)
+            gate.SendTrap(BTrapV2(MakeOid("1.3.6.1.2.1.1.5")), nullptr);
+    });
+    std::thread configuring([&] {
+        std::vector<STrapSink> sinks(1, configuration.trapSinks[0]);
+        while (!isOver)
+            agents.SetSinks(sinks);
+    });
+    for (int i = 0; i < 50; ++i) {
+        SetTables(rows, i % 2 == 0);
+        agents.FollowTables();
+    }
+    isOver = true;
+    raising.join();
+    configuring.join();
+}
+
 // A sink that goes while traps are raised, and comes again.
 TEST_F(HostAgents, SinksMayChangeWhileTrapsAreRaised)
 {
