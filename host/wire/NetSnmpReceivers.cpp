@@ -23,6 +23,11 @@ constexpr size_t kFirst = 1; // of the links'
 // Of one try: that the engine is another one, and its time.
 constexpr unsigned kMostReports = 2;
 
+// How long, in microseconds, the engine of a receiver is waited for, while nothing else is
+// served; and how long it is not asked for again.
+constexpr long kProbePatience = 250000;
+constexpr std::chrono::seconds kProbeInterval{1};
+
 constexpr int kPatienceWithoutMemory = 100; // milliseconds
 constexpr int kMostPatience = 3600000;
 
@@ -74,9 +79,7 @@ struct BNetSnmpReceivers::SPending {
     long requestId = 0;
     unsigned tries = 0;
     bool wasSent = false;
-    // SNMPv3: waits for the receiver's engine ID.
-    bool isProbe = false;
-    unsigned reports = 0; // in this try
+    unsigned reports = 0; // SNMPv3, in this try
     CClock::time_point deadline;
     EState state = eWaiting;
 
@@ -93,7 +96,7 @@ struct BNetSnmpReceivers::SLink {
     session_list* session = nullptr;
     int descriptor = -1;
     std::list<SPending> pending;
-    bool isProbing = false; // a message that asks for the engine ID is not answered
+    CClock::time_point nextProbe; // not before then
 
     SLink() = default;
     ~SLink()
@@ -105,8 +108,6 @@ struct BNetSnmpReceivers::SLink {
     SLink& operator=(const SLink&) = delete;
 
     static int OnMessage(int, netsnmp_session*, int, netsnmp_pdu*, void*) { return 1; }
-    static int OnProbe(int operation, netsnmp_session*, int, netsnmp_pdu*, void* self);
-    bool KnowsEngine() const { return snmp_sess_session(session)->securityEngineIDLen != 0; }
 };
 
 // A request id can be guessed: only the receiver's own answer counts.
@@ -127,21 +128,6 @@ int BNetSnmpReceivers::SPending::OnAnswer(int operation, netsnmp_session*, int, 
         if (pdu->command != SNMP_MSG_RESPONSE)
             return 0;
         pending->state = pdu->errstat == SNMP_ERR_NOERROR ? eAcknowledged : eRefused;
-    }
-    return 1;
-}
-
-// The report itself is not looked at: the wire library makes its engine that of the
-// session, whether it calls this or not.
-int BNetSnmpReceivers::SLink::OnProbe(int operation, netsnmp_session*, int, netsnmp_pdu*,
-                                      void* self)
-{
-    auto* link = static_cast<SLink*>(self);
-    link->isProbing = false;
-    for (SPending& pending : link->pending) {
-        if (operation == NETSNMP_CALLBACK_OP_TIMED_OUT && pending.isProbe &&
-            pending.state == SPending::eWaiting)
-            pending.state = SPending::eTimedOut;
     }
     return 1;
 }
@@ -192,8 +178,8 @@ unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, std::shared_ptr<SDeli
         throw std::bad_alloc();
     if (!link->session)
         CannotSend(receiver.address, 0);
-    if (isV3 && receiver.isInform) // the wire library may have put its own there
-        ForgetEngine(*snmp_sess_session(link->session));
+    if (isV3)
+        LeaveEngineToUs(*snmp_sess_session(link->session), receiver);
     const unsigned number = m_next;
     {
         std::lock_guard<std::mutex> lock(m_lock);
@@ -286,9 +272,7 @@ void BNetSnmpReceivers::ServeLink(SLink& link, bool hasMessage)
     try {
         if (hasMessage && m_reader.Peek(link.descriptor))
             m_reader.PassOn(link.descriptor, link.session, link.receiver.protocol == eSnmpV3);
-        if (link.receiver.protocol == eSnmpV3)
-            Learn(link);
-        if (!link.pending.empty() || link.isProbing) {
+        if (!link.pending.empty()) {
             snmp_sess_timeout(link.session);
             Sweep(link);
         }
@@ -356,30 +340,24 @@ void BNetSnmpReceivers::Send(SLink& link, SNotification&& notification)
         snmp_free_pdu(pdu);
 }
 
-// False when it cannot be asked for.
-bool BNetSnmpReceivers::Probe(SLink& link)
+// Whether the receiver's engine is known. The wire library waits for the answer: not for
+// long, and not often where none comes.
+bool BNetSnmpReceivers::FindEngine(SLink& link)
 {
-    if (link.isProbing)
-        return true;
-    netsnmp_pdu* pdu = MakeProbe();
-    link.isProbing = pdu && snmp_sess_async_send(link.session, pdu, SLink::OnProbe, &link);
-    if (pdu && !link.isProbing)
-        snmp_free_pdu(pdu);
-    return link.isProbing;
-}
-
-// What waits for the engine ID goes on once it is there.
-void BNetSnmpReceivers::Learn(SLink& link)
-{
-    const bool isWaited = std::any_of(link.pending.begin(), link.pending.end(),
-                                      [](const SPending& pending) { return pending.isProbe; });
-    if (!isWaited || !link.KnowsEngine())
-        return;
-    for (SPending& pending : link.pending) {
-        if (pending.isProbe)
-            pending.state = SPending::eAgain;
-        pending.isProbe = false;
-    }
+    netsnmp_session& session = *snmp_sess_session(link.session);
+    const CClock::time_point now = CClock::now();
+    if (session.securityEngineIDLen != 0 || now < link.nextProbe)
+        return session.securityEngineIDLen != 0;
+    link.nextProbe = now + std::max<CClock::duration>(link.receiver.timeout, kProbeInterval);
+    const long timeout = session.timeout;
+    session.timeout = kProbePatience;
+    session.flags &= ~static_cast<u_long>(SNMP_FLAGS_DONT_PROBE);
+    const snmp_secmod_def* const usm = find_sec_mod(SNMP_SEC_MODEL_USM);
+    if (usm && usm->probe_engineid)
+        usm->probe_engineid(link.session, &session);
+    session.flags |= SNMP_FLAGS_DONT_PROBE;
+    session.timeout = timeout;
+    return session.securityEngineIDLen != 0;
 }
 
 // With the request id of the first time, so that the receiver can know it again.
@@ -391,12 +369,14 @@ bool BNetSnmpReceivers::SendInform(SPending& pending)
     SDelivery& delivery = *pending.link->delivery;
     pending.state = SPending::eWaiting;
     pending.deadline = CClock::now() + receiver.timeout;
-    pending.isProbe = receiver.protocol == eSnmpV3 && !pending.link->KnowsEngine();
-    if (pending.isProbe)
-        return Probe(*pending.link);
-    const bool isV3 = receiver.protocol == eSnmpV3;
-    if (isV3 && !MakeUser(*snmp_sess_session(pending.link->session), m_users))
-        return false;
+    if (receiver.protocol == eSnmpV3) {
+        if (!FindEngine(*pending.link)) {
+            pending.state = SPending::eNotSent;
+            return true; // it may be there the next time
+        }
+        if (!MakeUser(*snmp_sess_session(pending.link->session), m_users))
+            return false;
+    }
     netsnmp_pdu* pdu = MakeNotification(pending.notification, receiver, {});
     if (!pdu)
         return false;

@@ -63,8 +63,7 @@ private:
     void Send(SQueued& queued);
     void Send(SLink& link, SNotification&& notification);
     bool SendInform(SPending& pending);
-    static bool Probe(SLink& link);
-    void Learn(SLink& link);
+    static bool FindEngine(SLink& link);
     void Sweep(SLink& link);
     bool GoesOn(SPending& pending);
 

@@ -177,29 +177,20 @@ bool SetSecurity(netsnmp_session& settings, const SReceiver& receiver)
     settings.securityLevel = receiver.level;
     settings.securityName = const_cast<char*>(receiver.user.c_str());
     settings.securityNameLen = receiver.user.size();
-    settings.flags |= SNMP_FLAGS_DONT_PROBE; // would wait for the answer
     // The session's own copies are made of these.
     bool isDone = snmpv3_clone_engineID(&settings.contextEngineID, &settings.contextEngineIDLen,
                                         own, length) != 0;
-    if (!receiver.isInform)
-        isDone = isDone && snmpv3_clone_engineID(&settings.securityEngineID,
-                                                 &settings.securityEngineIDLen, own, length) != 0;
+    // Without one the wire library would ask for it, and wait for the answer.
+    isDone = isDone && snmpv3_clone_engineID(&settings.securityEngineID,
+                                             &settings.securityEngineIDLen, own, length) != 0;
     return isDone;
 }
 
-netsnmp_pdu* MakeProbe()
+void LeaveEngineToUs(netsnmp_session& session, const SReceiver& receiver)
 {
-    netsnmp_pdu* probe = snmp_pdu_create(SNMP_MSG_GET);
-    if (!probe)
-        return nullptr;
-    probe->version = SNMP_VERSION_3;
-    probe->securityName = strdup("");
-    probe->securityLevel = SNMP_SEC_LEVEL_NOAUTH;
-    probe->securityModel = SNMP_SEC_MODEL_USM;
-    if (probe->securityName)
-        return probe;
-    snmp_free_pdu(probe);
-    return nullptr;
+    session.flags |= SNMP_FLAGS_DONT_PROBE; // which no copy of settings has
+    if (receiver.isInform)
+        ForgetEngine(session);
 }
 
 bool MakeUser(const netsnmp_session& session, const std::vector<SUser>& users)

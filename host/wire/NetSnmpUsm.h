@@ -27,10 +27,9 @@ void ReplaceUsers(const SEngineIdentity& engine, const std::vector<SUser>& old,
 // is our own, for informs the receiver's, which is not known yet; nothing is asked of it
 // here. The settings point to the receiver's user. False without memory.
 bool SetSecurity(netsnmp_session& settings, const SReceiver& receiver);
-
-// What asks a receiver for its engine ID, which is in its report (RFC 3414 section 4);
-// null without memory.
-netsnmp_pdu* MakeProbe();
+// Once the session is made of them: the wire library does not ask for the receiver's
+// engine when it likes, since it waits for the answer.
+void LeaveEngineToUs(netsnmp_session& session, const SReceiver& receiver);
 
 // Makes the session's user, with his keys for the engine that the session is with. False
 // when that cannot be.
