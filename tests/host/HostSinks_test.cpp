@@ -1,0 +1,200 @@
+// Receivers that come and go while the agent runs.
+#include "HostAgentsTest.h"
+
+using namespace VLK;
+using namespace VLK::host;
+using namespace VLK::Test;
+
+using HostSinks = VLK::Test::HostAgents;
+
+TEST_F(HostSinks, SinksThatStayKeepTheirAgentsAndCounters)
+{
+    agents.Start();
+    Receivers();
+    engine.deliveries[2]->acknowledged = 7;
+    BAgent* const kept = agents.Registry()->GetAgent(BString("trap:udp:192.0.2.2:1162"));
+    agents.SetSinks(configuration.trapSinks);
+    EXPECT_EQ(engine.receivers.size(), 4u);
+    EXPECT_TRUE(engine.removed.empty());
+
+    std::vector<STrapSink> sinks{configuration.trapSinks[2], configuration.trapSinks[0],
+                                 configuration.trapSinks[0]};
+    sinks[2].address = AddressOf("udp:192.0.2.3:162");
+    agents.SetSinks(sinks);
+    EXPECT_EQ(engine.removed, (Numbers{1, 3}));
+    EXPECT_EQ(engine.receivers.size(), 5u);
+    EXPECT_EQ(agents.Registry()->GetNumAgents(), 5);
+    EXPECT_EQ(agents.Registry()->GetAgent(BString("trap:udp:192.0.2.2:1162")), kept);
+    EXPECT_NE(Parameters("trap:udp:192.0.2.2:1162").find("acknowledged: 7\n"), std::string::npos);
+    gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr);
+    EXPECT_EQ(Receivers(), (Numbers{0, 2, 4}));
+    agents.SetSinks({});
+    EXPECT_EQ(engine.removed, (Numbers{1, 3, 2, 0, 4}));
+    gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr);
+    EXPECT_EQ(Receivers(), Numbers());
+}
+
+TEST_F(HostSinks, TwoSinksThatAreAlikeAreTwo)
+{
+    std::vector<STrapSink> sinks(2, configuration.trapSinks[0]);
+    agents.SetSinks(sinks);
+    EXPECT_EQ(engine.receivers.size(), 5u);
+    EXPECT_EQ(engine.removed, (Numbers{1, 2, 3}));
+    agents.SetSinks(sinks);
+    EXPECT_EQ(engine.receivers.size(), 5u);
+    sinks.pop_back();
+    agents.SetSinks(sinks);
+    EXPECT_EQ(engine.removed, (Numbers{1, 2, 3, 4}));
+}
+
+TEST_F(HostSinks, ASinkThatCannotBeSentToIsLeftOutAndTriedTheNextTime)
+{
+    std::vector<STrapSink> sinks = configuration.trapSinks;
+    sinks[1].address = AddressOf("udp:192.0.2.9:162");
+    engine.refused = "udp:192.0.2.9:162";
+    agents.SetSinks(sinks);
+    EXPECT_EQ(agents.Registry()->GetNumAgents(), 5);
+    EXPECT_EQ(engine.removed, Numbers{1});
+    engine.refused.clear();
+    agents.SetSinks(sinks);
+    EXPECT_NE(agents.Registry()->GetAgent(BString("trap:udp:192.0.2.9:162")), nullptr);
+}
+
+TEST_F(HostSinks, WithoutMemoryTheSinksStayAsTheyWere)
+{
+    std::vector<STrapSink> sinks{configuration.trapSinks[0], configuration.trapSinks[2]};
+    sinks[1].retries = 9;
+    engine.receivers.reserve(1000);
+    engine.deliveries.reserve(1000);
+    engine.removed.reserve(1000);
+    int allocations = 0;
+    for (bool isDone = false; !isDone; ++allocations) {
+        const size_t added = engine.receivers.size();
+        const size_t removed = engine.removed.size();
+        {
+            FailingAlloc failing(allocations);
+            try {
+                agents.SetSinks(sinks);
+                isDone = true;
+            } catch (const std::bad_alloc&) {
+            }
+        }
+        const size_t left = engine.removed.size() - removed;
+        EXPECT_EQ(left, isDone ? 3u : engine.receivers.size() - added) << allocations;
+        EXPECT_EQ(agents.Registry()->GetNumAgents(), isDone ? 4 : 6);
+    }
+    EXPECT_GT(allocations, 5);
+}
+
+namespace {
+
+// A way to a receiver of the community `all`.
+void SetTables(modules::CTargetRows& rows, bool isActive)
+{
+    rows.addresses.Change("a", [&](modules::SAddressRow& row) {
+        row.isActive = isActive;
+        row.domain = modules::eDomainUdp;
+        row.address = std::string("\xc0\0\2\7\0\xa2", 6);
+        row.timeout = 0;
+        row.tags = "t";
+        row.params = "p";
+    });
+    rows.params.Change("p", [&](modules::SParamsRow& row) {
+        row.isActive = true;
+        row.mpModel = modules::eMpV2c;
+        row.securityModel = eModelV2c;
+        row.securityName = "all";
+    });
+    rows.notifies.Change("n", [&](modules::SNotifyRow& row) {
+        row.isActive = true;
+        row.tag = "t";
+        row.kind = modules::eNotifyInform;
+    });
+}
+
+} // namespace
+
+TEST_F(HostSinks, RowsThatManagersSetAreReceiversOnceTheSetIsOver)
+{
+    SetTables(rows, true);
+    EXPECT_EQ(engine.receivers.size(), 4u);
+    agents.FollowTables();
+    ASSERT_EQ(engine.receivers.size(), 5u);
+    const SReceiver& made = engine.receivers[4];
+    EXPECT_EQ(made.address.ToString(), "udp:192.0.2.7:162");
+    EXPECT_EQ(made.community, "all");
+    EXPECT_TRUE(made.isInform);
+    EXPECT_EQ(made.timeout, std::chrono::milliseconds(10)) << "an answer takes some time";
+    EXPECT_NE(agents.Registry()->GetAgent(BString("trap:udp:192.0.2.7:162")), nullptr);
+    agents.SetSinks({});
+    EXPECT_EQ(engine.removed, (Numbers{0, 1, 2, 3}));
+    SetTables(rows, false);
+    agents.FollowTables();
+    EXPECT_EQ(engine.removed, (Numbers{0, 1, 2, 3, 4}));
+}
+
+TEST_F(HostSinks, WithoutMemoryTheTablesAreFollowedTheNextTime)
+{
+    SetTables(rows, true);
+    engine.receivers.reserve(1000);
+    engine.deliveries.reserve(1000);
+    engine.removed.reserve(1000);
+    int allocations = 0;
+    for (bool isDone = false; !isDone; ++allocations) {
+        FailingAlloc failing(allocations);
+        try {
+            agents.FollowTables();
+            isDone = !failing.Failed();
+        } catch (const std::bad_alloc&) {
+        }
+    }
+    EXPECT_GT(allocations, 10);
+    EXPECT_NE(agents.Registry()->GetAgent(BString("trap:udp:192.0.2.7:162")), nullptr);
+    EXPECT_EQ(engine.receivers.size(), 5u + engine.removed.size());
+}
+
+TEST_F(HostSinks, TablesMayChangeWhileTrapsAreRaised)
+{
+    agents.Start();
+    std::atomic<bool> isOver{false};
+    std::thread raising([&] {
+        while (!isOver)
+            gate.SendTrap(BTrapV2(MakeOid("1.3.6.1.2.1.1.5")), nullptr);
+    });
+    std::thread configuring([&] {
+        std::vector<STrapSink> sinks(1, configuration.trapSinks[0]);
+        while (!isOver)
+            agents.SetSinks(sinks);
+    });
+    for (int i = 0; i < 50; ++i) {
+        SetTables(rows, i % 2 == 0);
+        agents.FollowTables();
+    }
+    isOver = true;
+    raising.join();
+    configuring.join();
+}
+
+// A sink that goes while traps are raised, and comes again.
+TEST_F(HostSinks, SinksMayChangeWhileTrapsAreRaised)
+{
+    agents.Start();
+    std::atomic<bool> isOver{false};
+    std::thread raising([&] {
+        while (!isOver)
+            gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr);
+    });
+    std::thread reading([&] {
+        while (!isOver)
+            agents.Registry()->AgentAt(agents.Registry()->GetNumAgents() - 1)->GetParams();
+    });
+    for (int i = 0; i < 50; ++i) {
+        std::vector<STrapSink> sinks = configuration.trapSinks;
+        sinks.resize(static_cast<size_t>(i % 3) + 1);
+        agents.SetSinks(sinks);
+    }
+    isOver = true;
+    raising.join();
+    reading.join();
+    EXPECT_EQ(agents.Registry()->GetNumAgents(), 4);
+}
