@@ -72,7 +72,7 @@ BRequestClock::SShare* BRequestClock::ShareOf(const std::shared_ptr<BSlowness>& 
     if (known != end)
         return &*known;
     if (m_count < kMostModules) {
-        end->module = module;
+        *end = {module, 0};
         ++m_count;
         return &*end;
     }

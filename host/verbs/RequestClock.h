@@ -64,7 +64,7 @@ public:
 private:
     struct SShare {
         std::shared_ptr<BSlowness> module;
-        int64_t nanoseconds = 0;
+        int64_t nanoseconds;
     };
 
     bool IsLate() const { return !m_relay || m_relay->IsLate(m_ticket); }

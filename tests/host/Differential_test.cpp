@@ -57,7 +57,6 @@ constexpr bool kSometimes = false;
 
 const char kOwn[] = "each agent has its own name and place";
 const char kModules[] = "each agent has its own MIB modules";
-const char kClock[] = "sysUpTime is that of the host here, and that of the agent there";
 const char kUncounted[] = "the kernel does not count it: no instance, not a zero";
 const char kUnicasts[] = "the kernel does not tell unicasts apart, so no instance here; where an "
                          "interface has nothing else they are all packets";
