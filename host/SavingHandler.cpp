@@ -73,12 +73,14 @@ BSavingHandler::BSavingHandler(IAccessControl* accessControl, ISetSaves& saves, 
     : BMibHandler(tree, accessControl ? &m_access : nullptr), m_access(accessControl),
       m_keeper(saves), m_saves(saves)
 {
+    // Now: later it would wait for the requests that run, and all others for it.
+    m_isRegistered = BMibHandler::RegisterSubtreeHandler(&m_keeper);
 }
 
 BSavingHandler::~BSavingHandler()
 {
     if (m_isRegistered)
-        UnregisterSubtreeHandler(&m_keeper);
+        BMibHandler::UnregisterSubtreeHandler(&m_keeper);
 }
 
 int BSavingHandler::Query(int pduType, int transactionId, const BSecurityParams& security,

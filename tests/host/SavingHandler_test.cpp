@@ -3,8 +3,10 @@
 #include "tests/support/FakeStore.h"
 #include "tests/support/Threads.h"
 
+#include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
+#include <thread>
 
 using namespace VLK;
 using namespace VLK::host;
@@ -153,6 +155,31 @@ TEST_F(SavingHandler, WhatSavesIsSeenByNobody)
         EXPECT_EQ(handler.Query(ePduGetNext, 0, BSecurityParams(), BString(), list, index), 0);
         EXPECT_EQ(list[0].Value().Syntax(), eEndOfMibView) << name;
     }
+}
+
+// A module that takes its time must not be waited for, not by the first SET either.
+TEST_F(SavingHandler, TheFirstSetWaitsForNoWalk)
+{
+    std::atomic<bool> isFirst{true};
+    std::atomic<bool> isInside{false};
+    std::atomic<bool> goesOn{false};
+    inside.asked = [&] {
+        if (isFirst.exchange(false)) {
+            isInside = true;
+            EXPECT_TRUE(Eventually([&] { return goesOn.load(); }));
+        }
+        return 0;
+    };
+    std::thread walk([&] {
+        BVarBindList list;
+        list.Append(BObjectIdentifier(BString("1.3")));
+        int walkIndex = 0;
+        EXPECT_EQ(handler.Query(ePduGetNext, 0, BSecurityParams(), BString(), list, walkIndex), 0);
+    });
+    ASSERT_TRUE(Eventually([&] { return isInside.load(); }));
+    EXPECT_EQ(Ask(ePduSet), eSnmpNoError);
+    goesOn = true;
+    walk.join();
 }
 
 TEST_F(SavingHandler, AFailedSetIsSavedTooAndItsOwnReasonCounts)
