@@ -59,10 +59,13 @@ int BSavingHandler::CKeeper::GetNext(unsigned, BVarBind& binding)
     return eSnmpNoError;
 }
 
-// What those who undo the SET want to be saved waits again, and is tried at the end.
-int BSavingHandler::CKeeper::Set(unsigned, const BVarBindList&, ESnmpSetOpCode op, void**, int&,
-                                 int)
+// What those who undo the SET want to be saved waits again, and is tried at the end. An
+// operator can type the name, too.
+int BSavingHandler::CKeeper::Set(unsigned, const BVarBindList& list, ESnmpSetOpCode op, void**,
+                                 int& index, int)
 {
+    if (op == eSetTest && index + 1 < static_cast<int>(list.Count()))
+        return eSnmpNoSuchName;
     if (op != eSetCommit || m_saves.SaveHeld())
         return eSnmpNoError;
     m_saves.Hold();
@@ -95,6 +98,11 @@ int BSavingHandler::Query(int pduType, int transactionId, const BSecurityParams&
         errorIndex = 0;
         return eSnmpGenErr;
     }
+}
+
+bool BSavingHandler::IsSave(const BObjectIdentifier& region)
+{
+    return region.Compare(NameOfSave()) == 0;
 }
 
 void BSavingHandler::BetweenSets(const std::function<void()>& work)

@@ -28,6 +28,9 @@ public:
     BSavingHandler(IAccessControl* accessControl, ISetSaves& saves, BMibTree* tree = nullptr);
     ~BSavingHandler() override;
 
+    // Whether that is the region of the handler that saves, which is no module's.
+    static bool IsSave(const BObjectIdentifier& region);
+
     int Query(int pduType, int transactionId, const BSecurityParams& security,
               const BString& context, BVarBindList& list, int& errorIndex) override;
 

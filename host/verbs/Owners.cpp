@@ -13,16 +13,15 @@ std::string OidText(const SRegion& region)
     return std::string(2 * region.depth, ' ') + TextOf(region.oid.ToString());
 }
 
-// No message can name anything in it: the agent's own, such as what saves.
-bool IsOutOfReach(const SRegion& region) { return region.oid.Length() < 2; }
-
 } // namespace
 
 CLines OwnersLines(const BRegions& regions, const BObjectIdentifier& above)
 {
     CLines lines;
     std::vector<SRegion> below = regions.Below(above);
-    below.erase(std::remove_if(below.begin(), below.end(), IsOutOfReach), below.end());
+    below.erase(std::remove_if(below.begin(), below.end(),
+                               [](const SRegion& region) { return region.isSave; }),
+                below.end());
     size_t width = 0;
     for (const SRegion& region : below)
         width = std::max(width, OidText(region).size());

@@ -1,5 +1,7 @@
 #include "host/verbs/Regions.h"
 
+#include "host/SavingHandler.h"
+
 #include <new>
 
 namespace VLK::host {
@@ -19,6 +21,7 @@ SRegion RegionAt(const BMibNode& node)
     SRegion region;
     node.GetOid(region.oid);
     region.depth = DepthOf(node);
+    region.isSave = BSavingHandler::IsSave(region.oid);
     const BMibSubtreeHandler& handler = *node.SubtreeHandler();
     region.module.assign(handler.Name().c_str(), handler.Name().length());
     // A tree may be given nodes by hand.
@@ -55,7 +58,10 @@ std::optional<SRegion> BRegions::Holding(const BObjectIdentifier& oid) const
     const BMibNode* node = FindSubtreeHandlerNode(oid);
     if (!node)
         return std::nullopt;
-    return RegionAt(*node);
+    SRegion region = RegionAt(*node);
+    if (region.isSave)
+        return std::nullopt;
+    return region;
 }
 
 // The one that it had, as a range may be in the tree in part.

@@ -15,8 +15,9 @@ namespace VLK::host {
 
 struct SRegion {
     BObjectIdentifier oid;
-    std::string module; // the name of what serves it
-    unsigned depth = 0; // in how many other regions it lies
+    std::string module;  // the name of what serves it
+    unsigned depth = 0;  // in how many other regions it lies
+    bool isSave = false; // no module's: it saves what SETs have changed
     SSlowness slowness;
 };
 

@@ -80,6 +80,13 @@ double Milliseconds(std::chrono::nanoseconds duration)
     return std::chrono::duration<double, std::milli>(duration).count();
 }
 
+std::string RegionText(const SRegion& region)
+{
+    if (region.isSave)
+        return "none: saving what SETs have changed";
+    return TextOf(region.oid.ToString()) + " of " + region.module;
+}
+
 void AddSlow(CLines& lines, const BRegions& regions)
 {
     std::vector<SRegion> slow = regions.Below(BObjectIdentifier());
@@ -102,7 +109,7 @@ void AddSlow(CLines& lines, const BRegions& regions)
                                static_cast<unsigned long long>(sum.requests),
                                Milliseconds(sum.total), Milliseconds(sum.worst),
                                TimeText(sum.worstAt).c_str()) +
-                        TextOf(slow[i].oid.ToString()) + " of " + slow[i].module);
+                        RegionText(slow[i]));
     }
     if (slow.size() > kMostSlow)
         lines.push_back(Format("  and %zu more", slow.size() - kMostSlow));

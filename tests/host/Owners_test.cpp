@@ -57,6 +57,22 @@ TEST_F(Owners, OfTheSystemGroupAreItsModules)
                               "  1.3.6.1.2.1.1.9  SNMPv2-MIB.sysORTable\n");
 }
 
+// What saves SETs is in the tree from the first one on, and nobody's object.
+TEST_F(Owners, AreThoseOfModulesOnly)
+{
+    handler.Init(nullptr, nullptr);
+    BVarBindList list;
+    list.Append(MakeOid("1.3.6.1.2.1.1.4.0"));
+    list[0].Value().SetOctets(BOctetString(BString("me")));
+    int index = 0;
+    EXPECT_EQ(handler.Query(ePduSet, 0, console, BString(), list, index), eSnmpNoError);
+    ASSERT_EQ(regions.Below(BObjectIdentifier()).size(), 3u);
+    EXPECT_EQ(Type("owners"), "1.3.6.1.2.1.1      SNMPv2-MIB.system\n"
+                              "  1.3.6.1.2.1.1.9  SNMPv2-MIB.sysORTable\n");
+    EXPECT_EQ(Type("owners 4294967295"), "no region at or below 4294967295\n");
+    EXPECT_EQ(Line("explain 4294967295", "region"), "none: no module has registered there");
+}
+
 TEST_F(Owners, ComeAndGoAsOften)
 {
     for (int round = 0; round < 3; ++round) {

@@ -155,6 +155,17 @@ TEST_F(SavingHandler, WhatSavesIsSeenByNobody)
         EXPECT_EQ(handler.Query(ePduGetNext, 0, BSecurityParams(), BString(), list, index), 0);
         EXPECT_EQ(list[0].Value().Syntax(), eEndOfMibView) << name;
     }
+    for (unsigned count : {1u, 2u}) {
+        list.Clear();
+        for (unsigned i = 0; i < count; ++i)
+            list.Append(BObjectIdentifier(BString("4294967295")));
+        saves.saves = 0;
+        EXPECT_EQ(handler.Query(ePduSet, 0, BSecurityParams(), BString(), list, index),
+                  eSnmpNoSuchName);
+        EXPECT_EQ(index, 1);
+        EXPECT_EQ(list.Count(), count);
+        EXPECT_EQ(saves.saves, 1) << "that of any SET that has failed";
+    }
 }
 
 // A module that takes its time must not be waited for, not by the first SET either.

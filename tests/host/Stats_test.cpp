@@ -138,6 +138,19 @@ TEST_F(Stats, OfASlowModule)
     EXPECT_NE(text.find("  1.3.6.1.4.1.32473.1 of callback\n"), text.npos) << text;
 }
 
+TEST_F(Stats, OfSavesThatAreSlow)
+{
+    handler.Init(nullptr, nullptr);
+    saves.onSave = [] { TakeTwoMilliseconds(); };
+    BVarBindList list;
+    list.Append(VLK::Test::MakeOid("1.3.6.1.2.1.1.4.0"));
+    list[0].Value().SetOctets(BOctetString(BString("me")));
+    int index = 0;
+    EXPECT_EQ(handler.Query(ePduSet, 0, console, BString(), list, index), eSnmpNoError);
+    const std::string text = Type("stats");
+    EXPECT_NE(text.find("  none: saving what SETs have changed\n"), text.npos) << text;
+}
+
 // The thread has lost its role: that is all that a clock is read for.
 TEST_F(Stats, OfARequestThatItsRelayFoundLate)
 {

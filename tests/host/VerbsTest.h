@@ -8,6 +8,7 @@
 #include "tests/support/Oids.h"
 #include "tests/support/ScriptedStream.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -18,8 +19,14 @@ protected:
     class Saves : public ISetSaves {
     public:
         bool works = true;
+        std::function<void()> onSave;
         void Hold() override {}
-        bool SaveHeld() override { return works; }
+        bool SaveHeld() override
+        {
+            if (onSave)
+                onSave();
+            return works;
+        }
     };
 
     explicit VerbsTest(const std::string& text = "") : VerbsTest(ReadConfigText(text, "f")) {}
