@@ -1,7 +1,6 @@
 #include "host/agents/HostAgents.h"
 
 #include "host/HostError.h"
-#include "host/Log.h"
 
 #include <algorithm>
 #include <new>
@@ -183,7 +182,7 @@ std::shared_ptr<BSinkAgent> BHostAgents::Make(const STrapSink& sink, ERefusal re
     } catch (const BHostError& error) {
         if (refusal == eRefusalThrown)
             throw;
-        LogLine(eLogWarning, error.what());
+        m_log.Write([&] { return std::string(error.what()); });
         return nullptr;
     }
 }

@@ -133,6 +133,21 @@ TEST_F(HostSinks, RowsThatManagersSetAreReceiversOnceTheSetIsOver)
     EXPECT_EQ(engine.removed, (Numbers{0, 1, 2, 3, 4}));
 }
 
+// Each SET tries again, and a manager may send many.
+TEST_F(HostSinks, RowsThatCannotBeSentToLeaveAFewLines)
+{
+    engine.refused = "udp:192.0.2.7:162";
+    testing::internal::CaptureStderr();
+    for (int i = 0; i < 100; ++i) {
+        SetTables(rows, true);
+        agents.FollowTables();
+    }
+    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string line = "test_host: cannot send to udp:192.0.2.7:162\n";
+    EXPECT_EQ(log.find(line), 0u) << log;
+    EXPECT_LT(log.size(), 20 * line.size()) << log;
+}
+
 TEST_F(HostSinks, WithoutMemoryTheTablesAreFollowedTheNextTime)
 {
     SetTables(rows, true);
@@ -185,8 +200,10 @@ TEST_F(HostSinks, SinksMayChangeWhileTrapsAreRaised)
             gate.SendTrap(BTrapV2(MakeOid(kColdStart)), nullptr);
     });
     std::thread reading([&] {
-        while (!isOver)
-            agents.Registry()->AgentAt(agents.Registry()->GetNumAgents() - 1)->GetParams();
+        while (!isOver) {
+            const auto registry = agents.Registry();
+            registry->AgentAt(registry->GetNumAgents() - 1)->GetParams();
+        }
     });
     for (int i = 0; i < 50; ++i) {
         std::vector<STrapSink> sinks = configuration.trapSinks;
