@@ -52,6 +52,19 @@ size_t DotsOutsideTexts(const std::string& text)
     return dots;
 }
 
+// The parser quotes a number that it cannot hold, which may be a passphrase without its
+// quotes.
+std::string WithoutNumber(std::string description)
+{
+    for (const char* behind : {"' is not representable", "' could not be interpreted"}) {
+        const size_t end = description.find(behind);
+        const size_t begin = description.find('\'');
+        if (end != description.npos && begin < end)
+            description.replace(begin + 1, end - begin - 1, "...");
+    }
+    return description;
+}
+
 } // namespace
 
 SConfiguration ReadConfigText(const std::string& text, const std::string& file, bool isPrivate)
@@ -68,7 +81,7 @@ SConfiguration ReadConfigText(const std::string& text, const std::string& file, 
         configuration.file = file;
     } catch (const toml::parse_error& error) {
         SPlace place = PlaceOf(error.source());
-        problems.Add(place, std::string(error.description()) + " (column " +
+        problems.Add(place, WithoutNumber(std::string(error.description())) + " (column " +
                                 std::to_string(place.column) + ")");
     }
     if (!problems.AreNone())

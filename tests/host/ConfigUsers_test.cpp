@@ -176,6 +176,12 @@ TEST(ConfigUsers, NoMessageShowsAPassphrase)
         {"\"secret 4711\\n\"", "f:5: authPassphrase has control characters"},
         {"12345678", "f:5: authPassphrase is no text"},
         {"[\"12345678\"]", "f:5: authPassphrase is no text"},
+        {"98765432109876543210", "f:5: Error while parsing decimal integer: '...' is not "
+                                 "representable in 64 bits (column 38)"},
+        {"0xffffffffffffffffff", "f:5: Error while parsing hexadecimal integer: '...' is not "
+                                 "representable in 64 bits (column 38)"},
+        {"1e98765432", "f:5: Error while parsing floating-point: '...' could not be interpreted "
+                       "as a value (column 28)"},
     };
     for (const auto& [value, problem] : mistakes)
         EXPECT_EQ(Problems(kUser + "auth = \"SHA\"\nauthPassphrase = " + value + "\n"),
