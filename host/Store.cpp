@@ -133,11 +133,17 @@ void BStore::NoteFailure(const std::string& why)
     m_failureTold = true;
 }
 
+// SQLite ends a transaction by itself when the disk is full or fails: what its update
+// goes on to write would be kept, each piece alone.
+bool BStore::HasBrokenOff() const { return m_updating && m_updateFailed; }
+
 template <class TBind>
 int BStore::Write(const char* section, const char* key, int field, EFieldKind kind,
                   const char* label, TBind bind)
 {
     CLock lock(m_lock);
+    if (HasBrokenOff())
+        return eFileFailed;
     BUse useRecord(m_addRecord);
     BUse useField(m_setField);
     m_addRecord.Bind(1, section).Bind(2, key);
@@ -232,6 +238,8 @@ int BStore::SetInt(const char* section, const char* key, int value, const char* 
 void BStore::OpenSection(const char* section)
 {
     CLock lock(m_lock);
+    if (HasBrokenOff())
+        return;
     BUse useFields(m_dropFields);
     BUse useRecords(m_dropRecords);
     BUse useRecord(m_addRecord);

@@ -72,6 +72,7 @@ private:
     int Write(const char* section, const char* key, int field, EFieldKind kind, const char* label,
               TBind bind);
     bool Save(const std::vector<INVCallback*>& callbacks);
+    bool HasBrokenOff() const;
     bool Run(BStatement& statement);
     void NoteUnread();
     void NoteFailure(const std::string& why);

@@ -103,6 +103,48 @@ protected:
     int m_refused = 0;
 };
 
+// More rows than SQLite keeps in memory up to the end of a transaction. Goes on behind
+// a failure, as those may who have many to write.
+class ManyRows : public INVCallback {
+public:
+    static constexpr int kRows = 800;
+
+    explicit ManyRows(BStore& store) : m_store(store) {}
+    int Update() override
+    {
+        int status = 0;
+        m_store.OpenSection("rows");
+        for (int row = 0; row < kRows; ++row) {
+            const std::string key = std::to_string(row);
+            const BString text(std::string(4000, letter).c_str());
+            status |= m_store.SetString("rows", key.c_str(), text, 0, 0);
+        }
+        return status;
+    }
+
+    char letter = 'a';
+
+private:
+    BStore& m_store;
+};
+
+// The letter of all rows, or why there is none.
+std::string LetterOf(BStore& store)
+{
+    std::string letters;
+    const int count = store.GetRecordCount("rows");
+    if (count != ManyRows::kRows)
+        return std::to_string(count) + " rows";
+    for (int row = 0; row < count; ++row) {
+        BString text;
+        store.GetString("rows", std::to_string(row).c_str(), text, 0);
+        const std::string letter(text.c_str(), text.empty() ? 0 : 1);
+        if (letters.find(letter) == letters.npos)
+            letters += letter;
+    }
+    return letters;
+}
+
 // Of a request that is answered.
 int Status(const UdpClient& client, const ber::Bytes& request)
 {
@@ -181,6 +223,30 @@ TEST_F(BadStorage, NoWriteThatFailsLeavesHalfOfASet)
         }
     }
     EXPECT_GE(m_refused, 16);
+}
+
+TEST_F(BadStorage, NoWriteThatFailsAmidAnUpdateLeavesHalfOfIt)
+{
+    const FailingVfs vfs;
+    BStore store(file);
+    ManyRows rows(store);
+    store.RequestUpdate(&rows);
+    ASSERT_EQ(LetterOf(store), "a");
+    rows.letter = 'b';
+    for (int code : {SQLITE_FULL, SQLITE_IOERR_WRITE}) {
+        for (int after : {0, 1, 40, 200}) {
+            SCOPED_TRACE(std::to_string(code) + " after " + std::to_string(after));
+            FailingVfs::FailAfter(after, code, false);
+            store.Hold();
+            store.RequestUpdate(&rows);
+            EXPECT_FALSE(store.SaveHeld());
+            EXPECT_EQ(FailingVfs::Failures(), 1);
+            FailingVfs::Stop();
+            EXPECT_EQ(LetterOf(store), "a");
+        }
+    }
+    store.RequestUpdate(&rows);
+    EXPECT_EQ(LetterOf(store), "b");
 }
 
 // A limit of the size of files is a full disk to the agent.
