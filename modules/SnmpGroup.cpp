@@ -1,5 +1,6 @@
 #include "modules/SnmpGroup.h"
 
+#include <new>
 #include <optional>
 
 namespace VLK::modules {
@@ -76,27 +77,29 @@ int CSnmpGroup::OnGet_EnableAuthenTraps(unsigned, EAuthenTraps& value)
     return eSnmpNoError;
 }
 
-// The slot takes which of the two values was there before the first commit, so that
-// undo is right for several bindings too.
 int CSnmpGroup::OnSet_EnableAuthenTraps(ESnmpSetOpCode op, unsigned, EAuthenTraps value,
                                         void** slot)
 {
+    auto* const before = slot ? static_cast<SState*>(*slot) : nullptr;
     if (op == eSetTest) {
-        if (!slot)
+        if (!slot || !(*slot = new (std::nothrow) SState{m_authenTraps, m_isManaged}))
             return eSnmpResourceUnavailable;
-        *slot = AreTrapsEnabled() ? this : nullptr;
     } else if (op == eSetCommit) {
-        Change(value);
+        Change({value, true});
     } else if (op == eSetUndo) {
-        Change(*slot ? eAuthenTrapsEnabled : eAuthenTrapsDisabled);
+        if (!before)
+            return eSnmpUndoFailed;
+        Change(*before);
+    } else {
+        delete before;
     }
     return eSnmpNoError;
 }
 
-void CSnmpGroup::Change(EAuthenTraps value)
+void CSnmpGroup::Change(const SState& state)
 {
-    m_authenTraps = value;
-    m_isManaged = true; // undo too: the store has it
+    m_authenTraps = state.value;
+    m_isManaged = state.isManaged;
     if (m_store)
         m_store->RequestUpdate(this);
 }
@@ -105,6 +108,8 @@ int CSnmpGroup::Update()
 {
     const EAuthenTraps value = m_authenTraps;
     m_store->OpenSection(kSection);
+    if (!m_isManaged) // a SET was undone
+        return 0;
     return m_store->SetInt(kSection, kEnableAuthenTraps, value, LabelOf(value), 0, 0);
 }
 

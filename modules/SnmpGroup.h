@@ -33,6 +33,10 @@ public:
     const SConstraintMapEntry* GetConstraintMap() const override { return s_constraints; }
 
 private:
+    struct SState {
+        EAuthenTraps value;
+        bool isManaged;
+    };
     template <SSnmpCounters::CCounter SSnmpCounters::*counter>
     int OnGet(unsigned, unsigned& value)
     {
@@ -41,7 +45,7 @@ private:
     }
     int OnGet_EnableAuthenTraps(unsigned id, EAuthenTraps& value);
     int OnSet_EnableAuthenTraps(ESnmpSetOpCode op, unsigned id, EAuthenTraps value, void** slot);
-    void Change(EAuthenTraps value);
+    void Change(const SState& state);
     int Update() override;
 
     static SRqHndlrMapEntry s_map[];

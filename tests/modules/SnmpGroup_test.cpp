@@ -156,6 +156,14 @@ TEST_F(SnmpGroup, IsToldAnotherFirstValueUntilAManagerSetsIt)
     EXPECT_FALSE(next.Group().AreTrapsEnabled()) << "the store says what it is";
 }
 
+TEST_F(SnmpGroup, AFailedSetIsNoManagersWord)
+{
+    EXPECT_EQ(client.SetInVain({{kEnable, Number(1)}, {kEnable, Number(2)}}), eSnmpCommitFailed);
+    EXPECT_EQ(store.calls.back(), "OpenSection mib-2.snmp") << "with nothing in it";
+    module.Group().SetFirst(eAuthenTrapsEnabled);
+    EXPECT_EQ(client.Get(kEnable), "1");
+}
+
 TEST(SnmpGroupWithoutStore, IsSetAndNotKept)
 {
     SSnmpCounters counters;
