@@ -136,6 +136,23 @@ constexpr SCounter kCounters[] = {
     {STAT_SNMPUNKNOWNCONTEXTS, {1, 3, 6, 1, 6, 3, 12, 1, 5, 0}, 10},
 };
 
+bool IsOwnEngine(const unsigned char* engine, size_t length)
+{
+    unsigned char own[MAX_ENGINEID_LENGTH];
+    return length == snmpv3_get_engineID(own, sizeof own) && length != 0 &&
+           std::memcmp(engine, own, length) == 0;
+}
+
+// Says who we are, and is not secured: there is no key to do it with.
+netsnmp_pdu* ReportOfOwnEngine(netsnmp_pdu& request)
+{
+    netsnmp_pdu* pdu = snmp_clone_pdu(&request);
+    if (!pdu || snmpv3_make_report(pdu, SNMPERR_USM_UNKNOWNENGINEID) == SNMPERR_SUCCESS)
+        return pdu;
+    snmp_free_pdu(pdu);
+    return nullptr;
+}
+
 } // namespace
 
 void StartUsm(const SEngineIdentity& engine, const std::vector<SUser>& users)
@@ -214,15 +231,16 @@ void ForgetEngine(netsnmp_session& session)
     session.securityEngineIDLen = 0;
 }
 
+// The wire library knows our users for the engines of receivers, too: who has a key for
+// one of those has none for us, and nothing keeps his messages from being sent again.
 // The user without a name is for the discovery of the engine ID: no request is his.
 int FaultOf(const netsnmp_pdu& pdu)
 {
-    unsigned char own[MAX_ENGINEID_LENGTH];
-    const size_t length = snmpv3_get_engineID(own, sizeof own);
+    if (!IsOwnEngine(pdu.securityEngineID, pdu.securityEngineIDLen))
+        return STAT_USMSTATSUNKNOWNENGINEIDS;
     if (pdu.securityNameLen == 0)
         return STAT_USMSTATSUNKNOWNUSERNAMES;
-    if (!IsRequest(pdu) || pdu.contextEngineIDLen != length ||
-        std::memcmp(pdu.contextEngineID, own, length) != 0)
+    if (!IsRequest(pdu) || !IsOwnEngine(pdu.contextEngineID, pdu.contextEngineIDLen))
         return STAT_SNMPUNKNOWNPDUHANDLERS;
     return -1;
 }
@@ -230,10 +248,13 @@ int FaultOf(const netsnmp_pdu& pdu)
 netsnmp_pdu* Report(netsnmp_pdu& request, int counter)
 {
     const unsigned value = snmp_increment_statistic(counter);
+    const bool isAskedFor = request.flags & SNMP_MSG_FLAG_RPRT_BIT;
+    if (counter == STAT_USMSTATSUNKNOWNENGINEIDS)
+        return isAskedFor ? ReportOfOwnEngine(request) : nullptr;
     auto known =
         std::find_if(std::begin(kCounters), std::end(kCounters),
                      [=](const SCounter& candidate) { return candidate.number == counter; });
-    if (!(request.flags & SNMP_MSG_FLAG_RPRT_BIT) || known == std::end(kCounters))
+    if (!isAskedFor || known == std::end(kCounters))
         return nullptr;
     return MakeReport(request, known->name, known->length, value);
 }

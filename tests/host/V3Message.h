@@ -32,10 +32,10 @@ struct Request {
     int first = 0;
     int second = 0;
     ber::Bytes bindings;
+    int id = 4711; // of message and request
 
     ber::Bytes Encode() const
     {
-        const int id = 4711;
         ber::Bytes global = ber::Integer(id) + ber::Integer(maxSize) +
                             ber::Tlv(4, ber::Bytes(1, flags)) + ber::Integer(3);
         ber::Bytes security = ber::Tlv(4, engineId) + ber::Integer(0) + ber::Integer(0) +
