@@ -277,8 +277,9 @@ TEST_F(Access, ACommunityIsAnsweredToItsSourcesOnly)
 
 TEST_F(Access, ARefusalIsLoggedWithWhoWhatAndWhy)
 {
-    agent.Ask("snmpget", "2c", "lan", {oid::kSysContact});
-    agent.Ask("snmpset", "1", "few", {oid::kSysContact, "s", "x"});
+    const Arguments once{"-r", "0", "-t", "60"}; // a line for each
+    agent.Ask("snmpget", "2c", "lan", {oid::kSysContact}, once);
+    agent.Ask("snmpset", "1", "few", {oid::kSysContact, "s", "x"}, once);
     EXPECT_EQ(agent.Kill(SIGTERM), 0);
     Arguments log = Lines(agent.Rest());
     ASSERT_EQ(log.size(), 2u);

@@ -58,8 +58,9 @@ TEST_F(VerbsConsole, AreListedAndHelpedWith)
 TEST_F(VerbsConsole, TellOfRequestsOfTheWire)
 {
     ASSERT_TRUE(agent.IsReady()) << agent.LogText();
-    EXPECT_EQ(agent.Ask("snmpset", "private", {oid::kSysContact, "s", "me"}).status, 0);
-    EXPECT_NE(agent.Ask("snmpset", "public", {oid::kSysName, "s", "me"}).status, 0);
+    const Arguments once{"-r", "0", "-t", "60"}; // they are counted
+    EXPECT_EQ(agent.Ask("snmpset", "private", {oid::kSysContact, "s", "me"}, once).status, 0);
+    EXPECT_NE(agent.Ask("snmpset", "public", {oid::kSysName, "s", "me"}, once).status, 0);
     const std::string text = agent.Answers("stats\nlastset\nexplain 1.3.6.1.2.1.1.5.0 public\n"
                                            "owners 1.3.6.1.2.1.1\n");
     EXPECT_TRUE(Holds(text, "  set                   0            2            0\n")) << text;
