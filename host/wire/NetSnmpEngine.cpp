@@ -79,6 +79,7 @@ struct BNetSnmpEngine::SState {
     {
     }
     void Serve(BRelay& relay, int stopDescriptor);
+    void SetSenders(const std::vector<SUser>& senders);
     int PrepareReceivers(std::vector<pollfd>& waits, size_t first);
     bool Accept(BRelay& relay, SArrival& arrival);
     bool Answer(BRelay* relay, SArrival& arrival);
@@ -388,9 +389,15 @@ void BNetSnmpEngine::ReplaceUsers(const std::vector<SUser>& users)
 {
     if (!m_state->speaksV3)
         return;
-    host::ReplaceUsers(m_state->identity, m_state->users, users, m_state->wire);
+    // First, so that no key of an old passphrase is made for a receiver's engine meanwhile.
+    m_state->SetSenders(users);
+    try {
+        host::ReplaceUsers(m_state->identity, m_state->users, users, m_state->wire);
+    } catch (...) {
+        m_state->SetSenders(m_state->users);
+        throw;
+    }
     std::lock_guard<std::mutex> lock(m_state->wire);
-    m_state->receivers.SpeakV3(users);
     m_state->users = users;
 }
 
@@ -468,6 +475,13 @@ void BNetSnmpEngine::Serve(int stopDescriptor)
     const SServingRelay serving(*m_state, relay);
     relay.Run([&] { m_state->Serve(relay, stopDescriptor); });
     m_state->queuedSets.clear();
+}
+
+// The users that notifications are sent as.
+void BNetSnmpEngine::SState::SetSenders(const std::vector<SUser>& senders)
+{
+    std::lock_guard<std::mutex> lock(wire);
+    receivers.SpeakV3(senders);
 }
 
 int BNetSnmpEngine::SState::PrepareReceivers(std::vector<pollfd>& waits, size_t first)

@@ -23,10 +23,12 @@ constexpr size_t kFirst = 1; // of the links'
 // Of one try: that the engine is another one, and its time.
 constexpr unsigned kMostReports = 2;
 
-// How long, in microseconds, the engine of a receiver is waited for, while nothing else is
-// served; and how long it is not asked for again.
-constexpr long kProbePatience = 250000;
-constexpr std::chrono::seconds kProbeInterval{1};
+// An engine is not asked for more often, whatever waits for it.
+constexpr std::chrono::milliseconds kProbeInterval{1000};
+
+// RFC 3411 section 5.
+constexpr size_t kShortestEngineId = 5;
+constexpr size_t kLongestEngineId = 32;
 
 constexpr int kPatienceWithoutMemory = 100; // milliseconds
 constexpr int kMostPatience = 3600000;
@@ -71,8 +73,9 @@ bool WasTooLong(session_list* session)
 
 // An inform that is not acknowledged.
 struct BNetSnmpReceivers::SPending {
-    // eAgain: it is sent at once, as part of the same try.
-    enum EState { eWaiting, eNotSent, eAcknowledged, eRefused, eTimedOut, eAgain };
+    // eNotSent: nothing is under way, until the next try. eNoEngine: it is sent once the receiver's
+    // engine is known. eAgain: at once. Both as part of the same try.
+    enum EState { eWaiting, eNotSent, eNoEngine, eAcknowledged, eRefused, eTimedOut, eAgain };
 
     SLink* link = nullptr;
     SNotification notification;
@@ -80,10 +83,11 @@ struct BNetSnmpReceivers::SPending {
     unsigned tries = 0;
     bool wasSent = false;
     unsigned reports = 0; // SNMPv3, in this try
+    CClock::time_point lastSent;
     CClock::time_point deadline;
     EState state = eWaiting;
 
-    void TakeReport(netsnmp_pdu& report);
+    void TakeReport(const netsnmp_pdu& report);
     // Returns whether the wire library shall forget the request.
     static int OnAnswer(int operation, netsnmp_session* session, int requestId, netsnmp_pdu* pdu,
                         void* self);
@@ -96,7 +100,10 @@ struct BNetSnmpReceivers::SLink {
     session_list* session = nullptr;
     int descriptor = -1;
     std::list<SPending> pending;
-    CClock::time_point nextProbe; // not before then
+    // SNMPv3
+    std::string engine;             // the receiver's, of an inform; empty: not known
+    CClock::time_point nextProbe;   // not before then
+    CClock::time_point engineSince; // when it was learned
 
     SLink() = default;
     ~SLink()
@@ -107,19 +114,88 @@ struct BNetSnmpReceivers::SLink {
     SLink(const SLink&) = delete;
     SLink& operator=(const SLink&) = delete;
 
+    bool IsFrom(const netsnmp_pdu* pdu) const;
+    bool KnowsEngine() const { return !engine.empty(); }
+    bool KeepEngine();
+    bool LearnEngine(const netsnmp_pdu& report);
+    void DoubtEngine(const SPending& unanswered);
+    void AskForEngine();
+
     static int OnMessage(int, netsnmp_session*, int, netsnmp_pdu*, void*) { return 1; }
+    static int OnEngine(int operation, netsnmp_session* session, int requestId, netsnmp_pdu* pdu,
+                        void* self);
 };
 
 // A request id can be guessed: only the receiver's own answer counts.
+bool BNetSnmpReceivers::SLink::IsFrom(const netsnmp_pdu* pdu) const
+{
+    BTransportAddress from;
+    return pdu && ReadRemote(*pdu, from) && from == receiver.address;
+}
+
+// Whatever the wire library has made of a message meanwhile: it believes everybody.
+bool BNetSnmpReceivers::SLink::KeepEngine()
+{
+    return !receiver.isInform || receiver.protocol != eSnmpV3 ||
+           SetEngine(*snmp_sess_session(session), engine);
+}
+
+bool BNetSnmpReceivers::SLink::LearnEngine(const netsnmp_pdu& report)
+{
+    const size_t length = report.securityEngineIDLen;
+    if (!report.securityEngineID || length < kShortestEngineId || length > kLongestEngineId)
+        return false;
+    engine.assign(reinterpret_cast<const char*>(report.securityEngineID), length);
+    engineSince = CClock::now();
+    return true;
+}
+
+// An inform was not answered: its receiver may be another engine since. Not when the engine
+// was learned after the inform had been sent: many may time out together.
+void BNetSnmpReceivers::SLink::DoubtEngine(const SPending& unanswered)
+{
+    if (receiver.protocol == eSnmpV3 && unanswered.lastSent > engineSince)
+        engine.clear();
+}
+
+// Sends the question, and waits for nothing: whoever needs the answer looks for it when a
+// message has come. One that is lost is asked again with the next try of an inform.
+void BNetSnmpReceivers::SLink::AskForEngine()
+{
+    const CClock::time_point now = CClock::now();
+    if (now < nextProbe)
+        return;
+    nextProbe = now + std::min(receiver.timeout, kProbeInterval);
+    netsnmp_pdu* probe = KeepEngine() ? MakeEngineProbe() : nullptr;
+    if (probe && !snmp_sess_async_send(session, probe, OnEngine, this))
+        snmp_free_pdu(probe);
+}
+
+int BNetSnmpReceivers::SLink::OnEngine(int operation, netsnmp_session*, int, netsnmp_pdu* pdu,
+                                       void* self)
+{
+    auto* link = static_cast<SLink*>(self);
+    if (operation != NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE)
+        return 1;
+    if (!link->IsFrom(pdu) || pdu->command != SNMP_MSG_REPORT)
+        return 0;
+    if (!link->KnowsEngine() && snmpv3_get_report_type(pdu) == SNMPERR_UNKNOWN_ENG_ID)
+        link->LearnEngine(*pdu);
+    return 1;
+}
+
 int BNetSnmpReceivers::SPending::OnAnswer(int operation, netsnmp_session*, int, netsnmp_pdu* pdu,
                                           void* self)
 {
     auto* pending = static_cast<SPending*>(self);
     if (operation == NETSNMP_CALLBACK_OP_TIMED_OUT) {
         pending->state = eTimedOut;
+    } else if (operation == NETSNMP_CALLBACK_OP_RESEND ||
+               operation == NETSNMP_CALLBACK_OP_SEND_FAILED) {
+        pending->state = eWaiting; // the request is kept
+        pending->deadline = CClock::now() + pending->link->receiver.timeout;
     } else if (operation == NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE) {
-        BTransportAddress from;
-        if (!pdu || !ReadRemote(*pdu, from) || from != pending->link->receiver.address)
+        if (!pending->link->IsFrom(pdu))
             return 0;
         if (pdu->command == SNMP_MSG_REPORT) {
             pending->TakeReport(*pdu);
@@ -340,26 +416,6 @@ void BNetSnmpReceivers::Send(SLink& link, SNotification&& notification)
         snmp_free_pdu(pdu);
 }
 
-// Whether the receiver's engine is known. The wire library waits for the answer: not for
-// long, and not often where none comes.
-bool BNetSnmpReceivers::FindEngine(SLink& link)
-{
-    netsnmp_session& session = *snmp_sess_session(link.session);
-    const CClock::time_point now = CClock::now();
-    if (session.securityEngineIDLen != 0 || now < link.nextProbe)
-        return session.securityEngineIDLen != 0;
-    link.nextProbe = now + std::max<CClock::duration>(link.receiver.timeout, kProbeInterval);
-    const long timeout = session.timeout;
-    session.timeout = kProbePatience;
-    session.flags &= ~static_cast<u_long>(SNMP_FLAGS_DONT_PROBE);
-    const snmp_secmod_def* const usm = find_sec_mod(SNMP_SEC_MODEL_USM);
-    if (usm && usm->probe_engineid)
-        usm->probe_engineid(link.session, &session);
-    session.flags |= SNMP_FLAGS_DONT_PROBE;
-    session.timeout = timeout;
-    return session.securityEngineIDLen != 0;
-}
-
 // With the request id of the first time, so that the receiver can know it again.
 // False when no try can do better: the network may be there the next time, but a
 // message does not get shorter.
@@ -368,13 +424,16 @@ bool BNetSnmpReceivers::SendInform(SPending& pending)
     const SReceiver& receiver = pending.link->receiver;
     SDelivery& delivery = *pending.link->delivery;
     pending.state = SPending::eWaiting;
-    pending.deadline = CClock::now() + receiver.timeout;
+    pending.lastSent = CClock::now();
+    pending.deadline = pending.lastSent + receiver.timeout;
     if (receiver.protocol == eSnmpV3) {
-        if (!FindEngine(*pending.link)) {
-            pending.state = SPending::eNotSent;
-            return true; // it may be there the next time
+        if (!pending.link->KnowsEngine()) {
+            pending.state = SPending::eNoEngine;
+            pending.link->AskForEngine();
+            return true;
         }
-        if (!MakeUser(*snmp_sess_session(pending.link->session), m_users))
+        if (!pending.link->KeepEngine() ||
+            !MakeUser(*snmp_sess_session(pending.link->session), m_users))
             return false;
     }
     netsnmp_pdu* pdu = MakeNotification(pending.notification, receiver, {});
@@ -398,18 +457,15 @@ bool BNetSnmpReceivers::SendInform(SPending& pending)
 }
 
 // A receiver of SNMPv3 tells by a report what is its time, or that its engine is another
-// one since; the wire library notes the time, and sends the message again itself, once.
-void BNetSnmpReceivers::SPending::TakeReport(netsnmp_pdu& report)
+// one since. The wire library notes the time, and may send the message again itself, which
+// it tells. Whatever else it says need not be so at the next try.
+void BNetSnmpReceivers::SPending::TakeReport(const netsnmp_pdu& report)
 {
-    const int type = snmpv3_get_report_type(&report);
+    const int type = snmpv3_get_report_type(const_cast<netsnmp_pdu*>(&report));
     const bool isOneMore = ++reports <= kMostReports;
-    state = eRefused;
-    if (isOneMore && type == SNMPERR_NOT_IN_TIME_WINDOW)
-        state = eWaiting;
-    if (!isOneMore || type != SNMPERR_UNKNOWN_ENG_ID)
-        return;
-    ForgetEngine(*snmp_sess_session(link->session));
-    state = eAgain;
+    state = eNotSent;
+    if (isOneMore && type == SNMPERR_UNKNOWN_ENG_ID && link->LearnEngine(report))
+        state = eAgain;
 }
 
 void BNetSnmpReceivers::Sweep(SLink& link)
@@ -425,6 +481,10 @@ bool BNetSnmpReceivers::GoesOn(SPending& pending)
     switch (pending.state) {
     case SPending::eWaiting:
         return true;
+    case SPending::eNoEngine:
+        if (pending.link->KnowsEngine() && SendInform(pending))
+            return true;
+        [[fallthrough]];
     case SPending::eNotSent:
         if (CClock::now() < pending.deadline)
             return true;
@@ -437,6 +497,7 @@ bool BNetSnmpReceivers::GoesOn(SPending& pending)
             return true;
         break;
     case SPending::eTimedOut:
+        pending.link->DoubtEngine(pending);
         break;
     case SPending::eRefused:
         ++delivery.givenUp;

@@ -63,7 +63,6 @@ private:
     void Send(SQueued& queued);
     void Send(SLink& link, SNotification&& notification);
     bool SendInform(SPending& pending);
-    static bool FindEngine(SLink& link);
     void Sweep(SLink& link);
     bool GoesOn(SPending& pending);
 

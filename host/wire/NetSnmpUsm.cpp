@@ -207,7 +207,7 @@ void LeaveEngineToUs(netsnmp_session& session, const SReceiver& receiver)
 {
     session.flags |= SNMP_FLAGS_DONT_PROBE; // which no copy of settings has
     if (receiver.isInform)
-        ForgetEngine(session);
+        SetEngine(session, "");
 }
 
 bool MakeUser(const netsnmp_session& session, const std::vector<SUser>& users)
@@ -224,11 +224,35 @@ bool MakeUser(const netsnmp_session& session, const std::vector<SUser>& users)
     return IsMade(engine, *user);
 }
 
-void ForgetEngine(netsnmp_session& session)
+bool SetEngine(netsnmp_session& session, const std::string& engineId)
 {
+    unsigned char* engine = nullptr;
+    if (!engineId.empty()) {
+        engine = static_cast<unsigned char*>(malloc(engineId.size()));
+        if (!engine)
+            return false;
+        std::memcpy(engine, engineId.data(), engineId.size());
+    }
     free(session.securityEngineID);
-    session.securityEngineID = nullptr;
-    session.securityEngineIDLen = 0;
+    session.securityEngineID = engine;
+    session.securityEngineIDLen = engineId.size();
+    return true;
+}
+
+netsnmp_pdu* MakeEngineProbe()
+{
+    netsnmp_pdu* pdu = snmp_pdu_create(SNMP_MSG_GET);
+    if (!pdu)
+        return nullptr;
+    pdu->version = SNMP_VERSION_3;
+    pdu->securityModel = SNMP_SEC_MODEL_USM;
+    pdu->securityLevel = SNMP_SEC_LEVEL_NOAUTH;
+    // No name is not the same as the session's.
+    pdu->securityName = static_cast<char*>(calloc(1, 1));
+    if (pdu->securityName)
+        return pdu;
+    snmp_free_pdu(pdu);
+    return nullptr;
 }
 
 // The wire library knows our users for the engines of receivers, too: who has a key for

@@ -34,8 +34,11 @@ void LeaveEngineToUs(netsnmp_session& session, const SReceiver& receiver);
 // Makes the session's user, with his keys for the engine that the session is with. False
 // when that cannot be.
 bool MakeUser(const netsnmp_session& session, const std::vector<SUser>& users);
-// The session is with no engine.
-void ForgetEngine(netsnmp_session& session);
+// It is with that engine, or with none. False without memory: nothing is changed then.
+bool SetEngine(netsnmp_session& session, const std::string& engineId);
+// The message that is answered with the engine ID of who gets it (RFC 3414 section 4). Null
+// without memory.
+netsnmp_pdu* MakeEngineProbe();
 
 // What is wrong with a message of SNMPv3 that the wire library has let through: the
 // number of its counter, or -1 for nothing.
