@@ -24,16 +24,13 @@ public:
         fcntl(m_master, F_SETFD, FD_CLOEXEC);
         fcntl(m_slave, F_SETFD, FD_CLOEXEC);
         m_settings = Settings();
+        const std::vector<char*> argv = ArgvOf(arguments);
         m_pid = fork();
         if (m_pid != 0)
             return;
         login_tty(m_slave);
         rlimit none{0, 0};
         setrlimit(RLIMIT_CORE, &none);
-        std::vector<char*> argv;
-        for (const std::string& argument : arguments)
-            argv.push_back(const_cast<char*>(argument.c_str()));
-        argv.push_back(nullptr);
         execvp(argv[0], argv.data());
         _exit(127);
     }

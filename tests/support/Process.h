@@ -12,6 +12,17 @@
 
 using Arguments = std::vector<std::string>;
 
+// For exec. Made before fork(): the child of a process with threads may allocate
+// nothing, for one of them may have held the allocator's lock.
+inline std::vector<char*> ArgvOf(const Arguments& arguments)
+{
+    std::vector<char*> argv;
+    for (const std::string& argument : arguments)
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    return argv;
+}
+
 // Standard input, or a file of its own for standard error.
 struct ProcessFiles {
     int input = -1; // none: /dev/null
@@ -26,6 +37,7 @@ public:
         int ends[2];
         if (pipe2(ends, O_CLOEXEC) != 0) // no other child is to hold them open
             return;
+        const std::vector<char*> argv = ArgvOf(arguments);
         m_pid = fork();
         if (m_pid == 0) {
             dup2(ends[1], STDOUT_FILENO);
@@ -33,7 +45,8 @@ public:
             dup2(files.input < 0 ? open("/dev/null", O_RDONLY) : files.input, STDIN_FILENO);
             close(ends[0]);
             close(ends[1]);
-            Execute(arguments);
+            execvp(argv[0], argv.data());
+            _exit(127);
         }
         close(ends[1]);
         m_output = ends[0];
@@ -92,16 +105,6 @@ private:
     static int Create(const std::string& file)
     {
         return open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    }
-
-    [[noreturn]] static void Execute(const Arguments& arguments)
-    {
-        std::vector<char*> argv;
-        for (const std::string& argument : arguments)
-            argv.push_back(const_cast<char*>(argument.c_str()));
-        argv.push_back(nullptr);
-        execvp(argv[0], argv.data());
-        _exit(127);
     }
 
     bool ReadMore()
