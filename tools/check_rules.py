@@ -8,7 +8,7 @@ import pathlib
 import re
 import sys
 
-SKIPPED = {".git", "build", ".cache", "__pycache__"}
+SKIPPED = {".git", "build", ".cache", "__pycache__", "corpus"}
 CODE = {".h", ".cpp"}
 SCRIPTS = {".sh", ".py", ".cmake", ".txt", ".json", ".yml", ""}
 MAX_PUBLIC_HEADER = 400
