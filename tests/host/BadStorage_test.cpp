@@ -8,6 +8,7 @@
 #include "FailingVfs.h"
 #include "RunningAgent.h"
 #include "UdpClient.h"
+#include "tests/support/Seed.h"
 
 #include <random>
 #include <sys/resource.h>
@@ -350,7 +351,7 @@ TEST_F(SmallDisk, ThatMayOnlyBeReadIsOneLineAndStatusOne)
 
 TEST_F(BadStorage, ADamagedFileIsRefusedOrWhole)
 {
-    const unsigned seed = std::random_device()();
+    const unsigned seed = VLK::Test::Seed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     {

@@ -1,5 +1,6 @@
 // Two hundred thousand bad messages to the real agent.
 #include "BadTraffic.h"
+#include "tests/support/Seed.h"
 
 namespace {
 
@@ -20,9 +21,7 @@ constexpr int kDescriptorsMore = 4; // those of a request that is at work just t
 
 TEST_F(BadTraffic, TwoHundredThousandBadMessagesLeaveTheAgentAsItWas)
 {
-    const unsigned seed = std::random_device()();
-    std::printf("seed %u\n", seed);
-    BadMessages messages(seed, WholeOnes());
+    BadMessages messages(VLK::Test::Seed(), WholeOnes());
     Send(messages, kMessages / 5);
     const SFootprint warm = SFootprint::Of(m_agent->Pid(), m_store);
     Send(messages, kMessages - kMessages / 5);

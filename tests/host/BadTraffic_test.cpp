@@ -2,17 +2,9 @@
 #include "BadTraffic.h"
 
 #include "host/wire/DatagramCheck.h"
+#include "tests/support/Seed.h"
 
-namespace {
-
-unsigned Seed()
-{
-    const unsigned seed = std::random_device()();
-    std::printf("seed %u\n", seed);
-    return seed;
-}
-
-} // namespace
+using VLK::Test::Seed;
 
 TEST_F(BadTraffic, AFewThousandBadMessagesChangeNothing)
 {

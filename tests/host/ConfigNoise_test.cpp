@@ -4,6 +4,7 @@
 #include "host/Options.h"
 #include "host/config/ConfigFile.h"
 
+#include "tests/support/Seed.h"
 #include "tests/support/TempDir.h"
 
 #include <algorithm>
@@ -93,7 +94,7 @@ protected:
         }
     }
 
-    unsigned m_seed = std::random_device()();
+    unsigned m_seed = VLK::Test::Seed();
     testing::ScopedTrace m_trace{__FILE__, __LINE__, "seed " + std::to_string(m_seed)};
     std::mt19937 m_random{m_seed};
 

@@ -1,6 +1,7 @@
 // The agent under all kinds of traffic at once, for VKMIBH_SOAK_SECONDS (20 of them
 // where nothing is said): what it takes of the machine stays the same.
 #include "SoakTraffic.h"
+#include "tests/support/Seed.h"
 
 #include <algorithm>
 #include <chrono>
@@ -40,10 +41,8 @@ void Print(long seconds, const SoakTraffic& traffic, const SFootprint& now)
 TEST(Soak, LeavesTheAgentAsItWas)
 {
     using CClock = std::chrono::steady_clock;
-    const unsigned seed = std::random_device()();
-    std::printf("seed %u\n", seed);
     TempDir directory;
-    SoakTraffic traffic(seed, directory.Path());
+    SoakTraffic traffic(VLK::Test::Seed(), directory.Path());
     ASSERT_TRUE(traffic.IsReady()) << traffic.Log();
     traffic.FillLog();
     const auto begin = CClock::now();
