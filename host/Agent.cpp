@@ -162,7 +162,7 @@ void Serve(const SOptions& options, const FAddModules& addModules)
     BWatchingHandler handler(access, saves, regions);
     handler.Init(&time, store.get());
     own.Register(handler, *handler.SystemGroup(), regions);
-    addModules(handler, gate);
+    addModules(handler, gate, store.get());
     BAuthenticationTraps failures(own.Snmp(), gate);
     BDispatcher dispatcher(handler, access, counters, &failures);
     BNetSnmpEngine engine(dispatcher, counters,
@@ -229,7 +229,7 @@ int RunAgent(int argc, const char* const* argv)
             std::cout << options.config << ": no problems found\n";
             return static_cast<int>(eExitDone);
         }
-        return RunAgent(options, [](IMIBHandler&, ITrapSender&) {});
+        return RunAgent(options, [](IMIBHandler&, ITrapSender&, INonVolatile*) {});
     });
 }
 

@@ -12,8 +12,8 @@ namespace VLK::host {
 // Registers what an agent serves beside the system group; called once, before
 // the first request. What is registered must outlive the agent. The sender may be used
 // on any thread, and outlives the agent: before its start and after its end traps go
-// nowhere.
-using FAddModules = std::function<void(IMIBHandler&, ITrapSender&)>;
+// nowhere. The store is there as long as requests run, null without one.
+using FAddModules = std::function<void(IMIBHandler&, ITrapSender&, INonVolatile*)>;
 
 // vkagentd.
 int RunAgent(int argc, const char* const* argv);

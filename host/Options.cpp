@@ -199,6 +199,8 @@ SConfiguration Configure(const SOptions& options)
         configuration.listen.emplace_back();
         configuration.listen.front().Parse(kDefaultAddress);
     }
+    configuration.trapSinks.insert(configuration.trapSinks.end(), options.trapSinks.begin(),
+                                   options.trapSinks.end());
     if (!options.store.empty())
         configuration.store = options.store;
     configuration.log = options.log.value_or(configuration.log);

@@ -34,6 +34,8 @@ struct SOptions {
     // Nothing is kept: no file is opened, and what managers set ends with the
     // agent. Not on the command line.
     bool withoutStore = false;
+    // Beside those of the file. Not on the command line.
+    std::vector<STrapSink> trapSinks;
     // Nothing: a console for the operator who started the agent on a terminal.
     std::optional<bool> console;
 };

@@ -53,7 +53,8 @@ protected:
     Arguments m_arguments;
 };
 
-const char* const kExamples[] = {"scalar", "table", "rowstatus", "entrystatus", "row", "subtree"};
+const char* const kExamples[] = {"hello", "scalar",  "table",  "rowstatus",   "entrystatus",
+                                 "row",   "subtree", "stored", "notification"};
 
 } // namespace
 
@@ -66,7 +67,6 @@ TEST_P(Promises, EveryCommandAnswersAsTheCommentSays)
     RunningServer& server = example.Server();
     const std::string ready = "example_" + std::string(GetParam()) + ": ready on udp:127.0.0.1:";
     ASSERT_EQ(server.FirstLine().find(ready), 0u) << server.FirstLine();
-    std::filesystem::create_directory(example.Directory() + "/build");
 
     const Outcome outcome =
         server.Tools().Run({"sh", "-c", Script(example.Directory(), server.Address())});
@@ -88,6 +88,7 @@ TEST_P(Promises, NothingIsLeftBehind)
     RunningExample example(GetParam());
     ASSERT_TRUE(example.Server().IsReady()) << example.Server().FirstLine();
     EXPECT_EQ(example.Server().Kill(SIGINT), 0);
+    EXPECT_TRUE(std::filesystem::remove(example.Directory() + "/build")) << "it was not empty";
     EXPECT_TRUE(std::filesystem::is_empty(example.Directory()));
 }
 

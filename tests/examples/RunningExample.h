@@ -1,4 +1,5 @@
-// An example on a port the system chose, in a directory of its own.
+// An example on a port the system chose, in a directory of its own, in which there is
+// nothing but an empty directory `build`.
 #pragma once
 
 #include "tests/support/RunningServer.h"
@@ -18,6 +19,7 @@ private:
     Arguments Line(const std::string& name, const Arguments& arguments,
                    const std::string& address) const
     {
+        std::filesystem::create_directory(m_directory.File("build"));
         Arguments line{
             "env",  "-C", m_directory.Path(), "HOME=" + m_directory.Path(), EXAMPLE_PROGRAMS + name,
             address};

@@ -180,7 +180,7 @@ int main(int argc, char** argv)
     host::SOptions options;
     if (std::optional<int> status = host::ParseOptions(argc, argv, options, std::cout))
         return *status;
-    return host::RunAgent(options, [&](IMIBHandler& handler, ITrapSender&) {
+    return host::RunAgent(options, [&](IMIBHandler& handler, ITrapSender&, INonVolatile*) {
         std::vector<CScalar*> scalars{&slowSet, &waiting, &sleeper};
         for (int i = 1; i <= 8; ++i)
             scalars.push_back(&slowGets.emplace_back(gate, i));

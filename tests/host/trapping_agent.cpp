@@ -104,10 +104,11 @@ int main(int argc, char** argv)
     host::SOptions options;
     if (std::optional<int> status = host::ParseOptions(argc, argv, options, std::cout))
         return *status;
-    int status = host::RunAgent(options, [&](IMIBHandler& handler, ITrapSender& sender) {
-        trapper.sender = &sender;
-        trapper.Initialize();
-        handler.RegisterSubtreeHandler(&trapper);
-    });
+    int status =
+        host::RunAgent(options, [&](IMIBHandler& handler, ITrapSender& sender, INonVolatile*) {
+            trapper.sender = &sender;
+            trapper.Initialize();
+            handler.RegisterSubtreeHandler(&trapper);
+        });
     return status;
 }
