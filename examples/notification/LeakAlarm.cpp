@@ -1,6 +1,6 @@
 #include "examples/notification/LeakAlarm.h"
 
-#include <filesystem>
+#include <unistd.h>
 #include <vkmibh/agents.h>
 
 namespace VLK::examples {
@@ -40,8 +40,7 @@ void CLeakAlarm::Watch()
 
 CLeakAlarm::EState CLeakAlarm::Look() const
 {
-    std::error_code error;
-    return std::filesystem::exists(m_path, error) ? eStateLeaking : eStateDry;
+    return access(m_path.c_str(), F_OK) == 0 ? eStateLeaking : eStateDry;
 }
 
 // On the timer's thread. The bindings are the objects of the notification; sysUpTime.0
