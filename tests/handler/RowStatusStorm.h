@@ -3,13 +3,10 @@
 
 #include "tests/support/Requests.h"
 #include "tests/support/RowStatusProbe.h"
-#include "tests/support/Threads.h"
+#include "tests/support/Workers.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <functional>
 #include <iterator>
 #include <memory>
 #include <random>
@@ -73,62 +70,6 @@ private:
 
     const bool m_serialised;
     std::set<BObjectIdentifier> m_between; // rows with a SET between test and cleanup
-};
-
-// Works until it is told to stop. All workers get on, or the process ends: what
-// hangs cannot be joined.
-class Workers {
-public:
-    explicit Workers(std::chrono::milliseconds duration)
-        : m_end(std::chrono::steady_clock::now() + duration)
-    {
-    }
-
-    // `step` is called over and over.
-    void Add(const char* name, std::function<void()> step)
-    {
-        m_workers.push_back(std::make_unique<SWorker>());
-        SWorker& worker = *m_workers.back();
-        worker.name = name;
-        worker.thread = std::thread([this, &worker, step] {
-            while (std::chrono::steady_clock::now() < m_end) {
-                step();
-                ++worker.steps;
-            }
-            worker.done = true;
-        });
-    }
-    void Join()
-    {
-        for (auto& worker : m_workers) {
-            Watch(*worker);
-            worker->thread.join();
-            EXPECT_GT(worker->steps, 0) << worker->name;
-        }
-    }
-
-private:
-    struct SWorker {
-        std::string name;
-        std::thread thread;
-        std::atomic<long> steps{0};
-        std::atomic<bool> done{false};
-    };
-
-    static void Watch(SWorker& worker)
-    {
-        long steps = -1;
-        while (!worker.done) {
-            steps = worker.steps;
-            if (!Eventually([&] { return worker.done || worker.steps != steps; })) {
-                std::fprintf(stderr, "%s hangs after %ld steps\n", worker.name.c_str(), steps);
-                std::abort();
-            }
-        }
-    }
-
-    const std::chrono::steady_clock::time_point m_end;
-    std::vector<std::unique_ptr<SWorker>> m_workers;
 };
 
 class Storm {

@@ -1,0 +1,89 @@
+// Threads that repeat a step each until time is up, and how long that is.
+#pragma once
+
+#include "tests/support/Threads.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace VLK {
+namespace Test {
+
+// What a test of races takes: as long as VKMIBH_RACE_SECONDS says, or else half a
+// minute where races are looked for and hardly anything elsewhere.
+inline std::chrono::seconds RaceTime()
+{
+#ifdef __SANITIZE_THREAD__
+    constexpr int kDefault = 30;
+#else
+    constexpr int kDefault = 2;
+#endif
+    const char* const text = std::getenv("VKMIBH_RACE_SECONDS");
+    const int seconds = text ? std::atoi(text) : kDefault;
+    return std::chrono::seconds(seconds > 0 ? seconds : kDefault);
+}
+
+// Works until time is up. All workers get on, or the process ends: what hangs
+// cannot be joined. Steps are short; how many there were is printed.
+class Workers {
+public:
+    explicit Workers(std::chrono::milliseconds duration)
+        : m_end(std::chrono::steady_clock::now() + duration)
+    {
+    }
+
+    // `step` is called over and over.
+    void Add(const char* name, std::function<void()> step)
+    {
+        m_workers.push_back(std::make_unique<SWorker>());
+        SWorker& worker = *m_workers.back();
+        worker.name = name;
+        worker.thread = std::thread([this, &worker, step] {
+            do {
+                step();
+                ++worker.steps;
+            } while (std::chrono::steady_clock::now() < m_end);
+            worker.done = true;
+        });
+    }
+    void Join()
+    {
+        for (auto& worker : m_workers) {
+            Watch(*worker);
+            worker->thread.join();
+            std::printf("%s: %ld steps\n", worker->name.c_str(), worker->steps.load());
+        }
+    }
+
+private:
+    struct SWorker {
+        std::string name;
+        std::thread thread;
+        std::atomic<long> steps{0};
+        std::atomic<bool> done{false};
+    };
+
+    static void Watch(SWorker& worker)
+    {
+        long steps = -1;
+        while (!worker.done) {
+            steps = worker.steps;
+            if (!Eventually([&] { return worker.done || worker.steps != steps; })) {
+                std::fprintf(stderr, "%s hangs after %ld steps\n", worker.name.c_str(), steps);
+                std::abort();
+            }
+        }
+    }
+
+    const std::chrono::steady_clock::time_point m_end;
+    std::vector<std::unique_ptr<SWorker>> m_workers;
+};
+
+} // namespace Test
+} // namespace VLK
