@@ -94,13 +94,18 @@ public:
             naive.Refuse(name);
     }
 
+    int GetNext(BVarBindList& list, int& errorIndex, bool isV1)
+    {
+        return m_handler.QueryGetNext(1, m_security, m_context, list, errorIndex, isV1);
+    }
+
     // Asks for the successor in both ways and says what differs; empty when nothing does.
     std::string Compare(const Arcs& name, bool isV1)
     {
         BVarBindList list;
         list.Append(MakeOid(name));
         int errorIndex = 0;
-        const int status = m_handler.QueryGetNext(1, m_security, m_context, list, errorIndex, isV1);
+        const int status = GetNext(list, errorIndex, isV1);
         const Arcs wanted = naive.Next(name, isV1);
         const bool atEnd = list[0].Value().Syntax() == eEndOfMibView;
         const Arcs got = atEnd || status ? Arcs() : ArcsOf(list[0].Name());
