@@ -48,7 +48,8 @@ int BMibTree::Initialize()
     for (int i = 0; i < kWellKnownCount; ++i) {
         const SWellKnownNode& row = kWellKnownNodes[i];
         nodes[i] = new (std::nothrow) BMibNode(row.name, row.id, nullptr);
-        if (!Insert(nodes[i], row.parent < 0 ? &m_top : nodes[row.parent])) {
+        const bool isNamed = nodes[i] && !nodes[i]->Name().empty();
+        if (!isNamed || !Insert(nodes[i], row.parent < 0 ? &m_top : nodes[row.parent])) {
             delete nodes[i];
             if (i > 0)
                 delete m_top.RemoveChildWithId(kWellKnownNodes[0].id);

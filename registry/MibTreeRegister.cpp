@@ -41,7 +41,9 @@ int BMibTree::RegisterAt(const BObjectIdentifier& oid, BMibSubtreeHandler* handl
     if (BMibNode* node = parent->ChildWithId(id))
         return node->AddSubtreeHandler(handler);
     BMibNode* node = new (std::nothrow) BMibNode(handler->Name(), id, handler);
-    if (node && node->HasSubtreeHandler() && parent->AddChildNode(node))
+    // There was memory for all of it.
+    const bool isWhole = node && node->HasSubtreeHandler() && node->Name() == handler->Name();
+    if (isWhole && parent->AddChildNode(node))
         return 1;
     delete node;
     return 0;
