@@ -73,14 +73,17 @@ bool BMib2System::SetLocation(const BString& text)
 
 bool BMib2System::SetObjectID(const BObjectIdentifier& oid)
 {
-    const TMutexLock lock(m_lock);
-    return m_objectId.Set(oid);
+    return SetObjectID(oid.Length(), oid.Arcs());
 }
 
 bool BMib2System::SetObjectID(unsigned int count, const unsigned int* arcs)
 {
+    BObjectIdentifier copy;
+    if (!copy.Set(count, arcs))
+        return false;
     const TMutexLock lock(m_lock);
-    return m_objectId.Set(count, arcs);
+    m_objectId = std::move(copy);
+    return true;
 }
 
 void BMib2System::SetServices(int bits)

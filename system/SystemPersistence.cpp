@@ -3,6 +3,8 @@
 
 #include "foundation/HostCall.h"
 
+#include <cstring>
+
 namespace VLK {
 
 namespace {
@@ -26,6 +28,14 @@ bool Load(INonVolatile& store, const char* key, int& number)
     return HostCall([&] { return store.GetInt(kSection, key, number, 0) == 0; }, false);
 }
 
+// Whether that is what the text says. A text that is no identifier says the empty
+// one; digits and dots read so only when there was no memory.
+bool IsRead(const BObjectIdentifier& oid, const BString& text)
+{
+    return oid.Length() != 0 || text.empty() ||
+           std::strspn(text.c_str(), "0123456789.") != text.length();
+}
+
 } // namespace
 
 int BMib2System::InitFromNV()
@@ -37,8 +47,11 @@ int BMib2System::InitFromNV()
     BString text;
     if (Load(*store, kDescr, text))
         SetDescription(text);
-    if (Load(*store, kObjectId, text))
-        SetObjectID(BObjectIdentifier(text));
+    if (Load(*store, kObjectId, text)) {
+        const BObjectIdentifier oid(text);
+        if (IsRead(oid, text))
+            SetObjectID(oid);
+    }
     if (Load(*store, kLocation, text))
         SetLocation(text);
     if (Load(*store, kContact, text))
