@@ -47,8 +47,6 @@ template <class Item>
 void AssignItems(Item*& items, unsigned& count, unsigned& capacity, const Item* others,
                  unsigned otherCount)
 {
-    if (items == others && items)
-        return;
     Item* copies = otherCount != 0 ? NewItems<Item>(otherCount) : nullptr;
     if (!copies && otherCount != 0)
         return;
@@ -71,7 +69,7 @@ bool AppendItem(Item*& items, unsigned& count, unsigned& capacity, Item&& item,
 {
     if (count == capacity && !Enlarge(items, count, capacity, wanted))
         return false;
-    items[count++] = std::move(item);
+    items[count++] = std::forward<Item>(item);
     return true;
 }
 

@@ -9,7 +9,8 @@ BOidArray::BOidArray(const BOidArray& other) : BOidArray() { *this = other; }
 
 BOidArray& BOidArray::operator=(const BOidArray& other)
 {
-    AssignItems(m_items, m_count, m_capacity, other.m_items, other.m_count);
+    if (this != &other)
+        AssignItems(m_items, m_count, m_capacity, other.m_items, other.m_count);
     return *this;
 }
 

@@ -7,7 +7,7 @@ namespace VLK {
 
 bool BPtrArray::PushBack(void* item)
 {
-    return AppendItem(m_items, m_count, m_capacity, std::move(item),
+    return AppendItem(m_items, m_count, m_capacity, static_cast<void*>(item),
                       m_capacity == 0 ? 4 : std::uint64_t(m_capacity) * 2);
 }
 

@@ -38,7 +38,12 @@ BString::BString(BString&& other) noexcept
 
 BString::~BString() { delete[] m_data; }
 
-BString& BString::operator=(const BString& other) { return Assign(other); }
+BString& BString::operator=(const BString& other)
+{
+    if (this != &other)
+        Assign(other);
+    return *this;
+}
 
 BString& BString::operator=(BString&& other) noexcept
 {

@@ -11,7 +11,8 @@ BStringArray::~BStringArray() { Clear(); }
 
 BStringArray& BStringArray::operator=(const BStringArray& other)
 {
-    AssignItems(m_items, m_count, m_capacity, other.m_items, other.m_count);
+    if (this != &other)
+        AssignItems(m_items, m_count, m_capacity, other.m_items, other.m_count);
     return *this;
 }
 

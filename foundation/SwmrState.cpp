@@ -9,7 +9,7 @@
 
 namespace VLK {
 
-SwmrWaiter::SwmrWaiter(pthread_t self) : thread(self), granted(false), next(nullptr)
+SwmrWaiter::SwmrWaiter(pthread_t waiting) : thread(waiting), granted(false), next(nullptr)
 {
     InitMonotonic(condition);
 }

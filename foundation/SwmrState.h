@@ -11,7 +11,7 @@ namespace VLK {
 // A thread that has to wait; lives on that thread's stack. Whoever makes room
 // for it gives it the lock and wakes it, so that nobody can push in between.
 struct SwmrWaiter {
-    explicit SwmrWaiter(pthread_t thread);
+    explicit SwmrWaiter(pthread_t waiting);
     ~SwmrWaiter();
     SwmrWaiter(const SwmrWaiter&) = delete;
     SwmrWaiter& operator=(const SwmrWaiter&) = delete;

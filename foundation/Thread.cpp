@@ -141,25 +141,25 @@ void TThread::SState::Reap()
     pthread_join(handle, nullptr);
 }
 
-void* TThread::Main(void* argument)
+void* TThread::Main(void* state)
 {
     // Also when the thread is cancelled: the end is always told.
     struct Ending {
-        explicit Ending(SState* s) : state(s) {}
+        explicit Ending(SState* s) : own(s) {}
         ~Ending()
         {
-            state->MarkEnded();
-            state->Release();
+            own->MarkEnded();
+            own->Release();
         }
-        SState* const state;
+        SState* const own;
     };
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
-    SState* const state = static_cast<SState*>(argument);
-    Ending ending(state);
+    SState* const own = static_cast<SState*>(state);
+    Ending ending(own);
     {
-        PthreadLock started(state->mutex); // Start() has noted the handle
+        PthreadLock started(own->mutex); // Start() has noted the handle
     }
-    state->Execute();
+    own->Execute();
     return nullptr;
 }
 

@@ -9,7 +9,8 @@ BUintArray::BUintArray(const BUintArray& other) : BUintArray() { *this = other; 
 
 BUintArray& BUintArray::operator=(const BUintArray& other)
 {
-    AssignItems(m_items, m_count, m_capacity, other.m_items, other.m_count);
+    if (this != &other)
+        AssignItems(m_items, m_count, m_capacity, other.m_items, other.m_count);
     return *this;
 }
 
