@@ -33,7 +33,8 @@ BObjectIdentifier::BObjectIdentifier(const BObjectIdentifier& other) : BObjectId
 
 BObjectIdentifier& BObjectIdentifier::operator=(const BObjectIdentifier& other)
 {
-    Set(other);
+    if (this != &other)
+        Set(other);
     return *this;
 }
 

@@ -65,7 +65,8 @@ BObjectSyntax::~BObjectSyntax()
 
 BObjectSyntax& BObjectSyntax::operator=(const BObjectSyntax& other)
 {
-    Assign(other);
+    if (this != &other)
+        Assign(other);
     return *this;
 }
 

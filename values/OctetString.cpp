@@ -41,7 +41,8 @@ BOctetString::BOctetString(const char* text, unsigned length) : BOctetString()
 
 BOctetString& BOctetString::operator=(const BOctetString& other)
 {
-    Assign(other);
+    if (this != &other)
+        Assign(other);
     return *this;
 }
 

@@ -16,7 +16,8 @@ BVarBind::BVarBind(const BObjectIdentifier& name, const BObjectSyntax& value)
 
 BVarBind& BVarBind::operator=(const BVarBind& other)
 {
-    Assign(other);
+    if (this != &other)
+        Assign(other);
     return *this;
 }
 
@@ -42,7 +43,8 @@ BVarBindList::BVarBindList(const BVarBindList& other) : BVarBindList() { Assign(
 
 BVarBindList& BVarBindList::operator=(const BVarBindList& other)
 {
-    Assign(other);
+    if (this != &other)
+        Assign(other);
     return *this;
 }
 
