@@ -1,6 +1,6 @@
 #include "registry/MibChildIndex.h"
 
-#include <cstring>
+#include <algorithm>
 #include <new>
 
 namespace VLK {
@@ -24,13 +24,13 @@ unsigned CountBelow(const unsigned* ids, unsigned count, unsigned id)
 template <class T>
 void OpenGap(T* items, unsigned count, unsigned at)
 {
-    std::memmove(items + at + 1, items + at, sizeof(T) * (count - at));
+    std::copy_backward(items + at, items + count, items + count + 1);
 }
 
 template <class T>
 void CloseGap(T* items, unsigned count, unsigned at)
 {
-    std::memmove(items + at, items + at + 1, sizeof(T) * (count - at - 1));
+    std::copy(items + at + 1, items + count, items + at);
 }
 
 } // namespace
@@ -157,8 +157,8 @@ bool BMibChildIndex::InsertChunk(unsigned at)
             return false;
         }
         if (m_count) {
-            std::memcpy(firstIds, m_firstIds, sizeof(unsigned) * m_count);
-            std::memcpy(chunks, m_chunks, sizeof(SChunk*) * m_count);
+            std::copy_n(m_firstIds, m_count, firstIds);
+            std::copy_n(m_chunks, m_count, chunks);
         }
         delete[] m_firstIds;
         delete[] m_chunks;
@@ -182,8 +182,8 @@ bool BMibChildIndex::Split(unsigned at)
     SChunk* right = m_chunks[at + 1];
     const unsigned half = left->count / 2;
     right->count = left->count - half;
-    std::memcpy(right->ids, left->ids + half, sizeof(unsigned) * right->count);
-    std::memcpy(right->nodes, left->nodes + half, sizeof(BMibNode*) * right->count);
+    std::copy_n(left->ids + half, right->count, right->ids);
+    std::copy_n(left->nodes + half, right->count, right->nodes);
     left->count = half;
     m_firstIds[at + 1] = right->ids[0];
     return true;
