@@ -83,7 +83,7 @@ int BMibTableImplEx::BeginRow(const SRqHndlrMapEntry* entry, unsigned id,
         return status;
     if (!InsertState(instance, state.get()))
         return eSnmpResourceUnavailable;
-    state.release();
+    static_cast<void>(state.release()); // the table's now
     return eSnmpNoError;
 }
 
