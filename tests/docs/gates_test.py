@@ -130,5 +130,35 @@ class Quotations(unittest.TestCase):
         self.assertIn("no documents", output)
 
 
+class Comments(unittest.TestCase):
+    WHOLE = "// A fan.\n//\n// Ownership: none.\n// Threads:   any.\n// Errors:    none.\n"
+
+    def check(self, header):
+        return Tree({"include/vkmibh/a.h": header}).run("check_comments.py")
+
+    def refuses(self, header, text):
+        code, output = self.check(header)
+        self.assertEqual(code, 1, output)
+        self.assertIn(text, output)
+
+    def test_accepts_classes_that_tell_all(self):
+        pump = "// A pump.\n//\n// Ownership, Threads, Errors: as BFan.\nclass BPump {\n"
+        code, output = self.check(self.WHOLE + "class VKMIBH_API BFan : public BBase {\n};\n" + pump)
+        self.assertEqual((code, output), (0, "2 public classes tell what they have to\n"))
+
+    def test_accepts_what_classes_share(self):
+        self.assertEqual(self.check(self.WHOLE + "\n// One.\nclass BOne {\n};\n\nclass BTwo {\n};\n")[0], 0)
+
+    def test_refuses_classes_that_do_not(self):
+        self.refuses("class BFan {\n", "a.h:1: BFan has no comment")
+        self.refuses(self.WHOLE.replace("// Threads:   any.\n", "") + "class BFan {\n",
+                     "BFan does not tell of: Threads")
+        self.refuses("// A pump.\n//\n// Ownership, Threads, Errors: as BFan.\nclass BPump {\n",
+                     "is as BFan, which is no public class")
+
+    def test_refuses_an_empty_tree(self):
+        self.refuses("int a;\n", "no classes")
+
+
 if __name__ == "__main__":
     unittest.main()
