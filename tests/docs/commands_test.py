@@ -27,7 +27,7 @@ PATIENCE = 120  # seconds that a busy machine may need to start an agent
 
 
 def help_of_dev():
-    return {found[1]: found[2] for found in re.finditer(r"^cmd_([a-z]+)\(\) # (.*)$", DEV, re.M)}
+    return {found[1]: found[2] for found in re.finditer(r"^cmd_([a-z-]+)\(\) # (.*)$", DEV, re.M)}
 
 
 class Agent:
