@@ -81,6 +81,7 @@ public:
         return 0;
     }
     SRqHndlrMapEntry* GetRqHndlrMap() const override { return s_map; }
+    static SRqHndlrMapEntry s_map[];
 
     bool failsCommits = false;
     unsigned timeouts = 0;
@@ -97,7 +98,6 @@ private:
         return ColumnRow<eKindInteger, &RowTable::OnGet<Column>, &RowTable::OnSet<Column>>(
             Column, "value", eAsnInteger, eRqReadCreate);
     }
-    static SRqHndlrMapEntry s_map[];
     std::vector<SRow> m_rows;
 };
 
@@ -186,6 +186,17 @@ void CountPerRow(benchmark::State& state, unsigned rows)
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
+BVarBindList AllColumns(unsigned row, ERowStatus status)
+{
+    BVarBindList list;
+    BObjectSyntax value;
+    for (unsigned column = 1; column <= kColumns; ++column) {
+        value.SetInt(column < kColumns ? int(column) : int(status));
+        list.Append(Rows::Name(column, row), value);
+    }
+    return list;
+}
+
 // One row is made, activated and destroyed while so many others exist, which are
 // active or pending. They have the odd indices, it has one of the even ones.
 void RowComesAndGoes(benchmark::State& state)
@@ -209,6 +220,33 @@ void RowComesAndGoes(benchmark::State& state)
 BENCHMARK(RowComesAndGoes)
     ->ArgNames({"others", "pending", "shuffled"})
     ->ArgsProduct({{100, 10000, 100000}, {0, 1}, {eAscending, eShuffled}});
+
+// The floor: the module's code for the status in three phases of three SETs, with the
+// record of a row's state, and the timer's that ends its wait.
+void RowComesAndGoesFloor(benchmark::State& state)
+{
+    class Subscriber : public ITimeSubscriber {
+        void OnTimeout(BTimeInterval&) override {}
+    } subscriber;
+    BTimer& timer = *BTimer::GetInstance();
+    RowTable table(1);
+    const BVarBindList list = AllColumns(0, eRowActive);
+    const BObjectIdentifier index(0u);
+    const AllocScope allocs(state);
+    for (auto _ : state) {
+        auto row = std::make_unique<BObjectIdentifier>(index);
+        const int id = timer.Subscribe(&subscriber, kTimeout, 1);
+        for (int set = 0; set < 3; ++set) {
+            for (const ESnmpSetOpCode phase : {eSetTest, eSetCommit, eSetCleanup}) {
+                void* slot = nullptr;
+                table.BMibImpl::Set(&RowTable::s_map[kColumns - 1], 1, phase, &slot,
+                                    list[int(kColumns) - 1].Value(), row.get());
+            }
+        }
+        timer.Unsubscribe(id);
+    }
+}
+BENCHMARK(RowComesAndGoesFloor);
 
 // All rows are made and wait, then all are activated, then all are destroyed.
 void RowsComeAndGo(benchmark::State& state)
@@ -283,17 +321,6 @@ BENCHMARK(RowsInOneSet)
     ->ArgNames({"rows", "shuffled"})
     ->ArgsProduct({{100, 10000}, {eAscending, eShuffled}})
     ->Unit(benchmark::kMillisecond);
-
-BVarBindList AllColumns(unsigned row, ERowStatus status)
-{
-    BVarBindList list;
-    BObjectSyntax value;
-    for (unsigned column = 1; column <= kColumns; ++column) {
-        value.SetInt(column < kColumns ? int(column) : int(status));
-        list.Append(Rows::Name(column, row), value);
-    }
-    return list;
-}
 
 // A row and its columns, in one SET, which is then destroyed in another; or taken
 // back, with the status column failing to commit: all four phases.
