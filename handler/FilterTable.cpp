@@ -1,23 +1,70 @@
 // The rows of a view filter table and their indexes.
-#include <vkmibh/filter.h>
+#include "handler/FilterFinder.h"
 
+#include <cstdint>
 #include <new>
 #include <utility>
 
 namespace VLK {
 
+namespace {
+
+// A row whose address nobody outside has stands in the map with the lowest bit set. So
+// it takes no memory to tell, and rows from outside are right as they are.
+static_assert(alignof(BFilterTable::Entry) > 1);
+constexpr std::uintptr_t kUnlent = 1;
+
+void* Tagged(BFilterTable::Entry* row)
+{
+    return reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(row) | kUnlent);
+}
+
+BFilterTable::Entry* Untagged(void* data)
+{
+    return reinterpret_cast<BFilterTable::Entry*>(reinterpret_cast<std::uintptr_t>(data) &
+                                                  ~kUnlent);
+}
+
+} // namespace
+
 BFilterTable::BFilterTable(INonVolatile* store) : BFilterTable(store, nullptr) {}
 
 BFilterTable::BFilterTable(INonVolatile* store, const char* section)
-    : m_store(store), m_section(section), m_lock(true), m_walked(-1)
+    : m_store(store), m_section(section), m_lock(true), m_walked(-1), m_finder(nullptr)
 {
 }
 
-BFilterTable::~BFilterTable() { Clear(); }
-
-BFilterTable::Entry* BFilterTable::RowOf(int position) const
+BFilterTable::~BFilterTable()
 {
-    return static_cast<Entry*>(DataAt(position));
+    Clear();
+    TMutexLock lock(m_lock);
+    delete m_finder;
+}
+
+BFilterTable::Entry* BFilterTable::RowOf(int position) const { return Untagged(DataAt(position)); }
+
+bool BFilterTable::IsLent(int position) const
+{
+    return (reinterpret_cast<std::uintptr_t>(DataAt(position)) & kUnlent) == 0;
+}
+
+// Whoever gets the address may change the row, now and later.
+BFilterTable::Entry* BFilterTable::Lend(int position)
+{
+    if (position < 0)
+        return nullptr;
+    Entry* const row = RowOf(position);
+    if (!IsLent(position)) {
+        SetDataAt(position, row);
+        Forget();
+    }
+    return row;
+}
+
+void BFilterTable::Forget()
+{
+    if (m_finder)
+        m_finder->Forget();
 }
 
 int BFilterTable::End() const { return static_cast<int>(BMapOid2Ptr::Count()); }
@@ -42,7 +89,7 @@ bool BFilterTable::Insert(const BString& viewName, const BObjectIdentifier& subt
     const bool isWhole = row->viewName.length() == viewName.length() &&
                          row->subtree.Length() == subtree.Length() &&
                          row->mask.Length() == mask.Length();
-    if (isWhole && Insert(index, row))
+    if (isWhole && InsertTagged(index, Tagged(row)))
         return true;
     delete row;
     return false;
@@ -51,18 +98,26 @@ bool BFilterTable::Insert(const BString& viewName, const BObjectIdentifier& subt
 bool BFilterTable::Insert(const BObjectIdentifier& index, Entry* row)
 {
     TMutexLock lock(m_lock);
-    return row && BMapOid2Ptr::Insert(index, row);
+    return row && InsertTagged(index, row);
+}
+
+bool BFilterTable::InsertTagged(const BObjectIdentifier& index, void* tagged)
+{
+    Forget();
+    return BMapOid2Ptr::Insert(index, tagged);
 }
 
 BFilterTable::Entry* BFilterTable::Remove(const BObjectIdentifier& index)
 {
     TMutexLock lock(m_lock);
-    return static_cast<Entry*>(BMapOid2Ptr::Remove(index));
+    Forget();
+    return Untagged(BMapOid2Ptr::Remove(index));
 }
 
 void BFilterTable::Clear()
 {
     TMutexLock lock(m_lock);
+    Forget();
     for (int position = 0; position < End(); ++position)
         delete RowOf(position);
     BMapOid2Ptr::Clear();
@@ -79,7 +134,23 @@ BFilterTable::Entry* BFilterTable::GetRow(const BString& viewName, const BObject
 BFilterTable::Entry* BFilterTable::GetRow(const BObjectIdentifier& index)
 {
     TMutexLock lock(m_lock);
-    return static_cast<Entry*>(GetData(index));
+    return Lend(Find(index));
+}
+
+const BFilterTable::Entry* BFilterTable::Peek(const BObjectIdentifier& index)
+{
+    TMutexLock lock(m_lock);
+    const int position = Find(index);
+    return position < 0 ? nullptr : RowOf(position);
+}
+
+BFilterTable::Entry* BFilterTable::RowToChange(const BObjectIdentifier& index)
+{
+    const int position = Find(index);
+    if (position < 0)
+        return nullptr;
+    Forget();
+    return RowOf(position);
 }
 
 unsigned BFilterTable::Count()
@@ -89,6 +160,12 @@ unsigned BFilterTable::Count()
 }
 
 BFilterTable::Entry* BFilterTable::RowAt(int position)
+{
+    TMutexLock lock(m_lock);
+    return position < End() ? Lend(position) : nullptr;
+}
+
+const BFilterTable::Entry* BFilterTable::PeekAt(int position)
 {
     TMutexLock lock(m_lock);
     return position >= 0 && position < End() ? RowOf(position) : nullptr;
@@ -172,7 +249,7 @@ int BFilterTable::PositionOf(const Entry* row) const
 BFilterTable::Entry* BFilterTable::WalkTo(int position)
 {
     m_walked = position;
-    return position < 0 ? nullptr : RowOf(position);
+    return Lend(position);
 }
 
 BFilterTable::Entry* BFilterTable::GetLastRowWithViewName(const BString& viewName)

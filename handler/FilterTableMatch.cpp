@@ -1,10 +1,14 @@
 // Whether an identifier lies in a view.
-#include <vkmibh/filter.h>
+#include "handler/FilterFinder.h"
+
+#include <new>
 
 namespace VLK {
 
 namespace {
 
+// Fewer rows are as quickly walked.
+constexpr int kManyRows = 8;
 constexpr unsigned kMostMatches = 32;
 
 // Keeps those with the longest subtree, in their order.
@@ -40,27 +44,65 @@ const BFilterTable::Entry* GreatestOf(BFilterTable::Entry** rows, unsigned count
 
 } // namespace
 
+bool BFilterTable::HasRows(const BString& viewName)
+{
+    TMutexLock lock(m_lock);
+    return (IsFinderReady() && m_finder->HasRows(viewName)) || FindActive(viewName, End()) >= 0;
+}
+
 bool BFilterTable::Filter(const BString& viewName, const BObjectIdentifier& oid)
 {
     return Filter(viewName, oid, nullptr);
+}
+
+bool BFilterTable::Covers(int position, const BString& viewName, const BObjectIdentifier& oid) const
+{
+    const Entry& row = *RowOf(position);
+    return row.rowStatus == eRowActive && row.viewName == viewName &&
+           oid.IsUnderSubtree(row.subtree, row.mask.Data(), row.mask.Length());
+}
+
+bool BFilterTable::IsFinderReady()
+{
+    if (!m_finder && End() >= kManyRows)
+        m_finder = new (std::nothrow) Finder;
+    return m_finder && m_finder->IsReady(*this);
+}
+
+// The last rows that cover the identifier, in the order of the walk from the end.
+unsigned BFilterTable::FindCovering(const BString& viewName, const BObjectIdentifier& oid,
+                                    Entry** rows)
+{
+    if (IsFinderReady()) {
+        Finder::SFound found;
+        m_finder->Find(*this, viewName, oid, found);
+        for (unsigned i = 0; i < found.count; ++i)
+            rows[i] = RowOf(found.positions[i]);
+        return found.count;
+    }
+    unsigned count = 0;
+    for (int position = End(); --position >= 0 && count < kMostMatches;) {
+        if (Covers(position, viewName, oid))
+            rows[count++] = RowOf(position);
+    }
+    return count;
 }
 
 bool BFilterTable::Filter(const BString& viewName, const BObjectIdentifier& oid, unsigned* matches)
 {
     TMutexLock lock(m_lock);
     Entry* rows[kMostMatches];
-    unsigned count = 0;
-    int position = FindActive(viewName, End());
-    for (; position >= 0 && count < kMostMatches; position = FindActive(viewName, position)) {
-        Entry* const row = RowOf(position);
-        if (oid.IsUnderSubtree(row->subtree, row->mask.Data(), row->mask.Length()))
-            rows[count++] = row;
-    }
+    unsigned count = FindCovering(viewName, oid, rows);
     if (count > 1)
         count = KeepLongest(rows, count);
     if (matches)
         *matches = count;
-    return count > 0 && GreatestOf(rows, count)->type == eFilterIncluded;
+    if (count == 0)
+        return false;
+    const Entry* const greatest = GreatestOf(rows, count);
+    if (greatest != rows[0])
+        Forget(); // the first one was written to
+    return greatest->type == eFilterIncluded;
 }
 
 } // namespace VLK

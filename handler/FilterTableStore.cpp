@@ -111,9 +111,10 @@ bool BFilterTable::LoadRow(int position, bool implied)
     Entry row;
     if (!ReadRow(position, row) || row.rowStatus != eRowActive)
         return true;
+    BObjectIdentifier index;
     return Insert(row.viewName, row.subtree, row.mask, row.type, row.storageType, eRowActive,
                   implied) ||
-           GetRow(row.viewName, row.subtree, implied);
+           (MakeIndex(row.viewName, row.subtree, implied, index) && Find(index) >= 0);
 }
 
 } // namespace VLK

@@ -99,7 +99,7 @@ template <class V>
 int CViewTreeFamilyTable::GetColumn(const BObjectIdentifier& index, V Row::*field, V& value)
 {
     TMutexLock lock(m_views.Mutex());
-    const Row* const row = m_views.GetRow(index);
+    const Row* const row = m_views.Peek(index);
     if (!row)
         return eSnmpNoSuchName;
     value = row->*field;
@@ -121,13 +121,11 @@ int CViewTreeFamilyTable::SetColumn(const BObjectIdentifier& index, ESnmpSetOpCo
         return eSnmpCommitFailed;
     {
         TMutexLock lock(m_views.Mutex());
-        Row* row = m_views.GetRow(index);
         // The status may come later, and a row that is destroyed takes its columns
         // with it.
-        if (!row && IsRowCreation(index) && !(row = MakeRow(index)))
+        if (!m_views.Peek(index) && IsRowCreation(index) && !MakeRow(index))
             return eSnmpCommitFailed;
-        if (row)
-            std::swap(row->*field, copy);
+        m_views.Change(index, [&](Row& row) { std::swap(row.*field, copy); });
     }
     m_saver.Request(); // without the table's lock: the store takes its own first
     return eSnmpNoError;
@@ -138,7 +136,7 @@ int CViewTreeFamilyTable::SetColumn(const BObjectIdentifier& index, ESnmpSetOpCo
 int CViewTreeFamilyTable::Keep(const BObjectIdentifier& index, void** slot)
 {
     TMutexLock lock(m_views.Mutex());
-    const Row* const row = m_views.GetRow(index);
+    const Row* const row = m_views.Peek(index);
     if (!row)
         return eSnmpNoError;
     std::unique_ptr<Row> before(slot ? new (std::nothrow) Row(*row) : nullptr);
@@ -169,10 +167,9 @@ int CViewTreeFamilyTable::Restore(const BObjectIdentifier& index, void** slot)
         delete m_views.Remove(index);
         return eSnmpNoError;
     }
-    if (Row* const row = m_views.GetRow(index)) {
-        std::swap(*row, *before); // takes no memory
+    // Takes no memory.
+    if (m_views.Change(index, [before](Row& row) { std::swap(row, *before); }))
         return eSnmpNoError;
-    }
     if (!m_views.Insert(index, before))
         return eSnmpUndoFailed;
     *slot = nullptr;
@@ -199,7 +196,7 @@ bool CViewTreeFamilyTable::WillBeMade(const BObjectIdentifier& index) const
 int CViewTreeFamilyTable::TestColumn(const BObjectIdentifier& index)
 {
     TMutexLock lock(m_views.Mutex());
-    const Row* const row = m_views.GetRow(index);
+    const Row* const row = m_views.Peek(index);
     if (row)
         return row->storageType == eStorageReadOnly ? eSnmpNotWritable : eSnmpNoError;
     return WillBeMade(index) ? eSnmpNoError : eSnmpInconsistentName;
@@ -213,7 +210,7 @@ int CViewTreeFamilyTable::TestStorage(const BObjectIdentifier& index, EStorageTy
     if (status != eSnmpNoError)
         return status;
     TMutexLock lock(m_views.Mutex());
-    const Row* const row = m_views.GetRow(index);
+    const Row* const row = m_views.Peek(index);
     if (row && row->storageType == value)
         return eSnmpNoError;
     const bool changes = value == eStorageVolatile || value == eStorageNonVolatile;
@@ -223,7 +220,7 @@ int CViewTreeFamilyTable::TestStorage(const BObjectIdentifier& index, EStorageTy
 int CViewTreeFamilyTable::TestStatus(const BObjectIdentifier& index, ERowStatus value)
 {
     TMutexLock lock(m_views.Mutex());
-    const Row* const row = m_views.GetRow(index);
+    const Row* const row = m_views.Peek(index);
     if (row) {
         const bool refused = value == eRowDestroy
                                  ? IsKept(row->storageType)
@@ -246,7 +243,7 @@ bool CViewTreeFamilyTable::MayExist(const BObjectIdentifier& index)
 bool CViewTreeFamilyTable::IsReadOnly(const BString& view)
 {
     for (int i = static_cast<int>(m_views.Count()); --i >= 0;) {
-        const Row& row = *m_views.RowAt(i);
+        const Row& row = *m_views.PeekAt(i);
         if (row.storageType == eStorageReadOnly && row.viewName == view)
             return true;
     }
@@ -261,28 +258,27 @@ int CViewTreeFamilyTable::AskForRow(const BObjectIdentifier& index)
     return m_asked.Insert(index, this) ? eSnmpNoError : eSnmpResourceUnavailable;
 }
 
-// Not in service yet; null without memory.
-BFilterTable::Entry* CViewTreeFamilyTable::MakeRow(const BObjectIdentifier& index)
+// Not in service yet; false without memory.
+bool CViewTreeFamilyTable::MakeRow(const BObjectIdentifier& index)
 {
-    std::unique_ptr<Row> row(new (std::nothrow) Row);
-    if (!row || !BFilterTable::SplitIndex(index, row->viewName, row->subtree, false) ||
-        !m_views.Insert(index, row.get()))
-        return nullptr;
-    return row.release();
+    BString view;
+    BObjectIdentifier subtree;
+    return BFilterTable::SplitIndex(index, view, subtree, false) &&
+           m_views.Insert(view, subtree, BOctetString(), eFilterIncluded, eStorageNonVolatile,
+                          eRowNotInService, false);
 }
 
 int CViewTreeFamilyTable::CommitStatus(const BObjectIdentifier& index)
 {
     const ERowStatus status = static_cast<ERowStatus>(GetRowState(index));
     TMutexLock lock(m_views.Mutex());
-    Row* row = m_views.GetRow(index);
     if (status == 0) {
         delete m_views.Remove(index);
         return eSnmpNoError;
     }
-    if (!row && !(row = MakeRow(index)))
+    if (!m_views.Peek(index) && !MakeRow(index))
         return eSnmpCommitFailed;
-    row->rowStatus = status;
+    m_views.Change(index, [status](Row& row) { row.rowStatus = status; });
     return eSnmpNoError;
 }
 

@@ -72,7 +72,7 @@ private:
     bool IsReadOnly(const BString& view);
     int AskForRow(const BObjectIdentifier& index);
     int CommitStatus(const BObjectIdentifier& index);
-    Row* MakeRow(const BObjectIdentifier& index);
+    bool MakeRow(const BObjectIdentifier& index);
 
     int OnGet_Mask(const BObjectIdentifier& index, unsigned id, BOctetString& value);
     int OnSet_Mask(const BObjectIdentifier& index, ESnmpSetOpCode op, unsigned id,

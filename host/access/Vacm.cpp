@@ -214,8 +214,7 @@ bool BVacm::IsShown(const BString& view, const BObjectIdentifier& name) const
 
 bool BVacm::HasRows(const BString& view) const
 {
-    return AskViews(
-        [&](BFilterTable& views) { return views.GetLastRowWithViewName(view) != nullptr; });
+    return AskViews([&](BFilterTable& views) { return views.HasRows(view); });
 }
 
 SVacmDecision BVacm::FindView(const BSecurityParams& security, EViewType type,

@@ -29,8 +29,10 @@ SViewChoice ChooseRow(BFilterTable& views, const std::string& view, const BObjec
     SViewChoice choice;
     const BFilterTable::Entry* best = nullptr;
     unsigned matches = 0;
-    for (const BFilterTable::Entry* row = views.GetLastRowWithViewName(viewName);
-         row && matches < kMostMatches; row = views.GetPrevRowWithSameViewName(row)) {
+    for (int i = static_cast<int>(views.Count()); --i >= 0 && matches < kMostMatches;) {
+        const BFilterTable::Entry* const row = views.PeekAt(i);
+        if (row->rowStatus != eRowActive || row->viewName != viewName)
+            continue;
         choice.hasRows = true;
         if (!Matches(*row, name))
             continue;

@@ -53,20 +53,23 @@ void ReadStored(BFilterTable& table, BStore& store)
     if (!stored.InitFromNV(false) || stored.Count() != static_cast<unsigned>(records))
         throw BHostError(eExitStore, "the store holds views that cannot be read: --reset-store "
                                      "takes those of the configuration");
-    while (const BFilterTable::Entry* next = stored.RowAt(0)) {
+    while (const BFilterTable::Entry* next = stored.PeekAt(0)) {
         BObjectIdentifier index = IndexOf(*next);
         std::unique_ptr<BFilterTable::Entry> row(stored.Remove(index));
         if (IsBuiltIn(row->viewName))
             continue; // they are not for the store to change
-        if (!table.Insert(index, row.get()))
+        if (!table.Insert(row->viewName, row->subtree, row->mask, row->type, row->storageType,
+                          row->rowStatus, false))
             throw std::bad_alloc();
-        row.release();
     }
 }
 
 bool IsThere(BFilterTable& table, const SView& view, const SFamily& family)
 {
-    const BFilterTable::Entry* row = table.GetRow(NameOf(view), family.subtree, false);
+    BObjectIdentifier index;
+    if (!BFilterTable::MakeIndex(NameOf(view), family.subtree, false, index))
+        throw std::bad_alloc();
+    const BFilterTable::Entry* row = table.Peek(index);
     return row && row->mask == family.mask && row->type == family.type;
 }
 
@@ -113,7 +116,7 @@ std::unique_ptr<BFilterTable> CopyOf(BFilterTable& table)
 {
     auto copy = std::make_unique<BFilterTable>(nullptr);
     TMutexLock lock(table.Mutex());
-    for (int i = 0; const BFilterTable::Entry* row = table.RowAt(i); ++i) {
+    for (int i = 0; const BFilterTable::Entry* row = table.PeekAt(i); ++i) {
         if (row->rowStatus == eRowActive &&
             !copy->Insert(row->viewName, row->subtree, row->mask, row->type, row->storageType,
                           eRowActive, false))

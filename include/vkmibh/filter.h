@@ -25,6 +25,9 @@ namespace VLK {
 //            which was made by new and stands under one index only. Remove() hands
 //            its row back. Neither the store nor the section's text is copied:
 //            both outlive the table.
+//            Look at rows by Peek() and PeekAt(), and change them by Change(): a
+//            row whose address was handed out otherwise, or came from outside, is
+//            compared one by one at each Filter(), for it may change at any time.
 // Threads:   a lock inside, recursive, for every operation. The store is called
 //            with it held, and must not change the table then; a store that has a
 //            lock of its own is loaded from before others ask, and saved to from
@@ -76,6 +79,8 @@ public:
     // Whether the identifier lies in the view, and how many families decided it.
     bool Filter(const BString& viewName, const BObjectIdentifier& oid);
     bool Filter(const BString& viewName, const BObjectIdentifier& oid, unsigned* matches);
+    // Whether the view has an active row.
+    bool HasRows(const BString& viewName);
     Entry* GetRow(const BString& viewName, const BObjectIdentifier& subtree, bool implied);
     // Active rows of one view, from the last in index order backwards; null at
     // the end, and before a row that is not in the table.
@@ -85,6 +90,20 @@ public:
     Entry* GetRow(const BObjectIdentifier& index);
     unsigned Count();
     Entry* RowAt(int position);
+    // The same rows, only to be looked at.
+    const Entry* Peek(const BObjectIdentifier& index);
+    const Entry* PeekAt(int position);
+    // Has edit(Entry&) change the row of that index, with the lock held; it does not
+    // ask the table meanwhile. False when there is no such row.
+    template <class Edit>
+    bool Change(const BObjectIdentifier& index, Edit edit)
+    {
+        TMutexLock lock(m_lock);
+        Entry* const row = RowToChange(index);
+        if (row)
+            edit(*row);
+        return row != nullptr;
+    }
     // The first index after that one; false when there is none.
     bool NextIndex(const BObjectIdentifier& index, BObjectIdentifier& nextIndex);
 
@@ -100,6 +119,19 @@ public:
 
 private:
     friend struct SLayoutCheck;
+    class Finder;
+    Entry* RowToChange(const BObjectIdentifier& index) VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL bool InsertTagged(const BObjectIdentifier& index, void* tagged)
+        VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL Entry* Lend(int position) VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL bool IsLent(int position) const VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL bool Covers(int position, const BString& viewName,
+                             const BObjectIdentifier& oid) const
+        VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL unsigned FindCovering(const BString& viewName, const BObjectIdentifier& oid,
+                                       Entry** rows) VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL bool IsFinderReady() VKMIBH_TSA(requires_capability(m_lock));
+    VKMIBH_LOCAL void Forget() VKMIBH_TSA(requires_capability(m_lock));
     VKMIBH_LOCAL Entry* RowOf(int position) const VKMIBH_TSA(requires_capability(m_lock));
     VKMIBH_LOCAL int End() const VKMIBH_TSA(requires_capability(m_lock));
     VKMIBH_LOCAL int FindActive(const BString& viewName, int before) const
@@ -115,6 +147,7 @@ private:
     TMutex m_lock;
     // Where the last walk stands: its next step need not search for its row.
     int m_walked VKMIBH_TSA(guarded_by(m_lock));
+    Finder* m_finder VKMIBH_TSA(guarded_by(m_lock)); // null while the rows are few
 };
 
 } // namespace VLK

@@ -75,6 +75,36 @@ TEST(FilterTableMemory, FilterTakesNone)
     EXPECT_FALSE(fail.Failed());
 }
 
+// What finds the rows quickly takes memory, the answers do not need it.
+TEST(FilterTableMemory, ManyRowsAreFoundWithAndWithout)
+{
+    const BString view("v");
+    std::vector<BObjectIdentifier> asked;
+    for (unsigned arc = 1; arc <= 40; ++arc)
+        asked.push_back(MakeOid(Arcs{1, 3, arc}));
+    const unsigned allocations = SweepAllocations(
+        [] {
+            auto table = MakeTable();
+            for (unsigned arc = 1; arc <= 40; ++arc)
+                EXPECT_TRUE(table->Insert("v", MakeOid(Arcs{1, 3, arc}), BOctetString(),
+                                          arc % 2 ? eFilterIncluded : eFilterExcluded,
+                                          eStorageVolatile, eRowActive, false));
+            return table;
+        },
+        [&](auto& table) {
+            unsigned wrong = 0;
+            for (unsigned look = 0; look < asked.size(); ++look)
+                wrong += table->Filter(view, asked[look]) != (look % 2 == 0);
+            return wrong;
+        },
+        [](auto& table, unsigned wrong) {
+            EXPECT_EQ(0u, wrong);
+            EXPECT_TRUE(table->HasRows("v"));
+            EXPECT_FALSE(table->HasRows("w"));
+        });
+    EXPECT_GE(allocations, 3u) << "nothing was taken: the rows were walked";
+}
+
 TEST(FilterTableMemory, IndexesAreMadeWholeOrLeftAsTheyWere)
 {
     const BString name("a name of more than sixteen characters");

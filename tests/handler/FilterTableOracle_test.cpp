@@ -274,6 +274,150 @@ TEST_F(FilterTableOracle, TablesWithAnyIndexesDoWhatTheStepsSay)
     EXPECT_GT(model.limited, 100u);
 }
 
+// A table and its model through all that can happen to rows. The address of some is
+// held: they are changed without the table's knowing.
+class Changes {
+public:
+    Changes(Random& random, BFilterTable& table, Model& model)
+        : m_random(random), m_table(table), m_model(model)
+    {
+    }
+
+    void Any()
+    {
+        switch (m_random.Below(12)) {
+        case 0:
+            return Insert(m_random.MakeArcs(6));
+        case 1:
+        case 2:
+            return Remove();
+        case 3:
+        case 4:
+            return Change();
+        case 5:
+            return Hold();
+        case 6:
+            return ChangeHeld();
+        case 7:
+            return m_random.Below(40) ? Hold() : Clear();
+        default:
+            return InsertCopy();
+        }
+    }
+    // By its values, under their index.
+    void InsertCopy()
+    {
+        const Row row = m_random.MakeRow();
+        const bool isNew = m_model.rows.emplace(IndexOf(row, false), row).second;
+        BFilterTable::Entry entry;
+        Fill(entry, row);
+        ASSERT_EQ(isNew, m_table.Insert(entry.viewName, entry.subtree, entry.mask, entry.type,
+                                        eStorageOther, entry.rowStatus, false));
+    }
+
+private:
+    using Place = std::map<Arcs, Row>::iterator;
+
+    Place AnyRow()
+    {
+        return std::next(m_model.rows.begin(),
+                         m_random.Below(static_cast<unsigned>(m_model.rows.size())));
+    }
+    void Insert(const Arcs& index)
+    {
+        const Row row = m_random.MakeRow();
+        if (!m_model.rows.emplace(index, row).second)
+            return;
+        m_held[index] = new BFilterTable::Entry;
+        Fill(*m_held[index], row);
+        ASSERT_TRUE(m_table.Insert(MakeOid(index), m_held[index]));
+    }
+    void Remove()
+    {
+        if (m_model.rows.empty())
+            return;
+        const Place row = AnyRow();
+        delete m_table.Remove(MakeOid(row->first));
+        m_held.erase(row->first);
+        m_model.rows.erase(row);
+    }
+    void Change()
+    {
+        if (m_model.rows.empty())
+            return;
+        const Place row = AnyRow();
+        row->second = m_random.MakeRow();
+        ASSERT_TRUE(m_table.Change(MakeOid(row->first),
+                                   [&](BFilterTable::Entry& entry) { Fill(entry, row->second); }));
+    }
+    void Hold()
+    {
+        if (m_model.rows.empty())
+            return;
+        const Place row = AnyRow();
+        const int position = static_cast<int>(std::distance(m_model.rows.begin(), row));
+        m_held[row->first] =
+            m_random.Below(2) ? m_table.GetRow(MakeOid(row->first)) : m_table.RowAt(position);
+        ASSERT_NE(nullptr, m_held[row->first]);
+        if (m_random.Below(2)) {
+            row->second = m_random.MakeRow();
+            Fill(*m_held[row->first], row->second);
+        }
+    }
+    void ChangeHeld()
+    {
+        if (m_held.empty())
+            return;
+        const auto held =
+            std::next(m_held.begin(), m_random.Below(static_cast<unsigned>(m_held.size())));
+        Row& row = m_model.rows.at(held->first);
+        row = m_random.MakeRow();
+        Fill(*held->second, row);
+    }
+    void Clear()
+    {
+        m_table.Clear();
+        m_model.rows.clear();
+        m_held.clear();
+    }
+
+    Random& m_random;
+    BFilterTable& m_table;
+    Model& m_model;
+    std::map<Arcs, BFilterTable::Entry*> m_held;
+};
+
+TEST_F(FilterTableOracle, LookUpsDoWhatTheStepsSayWhileRowsComeChangeAndGo)
+{
+    unsigned shown = 0;
+    for (int round = 0; round < 25; ++round) {
+        NewTable();
+        Changes changes(random, *table, model);
+        for (unsigned i = random.Below(120); i > 0; --i)
+            changes.InsertCopy();
+        for (int change = 0; change < 40; ++change) {
+            changes.Any();
+            // Enough for the table to take notice that its rows rest.
+            for (unsigned question = random.Below(8); question > 0; --question) {
+                const Arcs oid = random.MakeQuestion(model);
+                Compare(oid, [&](const char* view) { return model.StepByStep(view, oid); });
+                for (const char* view : kViews) {
+                    const bool has =
+                        std::any_of(model.rows.begin(), model.rows.end(), [view](const auto& item) {
+                            return item.second.active && item.second.view == view;
+                        });
+                    ASSERT_EQ(has, table->HasRows(view)) << view << ", seed " << seed;
+                    shown += has;
+                }
+            }
+        }
+        ExpectSameRows(*table, model);
+    }
+    EXPECT_GT(total.several, 1000u);
+    EXPECT_GT(total.isIn, 1000u);
+    EXPECT_GT(shown, 1000u);
+}
+
 } // namespace
 } // namespace Test
 } // namespace VLK
