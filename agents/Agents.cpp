@@ -123,6 +123,8 @@ void BAgents::SendTrap(const BTrap& trap, const char* agentName)
 int BAgents::CmdExecute(ICmdStream& out, const BString& cmd, const BStringArray& args,
                         const BSecurityParams&, const BString&)
 {
+    // CONTRACT: a word that is no command is reported and then runs as `agents`, the
+    // command with id 0; the console gives only words that it has found.
     const auto execute = [&] {
         Execute(CmdId(cmd, out), out, args);
         return 0;

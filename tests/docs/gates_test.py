@@ -130,6 +130,47 @@ class Quotations(unittest.TestCase):
         self.assertIn("no documents", output)
 
 
+class Contracts(unittest.TestCase):
+    CODE = "// CONTRACT: 127 is text,\n// as it was.\nint f();\n"
+    TEST = "TEST_F(Text, Byte127IsText)\n"
+
+    def check(self, row, code=CODE, test=TEST, arguments=()):
+        self.tree = Tree({"docs/contracts.md": f"# Kept\n\n{row}\n", "values/a.cpp": code,
+                          "tests/values/a_test.cpp": test})
+        return self.tree.run("contracts.py", *arguments)
+
+    def refuses(self, text, *arguments, **options):
+        code, output = self.check(*arguments, **options)
+        self.assertEqual(code, 1, output)
+        self.assertIn(text, output)
+
+    def row(self, test):
+        return f"| `values/a.cpp` | 127 is text, as it was. | {test} |"
+
+    def test_accepts_what_is_listed_with_its_test(self):
+        code, output = self.check(self.row("`Text.Byte127IsText`"))
+        self.assertEqual(code, 0, output)
+
+    def test_refuses_what_is_not_listed_or_no_longer_there(self):
+        self.refuses("values/a.cpp: not in docs/contracts.md", "")
+        self.refuses("no longer in values/a.cpp", self.row("`Text.Byte127IsText`"),
+                     code=self.CODE.replace("127", "128"))
+        self.refuses("no CONTRACT comments", "", code="int f();\n")
+
+    def test_refuses_what_has_no_test(self):
+        self.refuses("no test: 127", self.row(""))
+        self.refuses("there is no test Text.Other", self.row("`Text.Other`"))
+        self.refuses("Text.CONTRACT_More is not named", self.row("`Text.Byte127IsText`"),
+                     test=self.TEST + "TEST(Text, CONTRACT_More)\n")
+
+    def test_writes_new_rows_and_keeps_the_tests_of_others(self):
+        self.check(self.row("`Text.Byte127IsText`"), code=self.CODE + "\n// CONTRACT: new.\n",
+                   arguments=["--update"])
+        text = (self.tree.root / "docs" / "contracts.md").read_text()
+        self.assertIn(self.row("`Text.Byte127IsText`"), text)
+        self.assertIn("| `values/a.cpp` | new. |  |", text)
+
+
 class Comments(unittest.TestCase):
     WHOLE = "// A fan.\n//\n// Ownership: none.\n// Threads:   any.\n// Errors:    none.\n"
 

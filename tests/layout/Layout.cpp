@@ -242,6 +242,9 @@ void SLayoutCheck::Transactions()
     static_assert(Ascending({FIELD(BTransactions, m_lock), FIELD(BTransactions, m_entries),
                              FIELD(BTransactions, m_capacity)}));
     static_assert(offsetof(BTransactions, m_lock) == sizeof(BSingleton));
+    // CONTRACT: with a map and a lock that nobody uses.
+    static_assert(sizeof(BMibHandler::Transactions) >=
+                  sizeof(ITransactions) + sizeof(BMapInt2Ptr) + sizeof(TMutex));
     static_assert(
         Ascending({FIELD(BTransactions::SEntry, id), FIELD(BTransactions::SEntry, transaction)}));
     static_assert(sizeof(BTransactions::m_capacity) == 4);

@@ -55,6 +55,27 @@ TEST(TimerThread, TicksOnceASecondUnderTheLock)
     EXPECT_EQ(subscriber.calls, 1);
 }
 
+// CONTRACT: the nominal period, never the time measured.
+TEST(TimerThread, ALateTickStandsForOneSecond)
+{
+    BTimer timer;
+    Subscriber everyTick, everyThird;
+    std::vector<int> ticks;
+    everyTick.body = [&](BTimeInterval&) {
+        if (everyTick.calls == 1) // so the next tick is late by two
+            std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+    };
+    everyThird.body = [&](BTimeInterval&) { ticks.push_back(everyTick.calls); };
+    {
+        TMutexLock lock(timer.Mutex()); // both see the same ticks
+        timer.Subscribe(&everyTick, 1000, -1);
+        timer.Subscribe(&everyThird, 3000, 1);
+    }
+    ASSERT_TRUE(Eventually([&] { return everyThird.calls == 1; }));
+    TMutexLock lock(timer.Mutex());
+    EXPECT_EQ(ticks, std::vector<int>{3});
+}
+
 TEST(TimerThread, DestructionWaitsForACallbackThatTakesLong)
 {
     BTimer* const timer = BTimer::GetInstance();
