@@ -171,6 +171,12 @@ class Commands(unittest.TestCase):
         elif line.startswith("dev: "):
             self.assertIn(f'say "{line[5:]}"', DEV)
 
+    def check_tool(self, tool, *options):
+        self.assertTrue((ROOT / tool).is_file(), tool)
+        for option in options:
+            if option.startswith("-"):
+                self.assertIn(option, (ROOT / tool).read_text(), tool)
+
     def start(self, command, answer):
         words = command.split()
         if words[:2] == ["./dev", "run"]:
@@ -218,6 +224,8 @@ class Commands(unittest.TestCase):
                 with self.subTest(document=document.name, command=command):
                     if command.startswith("./dev"):
                         self.check_dev(command)
+                    elif command.startswith("tools/"):
+                        self.check_tool(*command.split())
                     else:
                         self.assertIn(command, INLINE, "nothing here runs it")
                         INLINE[command](self, command)
@@ -281,10 +289,6 @@ class Commands(unittest.TestCase):
         answer, status = self.agent.ask([command.replace("OID", name)])[0]
         self.assertEqual((answer, status), (f"iso.{name[2:]} = INTEGER: -5\n", 0))
 
-    def tool(self, command):
-        self.assertTrue((ROOT / command.split()[0]).is_file())
-        self.assertIn(command.split()[1], (ROOT / command.split()[0]).read_text())
-
 
 # What the columns of symbolic SETs are called.
 NAMES = {
@@ -310,7 +314,6 @@ INLINE = {
     "snmpget -v3 -l authPriv -u noc -a SHA-256 -A 'a long word to sign with' -x AES -X "
     "'a long word to hide with' HOST .1.3.6.1.2.1.1.1.0": Commands.as_user,
     "snmpset -v2c -c COMMUNITY HOST OID i -5": Commands.negative,
-    "tools/quote.py --update": Commands.tool,
 }
 
 # Commands of blocks that a test of another kind runs, by its name.
