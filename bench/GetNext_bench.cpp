@@ -74,6 +74,7 @@ void WalkTable(benchmark::State& state)
     BVarBindList list;
     list.Append(from);
     unsigned long long steps = 0;
+    const AllocScope allocs(state);
     for (auto _ : state) {
         list[0].Name().Set(from);
         list[0].Value().SetNull();
@@ -90,6 +91,7 @@ void WalkTableFloor(benchmark::State& state)
     Table table(MakeOid(kEntry), rows);
     BVarBind binding(MakeOid(kEntry));
     unsigned long long steps = 0;
+    const AllocScope allocs(state);
     for (auto _ : state) {
         BObjectIdentifier index;
         while (FloorNext(table, binding, index))
