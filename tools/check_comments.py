@@ -31,11 +31,11 @@ def comment_above(lines, at):
 def answers(comment):
     """Which questions are answered: "Ownership, Threads: as B" answers two."""
     told = {}
-    for line in comment:
-        found = re.match(r" ((?:\w+, )*\w+): +(.*)$", line)
-        if found:
-            for word in found[1].split(", "):
-                told[word] = found[2]
+    text = " ".join(comment)
+    for found in re.finditer(r"\b((?:\w+, )*(?:Ownership|Threads|Errors|Contract)): +(\S.*?)"
+                             r"(?=\b(?:\w+, )*(?:Ownership|Threads|Errors|Contract):|$)", text):
+        for word in found[1].split(", "):
+            told[word] = found[2]
     return told
 
 

@@ -117,7 +117,7 @@ private:
     unsigned m_offset;
 };
 
-// ASCII only, whatever the locale.
+// ASCII only, whatever the locale. Ownership: none. Threads: any. Errors: none.
 struct VKMIBH_API BCharType {
     static bool IsLower(char c);
     static bool IsUpper(char c);

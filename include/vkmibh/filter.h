@@ -42,6 +42,7 @@ namespace VLK {
 //            end takes over the subtree that sorts last. Their indexes stay.
 class VKMIBH_API BFilterTable : private BMapOid2Ptr {
 public:
+    // A row, by its columns.
     struct VKMIBH_API Entry {
         BString viewName;
         BObjectIdentifier subtree;

@@ -33,7 +33,7 @@ private:
     pthread_mutex_t m_mutex;
 };
 
-// Holds a TMutex for a scope.
+// Holds a TMutex for a scope. Ownership: refers to it. Threads: one. Errors: none.
 class VKMIBH_TSA(scoped_lockable) TMutexLock {
 public:
     explicit TMutexLock(TMutex& mutex) VKMIBH_TSA(acquire_capability(mutex)) : m_mutex(mutex)
@@ -106,7 +106,7 @@ private:
     SState* m_state;
 };
 
-// Reads under a TSWMRSynch for a scope.
+// Reads under a TSWMRSynch for a scope. Ownership: refers to it. Threads: one. Errors: Granted().
 class VKMIBH_TSA(scoped_lockable) TReadLock {
 public:
     explicit TReadLock(TSWMRSynch& lock) VKMIBH_TSA(acquire_shared_capability(lock))
@@ -128,8 +128,8 @@ private:
     const bool m_granted;
 };
 
-// Writes under a TSWMRSynch for a scope. Ask Granted() before writing: it is
-// false when the calling thread holds the lock as a reader.
+// Writes under a TSWMRSynch for a scope. Ownership: refers to it. Threads: one. Errors: ask
+// Granted() before writing: it is false when the calling thread holds the lock as a reader.
 class VKMIBH_TSA(scoped_lockable) TWriteLock {
 public:
     explicit TWriteLock(TSWMRSynch& lock) VKMIBH_TSA(acquire_capability(lock))
@@ -213,8 +213,8 @@ private:
     SState* m_state;
 };
 
-// Keeps what is written to standard output in one piece, console and trace
-// alike; a thread may hold several at once.
+// Keeps what is written to standard output in one piece, console and trace alike.
+// Ownership: none. Threads: one may hold several at once. Errors: none.
 class VKMIBH_API TTraceGuard {
 public:
     TTraceGuard();

@@ -116,7 +116,7 @@ private:
     bool m_isWhole;
 };
 
-// A notification given in the form of SNMPv1.
+// A notification given in the form of SNMPv1. Ownership, Threads, Errors: as BTrap.
 class VKMIBH_API BTrapV1 : public BTrap {
 public:
     BTrapV1(const BObjectIdentifier& enterprise, ESNMPv1TrapType generic, int specific,
@@ -138,7 +138,7 @@ private:
     int m_specific;
 };
 
-// A notification given in the form of SNMPv2.
+// A notification given in the form of SNMPv2. Ownership, Threads, Errors: as BTrap.
 class VKMIBH_API BTrapV2 : public BTrap {
 public:
     explicit BTrapV2(const BObjectIdentifier& trapOid,
