@@ -22,7 +22,8 @@ What is quoted of a file:
     "text" ...        the definitions or statements that begin with the one line that has
                       that text, each with the comment above it
     comment "text"    the comment above that line, and the line
-    section "text"    of Markdown: what is below the heading with that text
+    section "text"    of Markdown: what is below the heading with that text, or NOT_YET where a
+                      file that says so has no such heading
     between "a" "b"   the lines between the line with the first text and the line with the other
 
 Without --update nothing is written: what differs is told, and the status is 1. A block of
@@ -38,6 +39,7 @@ import sys
 QUOTE = re.compile(r"^<!-- quote: (\S+)(?: (.*?))? -->$")
 REASON = re.compile(r"^<!-- not quoted: .+ -->$")
 END = "<!-- end of quote -->"
+NOT_YET = "Not measured yet."
 
 
 class Problem(Exception):
@@ -107,7 +109,12 @@ def dedented(lines):
 
 
 def section(lines, text):
-    at = only_line([line if line.startswith("#") else "" for line in lines], text)
+    headings = [line.lstrip("# ") == text if line.startswith("#") else False for line in lines]
+    if NOT_YET in lines and not any(headings):
+        return [NOT_YET]
+    if sum(headings) != 1:
+        raise Problem(f"{sum(headings)} headings are '{text}'")
+    at = headings.index(True)
     end = next((i for i in range(at + 1, len(lines)) if lines[i].startswith("#")), len(lines))
     return stripped(lines[at + 1:end])
 

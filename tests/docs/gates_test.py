@@ -106,6 +106,12 @@ class Quotations(unittest.TestCase):
         self.assertEqual(self.written('bench/RESULTS.md section "Some"'), "| a |\n")
         self.assertEqual(self.written('bench/RESULTS.md between "# All" "## Some"'), "no\n")
 
+    def test_takes_no_figures_before_there_are_some(self):
+        quotation = '<!-- quote: bench/RESULTS.md section "GET" -->\n\n<!-- end of quote -->\n'
+        tree = Tree({"README.md": quotation, "bench/RESULTS.md": "# All\n\nNot measured yet.\n"})
+        self.assertEqual(tree.run("quote.py", "--update")[0], 0)
+        self.assertIn("-->\nNot measured yet.\n<!--", (tree.root / "README.md").read_text())
+
     def test_refuses_what_has_drifted(self):
         tree = Tree({"docs/guide.md": block("examples/fan.cpp code", "int a;\n"),
                      "examples/fan.cpp": FAN})
