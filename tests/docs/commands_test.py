@@ -244,6 +244,11 @@ class Commands(unittest.TestCase):
                 answer, status = self.agent.ask([command])[0]
                 self.assertEqual(status, 0, answer)
 
+    def test_what_is_listed_is_there(self):
+        text = (ROOT / "docs" / "ARCHITECTURE.md").read_text()
+        listed = re.search(r"no other requirement than a bare Debian\): `([a-z -]+)`", text)[1]
+        self.assertLess(set(listed.split()), set(help_of_dev()))
+
     def test_no_entry_is_left_over(self):
         shown = {command for document in DOCUMENTS for command in inline(document)}
         shown |= {command for document in DOCUMENTS for block in blocks(document) for command, _ in block}
