@@ -37,6 +37,9 @@ class Agent:
         self.directory = tempfile.TemporaryDirectory()
         self.path = pathlib.Path(self.directory.name)
         (self.path / "build").mkdir()
+        # Of the tools: or they say that they made it; and a SET is not sent twice.
+        (self.path / "cert_indexes").mkdir()
+        (self.path / "snmp.conf").write_text(f"timeout {PATIENCE}\nretries 0\n")
         self.process = subprocess.Popen(
             [PROGRAMS / program, *arguments], cwd=self.path, stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
@@ -58,7 +61,8 @@ class Agent:
         script = "".join(f"{{ {command}\n}} 2>&1; echo \"#$?#\"\n" for command in commands)
         script = script.replace("127.0.0.1:1161", self.address)
         environment = {"HOME": self.directory.name, "PATH": "/usr/bin:/bin", "MIBS": "",
-                       "SNMPCONFPATH": self.directory.name}
+                       "SNMPCONFPATH": self.directory.name,
+                       "SNMP_PERSISTENT_DIR": self.directory.name}
         done = subprocess.run(["sh", "-c", script], cwd=self.path, env=environment, text=True,
                               capture_output=True, check=True, timeout=10 * PATIENCE)
         parts = re.split(r"#(\d+)#\n", done.stdout)
