@@ -44,6 +44,7 @@ struct SLayoutCheck {
     static void Filter();
     static void Traps();
     static void Agents();
+    static void Offsets();
 };
 
 #define FIELD(type, name) offsetof(type, name)
@@ -352,6 +353,113 @@ void SLayoutCheck::Agents()
     static_assert(offsetof(BAgents, m_agents) == 2 * sizeof(void*));
     static_assert(!k32 || sizeof(BAgents) == 24);
 }
+
+// On a 32-bit build fields stand where they always stood, up to the first whose size
+// is the build's own affair (a lock, the list).
+#define AT(type, name, offset)                                                                     \
+    static_assert(!k32 || offsetof(type, name) == (offset), #type "::" #name)
+
+void SLayoutCheck::Offsets()
+{
+    AT(BString, m_length, 4);
+    AT(BString, m_capacity, 8);
+    AT(BObjectIdentifier, m_arcs, 4);
+    AT(BObjectIdentifier, m_capacity, 8);
+    AT(BOctetString, m_length, 4);
+    AT(BOctetString, m_capacity, 8);
+    AT(BObjectSyntax, m_value, 4);
+    AT(BVarBind, m_value, 12);
+    AT(BVarBindList, m_count, 4);
+    AT(BStringArray, m_items, 4);
+    AT(BMapStr2Ptr::SItem, data, 12);
+
+    AT(BTime::SInstant, milliseconds, 4);
+    AT(BTime::SInstant, timeZone, 6);
+    AT(BTime::SInstant, daylight, 8);
+    AT(BTimeInterval, subscriber, 12);
+    AT(BTimer, m_lock, 4);
+
+    AT(BMibNode, m_id, 4);
+    AT(BMibNode, m_parent, 8);
+    AT(BMibNode, m_firstChild, 12);
+    AT(BMibNode, m_nextSibling, 16);
+    AT(BMibNode, m_handlers, 20);
+    AT(BMibSubtreeHandler, m_name, 4);
+    AT(BMibSubtreeHandler, m_oid, 16);
+    AT(BMibSubtreeHandler, m_rangePosition, 28);
+    AT(BMibSubtreeHandler, m_rangeUpperBound, 32);
+    AT(BMibSubtreeHandler, m_implKind, 36);
+    AT(BMibSubtreeHandler, m_mutex, 40);
+    AT(SSetSlot, position, 4);
+    AT(SSetSlot, tested, 8);
+    AT(SSetSlot, committed, 9);
+    AT(SSetSlot, owner, 12);
+
+    AT(BMibInfo, m_owner, 4);
+    AT(BMibInfo, m_objectName, 20);
+    AT(BMibObject, oid, 4);
+    AT(BMibObject, name, 16);
+    AT(BMibObject, module, 28);
+    AT(BMibObject, syntax, 40);
+    AT(BMibObject, syntaxName, 44);
+    AT(BMibObject, access, 56);
+    AT(BMibObject, info, 60);
+    AT(SRqHndlrMapEntry, kind, 16);
+    AT(SRqHndlrMapEntry, getHandler, 24);
+    AT(SRqHndlrMapEntry, setHandler, 32);
+    AT(SConstraintMapEntry, high, 16);
+    // The implementations' own fields go on behind those of their base.
+    AT(BMibImpl, m_initialized, sizeof(BMibSubtreeHandler));
+    AT(BMibTableImplEx, m_activationTimeout, sizeof(BMibTableImpl));
+    AT(BMibTableImplEx, m_rowStates, sizeof(BMibTableImpl) + 4);
+    AT(BMibTableImplEx, m_timeoutList, sizeof(BMibTableImpl) + 16);
+    AT(BMibTableImplEx, m_lastRowStatus, sizeof(BMibTableImpl) + 28);
+    AT(BMibTableImplEx, m_lastEntryStatus, sizeof(BMibTableImpl) + 32);
+    AT(BMibRowImpl, m_rangePrefix, sizeof(BMibImpl));
+    AT(BMibRowImpl, m_low, sizeof(BMibImpl) + 12);
+    AT(BMibRowImpl, m_high, sizeof(BMibImpl) + 16);
+    AT(BMibRowImpl, m_indexSuffix, sizeof(BMibImpl) + 20);
+    AT(CSystem, m_system, sizeof(BMibScalarGroupImpl));
+    AT(CSystem, m_callback, sizeof(BMibScalarGroupImpl) + 4);
+    static_assert(sizeof(CSystem::NVCallback) == 2 * sizeof(void*));
+    static_assert(sizeof(CSystemV2) == sizeof(CSystem));
+
+    AT(BTransaction, m_protocolId, 4);
+    AT(BTransactions, m_lock, 4);
+    AT(BTransactions::SEntry, transaction, 4);
+    AT(BTransactionIdGenerator, m_counter, 4);
+    static_assert(!k32 || sizeof(BTransactionIdGenerator) == 8);
+    AT(BMibHandler, m_ownsTree, 8);
+    AT(BMibHandler, m_accessControl, 12);
+    AT(BMibHandler, m_tree, 16);
+    AT(BMibHandler, m_registrationLock, 20);
+
+    AT(BMib2System, m_time, 4);
+    AT(BMib2System, m_description, 8);
+    AT(BMib2System, m_objectId, 20);
+    AT(BMib2System, m_contact, 32);
+    AT(BMib2System, m_name, 44);
+    AT(BMib2System, m_location, 56);
+    AT(BMib2System, m_services, 68);
+    AT(BMib2System, m_orLastChange, 72);
+    AT(BMib2System, m_orRows, 76);
+    AT(BFilterTable, m_store, 12);
+    AT(BFilterTable, m_section, 16);
+    AT(BCmdLineParser, args, 12);
+    AT(BCLI, m_handler, 12);
+    AT(BCLI, m_security, 16);
+    AT(BCLI, m_contextName, 36);
+    AT(BCLI, m_quitName, 60);
+    AT(BCLI, m_stream, 112);
+    AT(BTrapOIDs, m_snmpTraps, 52);
+    AT(BAgents, m_time, 20);
+}
+
+// Interfaces hold nothing.
+template <class... T>
+constexpr bool kHoldNothing = ((sizeof(T) == sizeof(void*)) && ...);
+static_assert(kHoldNothing<BSingleton, ITimeSubscriber, ITransactions, IMIBInfo, IMIBHandler,
+                           IAccessControl, INVCallback, INonVolatile, ICmdStream, ICmdHandler>);
 
 // What hangs in lists and maps by its address is not copied.
 template <class... T>
