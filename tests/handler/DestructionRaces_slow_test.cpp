@@ -34,6 +34,23 @@ class DestructionRacesSlow : public ::testing::Test {
 protected:
     DestructionRacesSlow() : handler(nullptr) {}
 
+    static int CreateRow(Client& client, unsigned table, unsigned row)
+    {
+        BVarBindList list;
+        BObjectSyntax createAndWait;
+        createAndWait.SetInt(eRowCreateAndWait);
+        list.Append(MakeOid(Arcs{1, 3, 5, table, eProbeStatus, row}), createAndWait);
+        return client.Query(ePduSet, list);
+    }
+    // Rows of other tables, which may be there, and go in that moment.
+    static void CreateElsewhere(Client& client, unsigned step)
+    {
+        const int status = CreateRow(client, 1 + step % 2, 10 + step % 7);
+        EXPECT_TRUE(status == eSnmpNoError || status == eSnmpNoSuchName ||
+                    status == eSnmpInconsistentValue)
+            << status;
+    }
+
     // A table whose rows are all left inactive. It goes while they are timed, to
     // end at the very next tick or at a later one.
     void TableComesAndGoes(Client& client, unsigned arc, int timeout)
@@ -42,13 +59,8 @@ protected:
         StormTable table(entry.c_str(), timeout, true);
         table.logs = false;
         ASSERT_TRUE(handler.RegisterSubtreeHandler(&table));
-        for (unsigned row = 0; row < 6; ++row) {
-            BVarBindList list;
-            BObjectSyntax createAndWait;
-            createAndWait.SetInt(eRowCreateAndWait);
-            list.Append(MakeOid(Arcs{1, 3, 5, arc, eProbeStatus, row}), createAndWait);
-            ASSERT_EQ(0, client.Query(ePduSet, list));
-        }
+        for (unsigned row = 0; row < 6; ++row)
+            ASSERT_EQ(0, CreateRow(client, arc, row));
         ASSERT_EQ(1, handler.UnregisterSubtreeHandler(&table));
         const int before = table.timeouts;
         ended += before;
@@ -101,10 +113,11 @@ protected:
 
 TEST_F(DestructionRacesSlow, ModulesGoWithTimeoutsPendingAndNoneComesAfterwards)
 {
-    Client one(handler), two(handler), walker(handler);
+    Client one(handler), two(handler), third(handler), walker(handler);
     Workers workers(RaceTime());
     workers.Add("table at once", [&] { TableComesAndGoes(one, 1, 0); });
     workers.Add("table later", [&] { TableComesAndGoes(two, 2, 3000); });
+    workers.Add("SET", [&, step = 0u]() mutable { CreateElsewhere(third, step++); });
     workers.Add("table by itself", [] { TableGoesByItself(); });
     workers.Add("subscriber 1", [&] { SubscriberComesAndGoes(1); });
     workers.Add("subscriber 2", [&] { SubscriberComesAndGoes(2); });
