@@ -135,7 +135,7 @@ TEST_F(ConsoleRacesSlow, OperatorsAgainstManagersAndTraps)
     SConsole consoles[] = {SConsole(handler), SConsole(handler), SConsole(handler)};
     EXPECT_EQ(2, consoles[2].cli.Register(&agents));
     Client one(handler), old(handler, kV1), walker(handler);
-    Workers workers(RaceTime());
+    Workers workers(RaceTime(), [&] { return first.sent > 0 && second.sent > 0; });
     workers.Add("manager", [&, n = 0L]() mutable { Manage(one, "one", n++); });
     workers.Add("manager in SNMPv1", [&, n = 0L]() mutable { Manage(old, "old", n++); });
     workers.Add("walk", [&] { Walk(walker); });
@@ -145,8 +145,6 @@ TEST_F(ConsoleRacesSlow, OperatorsAgainstManagersAndTraps)
     workers.Add("traps", [&] { SendTrap(); });
     workers.Join();
     std::printf("traps: %ld\n", first.sent + second.sent);
-    EXPECT_GT(first.sent, 0);
-    EXPECT_GT(second.sent, 0);
 }
 
 } // namespace

@@ -114,7 +114,7 @@ protected:
 TEST_F(DestructionRacesSlow, ModulesGoWithTimeoutsPendingAndNoneComesAfterwards)
 {
     Client one(handler), two(handler), third(handler), walker(handler);
-    Workers workers(RaceTime());
+    Workers workers(RaceTime(), [&] { return ended > 0 && called > 0; });
     workers.Add("table at once", [&] { TableComesAndGoes(one, 1, 0); });
     workers.Add("table later", [&] { TableComesAndGoes(two, 2, 3000); });
     workers.Add("SET", [&, step = 0u]() mutable { CreateElsewhere(third, step++); });
@@ -125,8 +125,6 @@ TEST_F(DestructionRacesSlow, ModulesGoWithTimeoutsPendingAndNoneComesAfterwards)
     workers.Add("walk", [&] { Walk(walker); });
     workers.Join();
     std::printf("rows ended: %ld, subscribers called: %ld\n", ended.load(), called.load());
-    EXPECT_GT(ended, 0);
-    EXPECT_GT(called, 0);
     EXPECT_EQ(0, late);
 }
 

@@ -126,7 +126,7 @@ protected:
 TEST_F(RegistrationRacesSlow, RequestsOfEveryKindAgainstModulesThatComeAndGo)
 {
     Client walker(handler), old(handler, kV1), bulk(handler), getter(handler), setter(handler);
-    Workers workers(RaceTime());
+    Workers workers(RaceTime(), [&] { return done > 0; });
     workers.Add("walk", [&] { Walk(walker, ePduGetNext); });
     workers.Add("walk in SNMPv1", [&] { Walk(old, ePduGetNext); });
     workers.Add("walk by GETBULK", [&] { Walk(bulk, ePduGetBulk); });
@@ -137,7 +137,6 @@ TEST_F(RegistrationRacesSlow, RequestsOfEveryKindAgainstModulesThatComeAndGo)
     workers.Add("group", [&] { GroupComesAndGoes(); });
     workers.Join();
     std::printf("SETs done: %ld\n", done.load());
-    EXPECT_GT(done, 0);
 }
 
 } // namespace

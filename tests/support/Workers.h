@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace VLK {
@@ -30,12 +31,12 @@ inline std::chrono::seconds RaceTime()
     return std::chrono::seconds(seconds > 0 ? seconds : kDefault);
 }
 
-// Works until time is up. All workers get on, or the process ends: what hangs
-// cannot be joined. Steps are short; how many there were is printed.
+// Works until time is up, and what the test has to see was seen. All workers get on, or the process
+// ends: what hangs cannot be joined. Steps are short; how many there were is printed.
 class Workers {
 public:
-    explicit Workers(std::chrono::milliseconds duration)
-        : m_end(std::chrono::steady_clock::now() + duration)
+    explicit Workers(std::chrono::milliseconds duration, std::function<bool()> seen = {})
+        : m_end(std::chrono::steady_clock::now() + duration), m_seen(std::move(seen))
     {
     }
 
@@ -49,7 +50,7 @@ public:
             do {
                 step();
                 ++worker.steps;
-            } while (std::chrono::steady_clock::now() < m_end);
+            } while (!IsOver());
             worker.done = true;
         });
     }
@@ -70,6 +71,11 @@ private:
         std::atomic<bool> done{false};
     };
 
+    bool IsOver() const
+    {
+        return std::chrono::steady_clock::now() >= m_end && (!m_seen || m_seen());
+    }
+
     // Two minutes without a step are too many, however slow the machine is.
     static void Watch(SWorker& worker)
     {
@@ -89,6 +95,7 @@ private:
     }
 
     const std::chrono::steady_clock::time_point m_end;
+    const std::function<bool()> m_seen;
     std::vector<std::unique_ptr<SWorker>> m_workers;
 };
 
