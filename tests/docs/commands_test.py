@@ -253,6 +253,17 @@ class Commands(unittest.TestCase):
         listed = re.search(r"no other requirement than a bare Debian\): `([a-z -]+)`", text)[1]
         self.assertLess(set(listed.split()), set(help_of_dev()))
 
+    def test_maps_are_whole(self):
+        """The README's table of folders, and that of headers."""
+        text = (ROOT / "README.md").read_text()
+        folders, headers = (text.split(f"\n## {name}\n")[1].split("\n## ")[0]
+                            for name in ("Folders", "Headers"))
+        for path in ROOT.iterdir():
+            if any(any(path.glob(kind)) for kind in ("*.h", "*.cpp", "CMakeLists.txt")):
+                self.assertIn(f"`{path.name}/", folders)
+        for path in (ROOT / "include" / "vkmibh").iterdir():
+            self.assertIn(f"`{path.name}{'/' if path.is_dir() else ''}`", headers)
+
     def test_no_entry_is_left_over(self):
         shown = {command for document in DOCUMENTS for command in inline(document)}
         shown |= {command for document in DOCUMENTS for block in blocks(document) for command, _ in block}
