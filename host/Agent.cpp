@@ -45,6 +45,8 @@ constexpr const char* kGreeting =
 void OpenStandardDescriptors()
 {
     for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // It is to stay open.
+        // cppcheck-suppress leakReturnValNotUsed
         if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) != descriptor)
             throw BHostError(eExitUsage, "cannot open /dev/null");
     }

@@ -1,9 +1,9 @@
 #include "host/Database.h"
 
 #include "host/HostError.h"
+#include "host/SystemError.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sqlite3.h>
@@ -49,7 +49,7 @@ const char kSchema[] = "CREATE TABLE record ("
     }
     std::string why = db ? sqlite3_errmsg(db) : "out of memory";
     if (int systemError = db ? sqlite3_system_errno(db) : 0)
-        why += std::string(" (") + std::strerror(systemError) + ")";
+        why += " (" + SystemError(systemError) + ")";
     Refuse(path, "cannot be opened: " + why);
 }
 
@@ -146,7 +146,7 @@ void CreateFile(const std::string& path)
 {
     int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (descriptor < 0 && errno != EEXIST)
-        Refuse(path, std::string("cannot be created: ") + std::strerror(errno));
+        Refuse(path, "cannot be created: " + SystemError(errno));
     if (descriptor >= 0)
         close(descriptor);
 }

@@ -19,7 +19,7 @@ public:
     static constexpr int kSchemaVersion = 1;
 
     // Opens or creates the file. Throws BHostError with one line.
-    explicit BDatabase(const std::string& path);
+    explicit BDatabase(const std::string& name);
     ~BDatabase();
     BDatabase(const BDatabase&) = delete;
     BDatabase& operator=(const BDatabase&) = delete;

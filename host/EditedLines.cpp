@@ -150,10 +150,12 @@ bool BEditedLines::ReadCharacter(wchar_t& character)
             continue;
         if (count <= 0)
             return false;
+        // The state is this call's own, so other threads may do the same.
+        // NOLINTNEXTLINE(concurrency-mt-unsafe)
         size_t used = std::mbrtowc(&character, &byte, 1, &state);
         if (used == static_cast<size_t>(-1)) { // what came before is no character of this set
             state = {};
-            used = std::mbrtowc(&character, &byte, 1, &state);
+            used = std::mbrtowc(&character, &byte, 1, &state); // NOLINT(concurrency-mt-unsafe)
         }
         if (used == 0 || used == 1)
             return true;

@@ -1,9 +1,9 @@
 #include "host/Hangups.h"
 
 #include "host/HostError.h"
+#include "host/SystemError.h"
 
 #include <cerrno>
-#include <cstring>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/signalfd.h>
@@ -15,7 +15,7 @@ BHangups::BHangups(int hangups, std::function<void()> work)
     : m_hangups(hangups), m_work(std::move(work)), m_end(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     if (!m_end.IsOpen())
-        throw BHostError(eExitUsage, std::string("no signals: ") + std::strerror(errno));
+        throw BHostError(eExitUsage, "no signals: " + SystemError(errno));
     m_thread = std::thread([this] { Run(); });
 }
 

@@ -12,11 +12,9 @@ namespace VLK::host {
 inline bool IsJournal(int descriptor)
 {
     const char* const named = std::getenv("JOURNAL_STREAM");
-    unsigned long long device = 0;
-    unsigned long long inode = 0;
     struct stat status = {};
-    return named && std::sscanf(named, "%llu:%llu", &device, &inode) == 2 &&
-           fstat(descriptor, &status) == 0 && status.st_dev == device && status.st_ino == inode;
+    return named && fstat(descriptor, &status) == 0 &&
+           named == std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
 }
 
 } // namespace VLK::host

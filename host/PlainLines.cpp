@@ -1,10 +1,10 @@
 #include "host/PlainLines.h"
 
 #include "host/Log.h"
+#include "host/SystemError.h"
 #include "host/Terminal.h"
 
 #include <cerrno>
-#include <cstring>
 #include <poll.h>
 #include <unistd.h>
 
@@ -91,7 +91,7 @@ bool BPlainLines::ReadMore()
         count = read(STDIN_FILENO, piece, sizeof piece);
     } while (count < 0 && (errno == EINTR || errno == EAGAIN));
     if (count < 0)
-        LogLine(eLogError, std::string("standard input cannot be read: ") + std::strerror(errno));
+        LogLine(eLogError, "standard input cannot be read: " + SystemError(errno));
     m_ended = count <= 0;
     if (!m_ended)
         m_waiting.append(piece, static_cast<size_t>(count));

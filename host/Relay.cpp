@@ -1,10 +1,10 @@
 #include "host/Relay.h"
 
 #include "host/HostError.h"
+#include "host/SystemError.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <sys/timerfd.h>
 #include <system_error>
 
@@ -21,7 +21,7 @@ BRelay::BRelay(unsigned workers, std::chrono::nanoseconds patience, std::chrono:
       m_timer(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC))
 {
     if (!m_timer.IsOpen())
-        throw BHostError(eExitUsage, std::string("no timer: ") + std::strerror(errno));
+        throw BHostError(eExitUsage, "no timer: " + SystemError(errno));
 }
 
 void BRelay::Arm(int64_t nanoseconds)
@@ -150,7 +150,7 @@ void BRelay::EndAll(std::exception_ptr failure)
 {
     std::lock_guard<std::mutex> lock(m_lock);
     if (!m_failure)
-        m_failure = failure;
+        m_failure = std::move(failure);
     m_hasEnded = true;
     Arm(1);
     m_change.notify_all();

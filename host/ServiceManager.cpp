@@ -31,8 +31,9 @@ std::string AddressOf(const std::string& name)
 std::string TakeName()
 {
     const char* const value = std::getenv(kVariable);
-    const std::string name = value ? value : "";
-    unsetenv(kVariable); // it is not for children
+    std::string name = value ? value : "";
+    // It is not for children. The agent has one thread yet.
+    unsetenv(kVariable); // NOLINT(concurrency-mt-unsafe)
     return name;
 }
 

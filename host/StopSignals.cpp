@@ -1,9 +1,9 @@
 #include "host/StopSignals.h"
 
 #include "host/HostError.h"
+#include "host/SystemError.h"
 
 #include <cerrno>
-#include <cstring>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/signalfd.h>
@@ -61,7 +61,7 @@ BStopSignals::BStopSignals(EHangup hangup)
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);
     if (!Add(m_either, m_signals) || !Add(m_either, m_request))
-        throw BHostError(eExitUsage, std::string("no signals: ") + std::strerror(errno));
+        throw BHostError(eExitUsage, "no signals: " + SystemError(errno));
 }
 
 void BStopSignals::Request() { eventfd_write(m_request.Get(), 1); }

@@ -1,24 +1,31 @@
 #include "host/StorePath.h"
 
 #include "host/HostError.h"
+#include "host/SystemError.h"
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace VLK::host {
 
 namespace {
 
+constexpr size_t kUserTexts = 65536; // far more than the entry of a user takes
+
 std::string HomeDirectory()
 {
     if (const char* home = std::getenv("HOME"); home && *home == '/')
         return home;
-    if (const passwd* user = getpwuid(geteuid()); user && user->pw_dir)
-        return user->pw_dir;
+    passwd user = {};
+    passwd* found = nullptr;
+    std::vector<char> texts(kUserTexts);
+    if (getpwuid_r(geteuid(), &user, texts.data(), texts.size(), &found) == 0 && found &&
+        found->pw_dir)
+        return found->pw_dir;
     throw BHostError(eExitStore, "no home directory: name the store with --store FILE");
 }
 
@@ -30,7 +37,7 @@ void CreateDirectories(const std::string& path)
         std::string part = path.substr(0, end);
         if (mkdir(part.c_str(), 0700) != 0 && errno != EEXIST)
             throw BHostError(eExitStore,
-                             "cannot create directory " + part + ": " + std::strerror(errno));
+                             "cannot create directory " + part + ": " + SystemError(errno));
         if (end == path.npos)
             return;
     }

@@ -1,10 +1,10 @@
 #include "host/Terminal.h"
 
 #include "host/HostError.h"
+#include "host/SystemError.h"
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <sys/ioctl.h>
 #include <sys/signalfd.h>
 
@@ -104,7 +104,7 @@ BTerminal::BTerminal() : m_signals(BlockAndOpen())
             throw BHostError(eExitUsage, "no console in the background of a terminal");
     }
     if (!m_signals.IsOpen() || tcgetattr(STDIN_FILENO, &g_settings) != 0)
-        throw BHostError(eExitUsage, std::string("no terminal: ") + std::strerror(errno));
+        throw BHostError(eExitUsage, "no terminal: " + SystemError(errno));
     CatchFatalSignals();
 }
 

@@ -155,7 +155,7 @@ BString BSinkAgent::GetParams()
         parameters.Add("acknowledged", m_delivery->acknowledged)
             .Add("retried", m_delivery->retried)
             .Add("given up", m_delivery->givenUp);
-    return parameters.Text();
+    return parameters.Text(); // cppcheck-suppress returnDanglingLifetime ; it is a copy
 }
 
 } // namespace VLK::host

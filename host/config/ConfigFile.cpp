@@ -1,5 +1,6 @@
 #include "host/config/ConfigFile.h"
 
+#include "host/SystemError.h"
 #include "host/config/ConfigReader.h"
 #include "host/config/ConfigTable.h"
 #include "host/config/PrivateFile.h"
@@ -7,7 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 
 namespace VLK::host {
@@ -100,7 +100,7 @@ SConfiguration ReadConfigFile(const std::string& path)
             throw BConfigError({path + ": has more than " + std::to_string(kMostBytes) + " bytes"});
     }
     if (!file || std::ferror(file.get()))
-        throw BConfigError({path + ": " + std::strerror(errno)});
+        throw BConfigError({path + ": " + SystemError(errno)});
     return ReadConfigText(text, path, IsPrivate(fileno(file.get())));
 }
 

@@ -27,7 +27,7 @@ void BConfigReader::ReadTrapSink(BConfigTable& table)
     sink.isInform = table.Flag("inform").value_or(sink.isInform);
     std::optional<double> timeout = table.Number("timeout", kLeastTimeout, kMostTimeout);
     if (timeout)
-        sink.timeout = std::chrono::milliseconds(static_cast<int64_t>(*timeout * 100 + 0.5) * 10);
+        sink.timeout = std::chrono::milliseconds(std::lround(*timeout * 100) * 10);
     sink.retries =
         static_cast<unsigned>(table.Integer("retries", 0, kMostRetries).value_or(sink.retries));
     if (sink.isInform && sink.protocol == eSnmpV1)

@@ -1,12 +1,12 @@
 // The users of SNMPv3 in a configuration file, and their passphrases, which no message
 // shows.
 #include "host/Descriptor.h"
+#include "host/SystemError.h"
 #include "host/config/ConfigReader.h"
 #include "host/config/PrivateFile.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -56,13 +56,13 @@ std::string ReadFirstLine(const std::string& path, std::string& line)
         return "does not begin with '/'";
     BDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.IsOpen())
-        return std::string("cannot be read: ") + std::strerror(errno);
+        return "cannot be read: " + SystemError(errno);
     if (!IsPrivate(file.Get()))
         return "may be read or written by others: chmod 600 it";
     char text[kMostPassphrase + 2];
     ssize_t count = read(file.Get(), text, sizeof text);
     if (count < 0)
-        return std::string("cannot be read: ") + std::strerror(errno);
+        return "cannot be read: " + SystemError(errno);
     line.assign(text, std::find(text, text + count, '\n'));
     return "";
 }
@@ -90,9 +90,7 @@ std::string BConfigReader::ReadPassphrase(BConfigTable& table, const char* proto
     std::string why;
     if (text && !m_isPrivate)
         why = "stands in a file that others may read or write: chmod 600 it";
-    else if (text)
-        why = CheckPassphrase(passphrase);
-    else if (file && (why = ReadFirstLine(file->text, passphrase)).empty())
+    else if (text || (file && (why = ReadFirstLine(file->text, passphrase)).empty()))
         why = CheckPassphrase(passphrase);
     if (!why.empty() && text) // not to be shown
         m_problems.Add(text->place, std::string(key) + " " + why);

@@ -10,7 +10,7 @@ namespace {
 // A region within another stands behind it, by two blanks for each around it.
 std::string OidText(const SRegion& region)
 {
-    return std::string(2 * region.depth, ' ') + TextOf(region.oid.ToString());
+    return std::string(size_t{2} * region.depth, ' ') + TextOf(region.oid.ToString());
 }
 
 } // namespace

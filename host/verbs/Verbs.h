@@ -28,8 +28,10 @@ public:
         std::function<SAgentTotals()> totals;
     };
 
+    // Each class of handlers has its own.
+    // cppcheck-suppress duplInheritedMember
     static const SCmdMapEntry s_cliEntries[];
-    static const char s_cmdHandlerName[];
+    static const char s_cmdHandlerName[]; // cppcheck-suppress duplInheritedMember
 
     explicit BVerbs(SSources sources);
 

@@ -320,9 +320,10 @@ netsnmp_pdu* MakeNotification(const SNotification& notification, const SReceiver
                               const unsigned char (&agent)[4])
 {
     bool isV1 = receiver.protocol == eSnmpV1;
-    netsnmp_pdu* pdu = snmp_pdu_create(isV1                ? SNMP_MSG_TRAP
-                                       : receiver.isInform ? SNMP_MSG_INFORM
-                                                           : SNMP_MSG_TRAP2);
+    const unsigned command = isV1                ? SNMP_MSG_TRAP
+                             : receiver.isInform ? SNMP_MSG_INFORM
+                                                 : SNMP_MSG_TRAP2;
+    netsnmp_pdu* pdu = snmp_pdu_create(static_cast<int>(command));
     if (!pdu || WriteNotification(*pdu, notification, agent))
         return pdu;
     snmp_free_pdu(pdu);

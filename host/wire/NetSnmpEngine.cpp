@@ -3,6 +3,7 @@
 #include "host/HostError.h"
 #include "host/LimitedLog.h"
 #include "host/Relay.h"
+#include "host/SystemError.h"
 #include "host/verbs/RequestClock.h"
 #include "host/wire/Convert.h"
 #include "host/wire/MessageReader.h"
@@ -13,7 +14,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstring>
 #include <deque>
 #include <fcntl.h>
 #include <mutex>
@@ -64,7 +64,7 @@ struct BNetSnmpEngine::SSession {
     void Take(netsnmp_pdu& pdu);
     void SendReport(netsnmp_pdu& request, int counter);
     std::optional<SArrival> ReadMessage(BMessageReader& reader);
-    void Deliver(SArrival& arrival, SResponse& response);
+    void Deliver(SArrival& delivered, SResponse& response);
     // 0, or the error status to answer with instead; negative when the
     // message is lost.
     int Send(netsnmp_pdu& request, const SResponse& response);
@@ -140,7 +140,7 @@ unsigned BoundPort(int descriptor)
 [[noreturn]] void CannotListen(const BTransportAddress& address, int systemError)
 {
     throw BHostError(eExitUsage,
-                     "cannot listen on " + address.ToString() + ": " + std::strerror(systemError));
+                     "cannot listen on " + address.ToString() + ": " + SystemError(systemError));
 }
 
 netsnmp_transport* OpenTransport(const BTransportAddress& address)
@@ -501,7 +501,7 @@ void BNetSnmpEngine::SState::Serve(BRelay& relay, int stopDescriptor)
         if (poll(waits.data(), waits.size(), PrepareReceivers(waits, firstOfReceivers)) < 0) {
             if (errno == EINTR)
                 continue;
-            throw BHostError(eExitUsage, std::string("cannot wait: ") + std::strerror(errno));
+            throw BHostError(eExitUsage, "cannot wait: " + SystemError(errno));
         }
         if (waits[0].revents)
             return;

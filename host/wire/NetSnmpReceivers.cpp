@@ -1,6 +1,7 @@
 #include "host/wire/NetSnmpReceivers.h"
 
 #include "host/HostError.h"
+#include "host/SystemError.h"
 #include "host/wire/Convert.h"
 #include "host/wire/NetSnmpUsm.h"
 
@@ -56,7 +57,7 @@ void FindOwnAddress(const BTransportAddress& receiver, unsigned char (&own)[4])
 [[noreturn]] void CannotSend(const BTransportAddress& address, int systemError)
 {
     std::string what = "cannot send to " + address.ToString();
-    throw BHostError(eExitUsage, systemError ? what + ": " + std::strerror(systemError) : what);
+    throw BHostError(eExitUsage, systemError ? what + ": " + SystemError(systemError) : what);
 }
 
 bool WasTooLong(session_list* session)
@@ -212,7 +213,7 @@ BNetSnmpReceivers::BNetSnmpReceivers(BMessageReader& reader)
     : m_reader(reader), m_wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     if (!m_wake.IsOpen())
-        throw BHostError(eExitUsage, std::string("no event: ") + std::strerror(errno));
+        throw BHostError(eExitUsage, "no event: " + SystemError(errno));
 }
 
 BNetSnmpReceivers::~BNetSnmpReceivers() { Close(); }

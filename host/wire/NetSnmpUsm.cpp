@@ -10,7 +10,7 @@ namespace VLK::host {
 
 namespace {
 
-void Configure(std::string line) { netsnmp_config_remember(line.data()); }
+void Configure(std::string&& line) { netsnmp_config_remember(line.data()); }
 
 std::string Hexadecimal(const std::string& octets)
 {

@@ -81,6 +81,7 @@ int Receive(netsnmp_transport* transport, void* buffer, int size, void** opaque,
     return static_cast<int>(length);
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): the wire library's signature
 int Send(netsnmp_transport* transport, const void* buffer, int size, void** opaque,
          int* opaqueLength)
 {

@@ -26,7 +26,7 @@ constexpr std::uint64_t kMegabit = 1000000;
 // The settings of a link, with room for the three masks behind them.
 union USettings {
     ethtool_link_settings head;
-    char room[sizeof(ethtool_link_settings) + 3 * 127 * sizeof(__u32)];
+    char room[sizeof(ethtool_link_settings) + sizeof(__u32) * 3 * 127];
 };
 
 // Asks for the speed of one interface after the other.
