@@ -25,7 +25,7 @@ void SwmrWaiter::Grant()
 void SwmrQueue::Push(SwmrWaiter* waiter)
 {
     (last ? last->next : first) = waiter;
-    last = waiter;
+    last = waiter; // cppcheck-suppress danglingLifetime ; whoever waits leaves the queue first
     ++count;
 }
 

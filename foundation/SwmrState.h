@@ -42,7 +42,7 @@ public:
         unsigned count;
     };
 
-    SwmrReaders() = default;
+    SwmrReaders() = default; // cppcheck-suppress uninitMemberVar ; room, written before it is read
     ~SwmrReaders();
     SwmrReaders(const SwmrReaders&) = delete;
     SwmrReaders& operator=(const SwmrReaders&) = delete;

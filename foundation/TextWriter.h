@@ -11,6 +11,8 @@ namespace VLK {
 // the string ends up empty: a text with a hole in it would be another value's.
 class CTextWriter {
 public:
+    // The buffer is room, written before it is read.
+    // cppcheck-suppress uninitMemberVar
     explicit CTextWriter(BString& out) : m_out(out) { out.clear(); }
     ~CTextWriter()
     {

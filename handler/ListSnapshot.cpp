@@ -8,6 +8,8 @@
 
 namespace VLK {
 
+// The inline words are room, written before they are read.
+// cppcheck-suppress uninitMemberVar
 ListSnapshot::ListSnapshot(const BVarBindList& list)
     : m_valid(true), m_packed(true), m_count(list.Count()), m_words(m_inline)
 {

@@ -69,6 +69,8 @@ BMibHandler::BMibHandler(BMibTree* tree, IAccessControl* accessControl)
 {
     VKDbgModuleTraceClass(eTraceMibHandler, "BMibHandler");
     if (m_ownsTree)
+        // Its members keep it from being copied.
+        // cppcheck-suppress [noCopyConstructor, noOperatorEq]
         m_tree = new (std::nothrow) BMibTree;
     m_system = new (std::nothrow) BMib2System;
     vInitSysORTable();

@@ -12,6 +12,8 @@ namespace VLK {
 // are no permutation of the run, the order is that of the bindings.
 class RankOrder {
 public:
+    // The inline ranks are room, written before they are read.
+    // cppcheck-suppress uninitMemberVar
     RankOrder(void** slots, int first, int count) : m_slots(slots), m_first(first), m_count(count)
     {
         m_ranked = slots && Invert();

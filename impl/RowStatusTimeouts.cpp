@@ -11,7 +11,6 @@ namespace VLK {
 namespace {
 
 // A map keeps pointers only; nobody follows these.
-// NOLINTNEXTLINE(performance-no-int-to-ptr)
 void* AsData(int handle) { return reinterpret_cast<void*>(static_cast<std::intptr_t>(handle)); }
 int AsHandle(const void* data) { return static_cast<int>(reinterpret_cast<std::intptr_t>(data)); }
 

@@ -31,6 +31,7 @@ BObjectIdentifier::BObjectIdentifier(const BObjectIdentifier& other) : BObjectId
     Set(other);
 }
 
+// cppcheck-suppress operatorEqVarError ; Set() assigns them
 BObjectIdentifier& BObjectIdentifier::operator=(const BObjectIdentifier& other)
 {
     if (this != &other)

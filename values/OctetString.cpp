@@ -39,6 +39,7 @@ BOctetString::BOctetString(const char* text, unsigned length) : BOctetString()
     Assign(text, length);
 }
 
+// cppcheck-suppress operatorEqVarError ; Assign() assigns them
 BOctetString& BOctetString::operator=(const BOctetString& other)
 {
     if (this != &other)
