@@ -146,6 +146,8 @@ public:
         m_binding.Append(Name(kColumns, 0));
         m_arcAt = m_binding[0].Name().Length() - 1;
     }
+    Rows(const Rows&) = delete;
+    Rows& operator=(const Rows&) = delete;
     static BObjectIdentifier Name(unsigned column, unsigned row)
     {
         BObjectIdentifier name = MakeOid(kEntry);

@@ -37,7 +37,7 @@ BObjectSyntax ObjectId()
 void OidCompareEqual12(benchmark::State& state)
 {
     const BObjectIdentifier a = Oid(kName);
-    const BObjectIdentifier b = a;
+    const BObjectIdentifier b = a; // NOLINT(performance-unnecessary-copy-initialization): elsewhere
     const AllocScope allocs(state);
     for (auto _ : state)
         benchmark::DoNotOptimize(a.Compare(b));
@@ -60,7 +60,7 @@ void OidCopy(benchmark::State& state)
     const AllocScope allocs(state);
     for (auto _ : state) {
         BObjectIdentifier copy(a);
-        benchmark::DoNotOptimize(copy.Arcs());
+        benchmark::DoNotOptimize(copy);
     }
 }
 BENCHMARK(OidCopy);
@@ -92,7 +92,7 @@ void SyntaxCopy(benchmark::State& state, BObjectSyntax (*make)())
     const AllocScope allocs(state);
     for (auto _ : state) {
         BObjectSyntax copy(value);
-        benchmark::DoNotOptimize(copy.Syntax());
+        benchmark::DoNotOptimize(copy);
     }
 }
 BENCHMARK_CAPTURE(SyntaxCopy, Int, Integer);
@@ -126,7 +126,7 @@ void ListCopy(benchmark::State& state)
     const AllocScope allocs(state);
     for (auto _ : state) {
         BVarBindList copy(list);
-        benchmark::DoNotOptimize(copy.Count());
+        benchmark::DoNotOptimize(copy);
     }
 }
 BENCHMARK(ListCopy)->Arg(1)->Arg(10);
