@@ -18,7 +18,7 @@ die()
     say "FAILED: $*"
     exit 1
 }
-inside() { chroot "$root" env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin "$@" </dev/null; }
+inside() { exec chroot "$root" env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin "$@" </dev/null; }
 finish()
 {
     [ -z "$agent" ] || kill "$agent" || say "the agent has ended by itself"
@@ -60,7 +60,7 @@ until grep -q 'ready on' "$work/agent.log"; do
     sleep 1
 done
 say "ready after $((SECONDS - began)) s"
-inside bash -c "$tools" >"$work/tools.log" 2>&1 || die "$tools"
+(inside bash -c "$tools") >"$work/tools.log" 2>&1 || die "$tools"
 said=$(inside bash -c "$walk")
 printf '%s\n' "$said"
 [ "$said" = "$answer" ] || die "$walk: not '$answer'"
