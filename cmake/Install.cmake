@@ -1,5 +1,6 @@
-# cmake --install: the library, its headers, the CMake package VKMibH (targets
-# VKMibH::VKMibH), and vkmibh.pc for pkg-config. What is installed stands in
+# cmake --install: the library, its headers, the testing kit, the CMake package
+# VKMibH (target VKMibH::VKMibH; with the component Testing, VKMibH::Testing), and
+# vkmibh.pc and vkmibh-testing.pc for pkg-config. What is installed stands in
 # tests/install/files.txt, all of it.
 #
 # The component "library" is what programs need to run, "development" what is
@@ -13,6 +14,10 @@ install(TARGETS VKMibH EXPORT VKMibHTargets
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/vkmibh
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development FILES_MATCHING PATTERN "*.h")
 install(EXPORT VKMibHTargets NAMESPACE VKMibH:: DESTINATION ${package_dir} COMPONENT development)
+install(TARGETS VKMibHTesting EXPORT VKMibHTestingTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(EXPORT VKMibHTestingTargets
+    NAMESPACE VKMibH:: DESTINATION ${package_dir} COMPONENT development)
 
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/VKMibHConfig.cmake.in
     ${CMAKE_CURRENT_BINARY_DIR}/VKMibHConfig.cmake INSTALL_DESTINATION ${package_dir})
@@ -26,5 +31,6 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/VKMibHConfig.cmake
 file(RELATIVE_PATH pkgconfig_to_prefix /prefix/${pkgconfig_dir} /prefix)
 string(REGEX REPLACE "/$" "" pkgconfig_to_prefix ${pkgconfig_to_prefix})
 configure_file(cmake/vkmibh.pc.in vkmibh.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vkmibh.pc
+configure_file(cmake/vkmibh-testing.pc.in vkmibh-testing.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vkmibh.pc ${CMAKE_CURRENT_BINARY_DIR}/vkmibh-testing.pc
     DESTINATION ${pkgconfig_dir} COMPONENT development)

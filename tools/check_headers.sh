@@ -8,7 +8,7 @@ shift
 headers=("$@")
 if [ ${#headers[@]} = 0 ]; then
     mapfile -t headers < <(find include foundation values timer registry impl handler console traps \
-        system agents examples -name '*.h' 2>/dev/null | sort)
+        system agents testing examples -name '*.h' 2>/dev/null | sort)
 fi
 [ ${#headers[@]} -gt 0 ] || { echo "no headers found"; exit 1; }
 bad=0

@@ -14,7 +14,7 @@ import re
 import sys
 
 FOLDERS = ["foundation", "values", "timer", "registry", "impl", "handler", "console", "traps",
-           "system", "agents", "include/vkmibh", "examples"]
+           "system", "agents", "testing", "include/vkmibh", "examples"]
 
 # (pattern, family, lowest level, highest level); the first match counts. A
 # family "values: octet string" belongs to "values", whose header gathers it.
@@ -44,6 +44,7 @@ FAMILIES = [
     ("include/vkmibh/agents.h", "agents", 5, 5),
     ("include/vkmibh/rqmap.h", "implementations: groups", 5, 5),
     ("include/vkmibh/maprows.h", "implementations: map rows", 7, 7),
+    ("include/vkmibh/maparray.h", "implementations: map rows", 7, 7),
     ("include/vkmibh/implbase.h", "implementations: groups", 5, 5),
     ("include/vkmibh/scalars.h", "implementations: scalars", 6, 6),
     ("include/vkmibh/tables.h", "implementations: tables", 6, 6),
@@ -53,6 +54,8 @@ FAMILIES = [
     ("include/vkmibh/system.h", "system", 3, 7),
     ("include/vkmibh/handler.h", "query handling", 8, 8),
     ("include/vkmibh/vkmibh.h", "everything", 10, 10),
+    ("include/vkmibh/testing/*", "testing kit", 10, 10),
+    ("testing/*", "testing kit", 10, 10),
     ("examples/*", "examples", 11, 11),
     ("foundation/*Array*", "containers", 2, 2),
     ("foundation/*Map*", "containers", 2, 2),
@@ -102,7 +105,7 @@ HOST_OF_EXAMPLES = "examples/ExampleHost.cpp"
 PLATFORM = set("""
 algorithm array atomic cctype cerrno charconv chrono cinttypes climits cmath condition_variable csignal
 cstdarg cstddef cstdint cstdio cstdlib cstring ctime deque exception fstream functional initializer_list
-iterator limits list map memory mutex new numeric optional set shared_mutex sstream string string_view
+iterator limits list map memory mutex new numeric optional ostream set shared_mutex sstream stdexcept string string_view
 thread tuple type_traits typeinfo unordered_map unordered_set utility vector
 cxxabi.h errno.h fcntl.h pthread.h semaphore.h signal.h time.h unistd.h sys/time.h sys/types.h sys/timeb.h
 """.split())

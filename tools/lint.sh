@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 mapfile -t sources < <(find include foundation values timer registry impl handler console traps system \
-    agents host modules examples tests bench fuzz \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null | sort)
+    agents testing host modules examples tests bench fuzz \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null | sort)
 clang-format --dry-run -Werror "${sources[@]}"
 echo "${#sources[@]} files are formatted"
 python3 tools/check_layers.py

@@ -8,8 +8,8 @@
 #include "examples/scalar/Thermostat.h"
 #include "examples/subtree/ParameterTree.h"
 #include "examples/table/SensorTable.h"
-#include "tests/support/RecorderHandler.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/recorder.h>
+#include <vkmibh/testing/requests.h>
 
 #include <sstream>
 

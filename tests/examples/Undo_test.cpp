@@ -12,18 +12,18 @@
 namespace VLK::Test {
 namespace {
 
-using Bindings = std::vector<std::string>;
+using Lines = std::vector<std::string>;
 
 // The rows that the SETs below change: door 7 is active, 8 notReady and 9
 // notInService; meter 5 is valid, 6 underCreation.
-const std::vector<Bindings> kRows = {
+const std::vector<Lines> kRows = {
     {"3.1.5.7 i 4", "3.1.2.7 s gate"},  {"3.1.5.8 i 5"}, {"3.1.5.9 i 5", "3.1.2.9 s back door"},
     {"4.1.4.5 i 2", "4.1.3.5 s owner"}, {"4.1.4.5 i 1"}, {"4.1.4.6 i 2"},
 };
 
 struct SSet {
     const char* name;
-    Bindings bindings;
+    Lines bindings;
 
     friend void PrintTo(const SSet& set, std::ostream* out) { *out << set.name; }
 };
@@ -54,13 +54,13 @@ protected:
     static std::unique_ptr<Modules> Agent()
     {
         auto agent = std::make_unique<Modules>();
-        for (const Bindings& row : kRows)
+        for (const Lines& row : kRows)
             EXPECT_EQ(agent->Set(row), 0) << row[0];
         return agent;
     }
 
     // The SET with the neighbour's commit failing behind so many bindings.
-    static void FailBehind(Modules& agent, Bindings bindings, size_t count)
+    static void FailBehind(Modules& agent, Lines bindings, size_t count)
     {
         const std::string before = agent.Walk();
         bindings.insert(bindings.begin() + static_cast<int>(count), "99.0 i 1");
@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(Sets, Undo, testing::ValuesIn(kSets),
 
 TEST_P(Undo, LeavesEverythingAsItWas)
 {
-    Bindings bindings = GetParam().bindings;
+    Lines bindings = GetParam().bindings;
     std::sort(bindings.begin(), bindings.end());
     std::string after;
     do {
@@ -99,7 +99,7 @@ TEST_P(Undo, LeavesEverythingAsItWas)
 
 TEST_P(Undo, WithoutMemoryASetIsDoneOrNot)
 {
-    const Bindings& bindings = GetParam().bindings;
+    const Lines& bindings = GetParam().bindings;
     std::string before, after;
     {
         const std::unique_ptr<Modules> agent = Agent();

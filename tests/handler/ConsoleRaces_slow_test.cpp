@@ -1,11 +1,13 @@
 // Operators at consoles of one agent against its managers and its traps.
-#include "tests/support/Requests.h"
 #include "tests/support/ScriptedStream.h"
 #include "tests/support/Workers.h"
+#include <vkmibh/testing/requests.h>
 
 #include <vkmibh/agents.h>
 #include <vkmibh/cli.h>
 #include <vkmibh/timer.h>
+
+#include <gtest/gtest.h>
 
 namespace VLK {
 namespace Test {

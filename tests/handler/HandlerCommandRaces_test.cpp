@@ -2,7 +2,7 @@
 // Under ThreadSanitizer this finds what a plain run may not.
 #include "tests/support/CommandConsole.h"
 #include "tests/support/ListHandler.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "tests/support/CallbackHandler.h"
 #include "tests/support/CommandConsole.h"
 #include "tests/support/FakeAccess.h"
-#include "tests/support/RecorderHandler.h"
+#include <vkmibh/testing/recorder.h>
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "tests/support/FakeAccess.h"
 #include "tests/support/FakeStore.h"
 #include "tests/support/ListHandler.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

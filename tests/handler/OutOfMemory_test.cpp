@@ -2,9 +2,12 @@
 // leak nothing and leave no lock behind.
 #include "tests/support/AllocationSweep.h"
 #include "tests/support/FailingAllocOperators.h"
-#include "tests/support/Requests.h"
+#include "tests/support/Oids.h"
+#include <vkmibh/testing/requests.h>
 
 #include <vkmibh/system.h>
+
+#include <gtest/gtest.h>
 
 namespace VLK {
 namespace Test {

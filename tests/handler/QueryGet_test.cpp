@@ -1,7 +1,7 @@
 // GET: access, runs of bindings, statuses and what becomes of the list.
 #include "tests/support/FakeAccess.h"
 #include "tests/support/ListHandler.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Traffic against registration. Under ThreadSanitizer this finds what a plain
 // run may not.
 #include "tests/support/ListHandler.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 #include <vkmibh/system.h>
 

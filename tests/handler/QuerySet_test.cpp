@@ -1,8 +1,8 @@
 // SET: access, locks, memory, and what a throwing host leaves behind.
 #include "tests/support/FakeAccess.h"
 #include "tests/support/ListHandler.h"
-#include "tests/support/RecorderHandler.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/recorder.h>
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

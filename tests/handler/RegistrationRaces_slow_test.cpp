@@ -1,11 +1,13 @@
 // Requests against registration. What stays registered is answered whole at every
 // moment; what comes and goes is there or not.
 #include "tests/support/ListHandler.h"
-#include "tests/support/Requests.h"
 #include "tests/support/RowStatusProbe.h"
 #include "tests/support/Workers.h"
+#include <vkmibh/testing/requests.h>
 
 #include <array>
+
+#include <gtest/gtest.h>
 
 namespace VLK {
 namespace Test {

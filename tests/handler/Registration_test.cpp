@@ -1,6 +1,6 @@
 // Registration and unregistration of groups and subtree handlers.
 #include "tests/support/ListHandler.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "tests/handler/RowStatusExpectation.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 namespace VLK {
 namespace Test {

@@ -1,7 +1,7 @@
 // A hundred thousand rows. What takes time for every other row that is there would
 // take minutes here.
-#include "tests/support/Requests.h"
 #include "tests/support/RowStatusProbe.h"
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // Requests, registration and time-outs of row-status tables, all at once.
 #pragma once
 
-#include "tests/support/Requests.h"
 #include "tests/support/RowStatusProbe.h"
 #include "tests/support/Workers.h"
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,9 @@
 // SETs over modules with data: every set of failing positions in all four phases,
 // every pattern of runs, one SET at a time and several. What fails leaves the data
 // as they were, unless the undo or the cleanup phase fails too.
-#include "tests/support/Requests.h"
+#include "tests/support/Oids.h"
 #include "tests/support/Seed.h"
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

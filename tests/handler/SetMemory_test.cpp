@@ -2,7 +2,7 @@
 // row-status table: done altogether, or nothing is changed, left behind or timed.
 #include "tests/support/AllocationSweep.h"
 #include "tests/support/CallbackHandler.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 #include <vkmibh/maprows.h>
 #include <vkmibh/rowstatus.h>
@@ -10,6 +10,8 @@
 #include <vkmibh/timer.h>
 
 #include <memory>
+
+#include <gtest/gtest.h>
 
 namespace VLK {
 namespace Test {

@@ -1,6 +1,6 @@
 // SET phases: every pattern of runs, every position, every phase that can fail.
-#include "tests/support/RecorderHandler.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/recorder.h>
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,11 @@
 // are undone, and against a host that changes the same values.
 #include "tests/support/CallbackHandler.h"
 #include "tests/support/FakeStore.h"
-#include "tests/support/Requests.h"
 #include "tests/support/ViewRows.h"
 #include "tests/support/Workers.h"
+#include <vkmibh/testing/requests.h>
+
+#include <gtest/gtest.h>
 
 namespace VLK {
 namespace Test {

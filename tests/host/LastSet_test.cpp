@@ -1,10 +1,12 @@
 // The last SET, as the console tells it.
 #include "VerbsTest.h"
 
-#include "tests/support/RecorderHandler.h"
+#include <vkmibh/testing/recorder.h>
 
 #include <algorithm>
 #include <regex>
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::host;

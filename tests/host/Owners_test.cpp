@@ -2,9 +2,11 @@
 #include "VerbsTest.h"
 
 #include "tests/support/ListHandler.h"
-#include "tests/support/RecorderHandler.h"
-#include "tests/support/Requests.h"
 #include "tests/support/RowStatusProbe.h"
+#include <vkmibh/testing/recorder.h>
+#include <vkmibh/testing/requests.h>
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::host;

@@ -2,8 +2,10 @@
 #include "VerbsTest.h"
 
 #include "tests/support/CallbackHandler.h"
-#include "tests/support/RecorderHandler.h"
 #include "tests/support/Threads.h"
+#include <vkmibh/testing/recorder.h>
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::host;

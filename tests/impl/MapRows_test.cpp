@@ -92,12 +92,13 @@ TEST(MapRows, FieldsAreWhatWasWritten)
 TEST(MapRows, HandlersOfEveryFormAreCalled)
 {
     CForms forms;
-    TwoWalks(forms, "1.3.9",
-             {{"1.3.9.1.0", eAsnInteger, "40"},
-              {"1.3.9.2.0", eAsnGauge32, "41"},
-              {"1.3.9.3.0", eAsnGauge32, "42"},
-              {"1.3.9.4.0", eAsnInteger, "2"}})
-        .Run();
+    EXPECT_EQ(TwoWalks(forms, "1.3.9",
+                       {{"1.3.9.1.0", eAsnInteger, "40"},
+                        {"1.3.9.2.0", eAsnGauge32, "41"},
+                        {"1.3.9.3.0", eAsnGauge32, "42"},
+                        {"1.3.9.4.0", eAsnInteger, "2"}})
+                  .Run(),
+              "");
     BVarBind inherited(OidOf("1.3.9.1.0"));
     EXPECT_EQ(0, forms.Set(1, eSetCommit, nullptr, BVarBind(OidOf("1.3.9.1.0"), IntValue(-9))));
     EXPECT_EQ(0, forms.Get(1, inherited));

@@ -7,10 +7,17 @@
 #include <tuple>
 #include <vector>
 #include <vkmibh/impl.h>
+#include <vkmibh/testing/oids.h>
+#include <vkmibh/testing/walks.h>
 
-#include "tests/support/TwoWalks.h"
+#include <gtest/gtest.h>
 
 namespace VLK {
+
+using Test::TextOf;
+using Test::TwoWalks;
+
+inline BObjectIdentifier OidOf(const char* dotted) { return Test::MakeOid(dotted); }
 
 enum EColor : int { eRed = 1, eBlue = 2 };
 

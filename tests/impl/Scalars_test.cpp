@@ -68,7 +68,7 @@ using CGroupOfScalars = CScalars<BMibScalarGroupImpl>;
 TEST(ScalarImpl, TwoWalks)
 {
     CScalar scalar("1.3.9", {CScalar::Row(4, eRqReadWrite)});
-    TwoWalks(scalar, "1.3.9", {{"1.3.9.0", eAsnOctetString, "text"}}).Run();
+    EXPECT_EQ(TwoWalks(scalar, "1.3.9", {{"1.3.9.0", eAsnOctetString, "text"}}).Run(), "");
     EXPECT_EQ(unsigned(eImplScalar), scalar.ImplKind());
 }
 
@@ -150,11 +150,12 @@ protected:
 
 TEST_F(ScalarGroup, TwoWalks)
 {
-    TwoWalks(m_group, "1.3.9",
-             {{"1.3.9.1.0", eAsnOctetString, "text"},
-              {"1.3.9.3.0", eAsnOctetString, "text"},
-              {"1.3.9.4294967295.0", eAsnOctetString, "text"}})
-        .Run();
+    EXPECT_EQ(TwoWalks(m_group, "1.3.9",
+                       {{"1.3.9.1.0", eAsnOctetString, "text"},
+                        {"1.3.9.3.0", eAsnOctetString, "text"},
+                        {"1.3.9.4294967295.0", eAsnOctetString, "text"}})
+                  .Run(),
+              "");
     EXPECT_EQ(unsigned(eImplScalarGroup), m_group.ImplKind());
 }
 

@@ -10,7 +10,7 @@ export LC_ALL=C
 files()
 {
     (cd "$stage/opt/vkmibh" && find . ! -type d -printf '%P -> %l\n') |
-        sed -e 's/ -> $//' -e "s|^$libdir/|lib/|" -e 's|/VKMibHTargets-[a-z]*\.cmake$|/VKMibHTargets-TYPE.cmake|' |
+        sed -e 's/ -> $//' -e "s|^$libdir/|lib/|" -e 's|Targets-[a-z]*\.cmake$|Targets-TYPE.cmake|' |
         sort
 }
 

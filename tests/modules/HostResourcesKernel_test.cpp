@@ -2,7 +2,7 @@
 #include "modules/hostresources/HostResourcesModule.h"
 #include "modules/hostresources/ProcHostSource.h"
 
-#include "ModuleClient.h"
+#include <vkmibh/testing/module.h>
 
 #include "tests/support/TempDir.h"
 
@@ -13,6 +13,8 @@
 #include <sys/sysmacros.h>
 #include <thread>
 #include <unistd.h>
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::Test;

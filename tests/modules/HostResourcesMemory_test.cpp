@@ -1,10 +1,12 @@
 // Memory that runs out during a request or a sample.
 #include "FakeHost.h"
-#include "ModuleClient.h"
+#include <vkmibh/testing/module.h>
 
 #include "modules/hostresources/ProcHostSource.h"
 #include "tests/support/AllocationSweep.h"
 #include "tests/support/FailingAllocOperators.h"
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::Test;

@@ -1,10 +1,12 @@
 // The module between a host that a test makes up and a manager.
 #include "FakeHost.h"
-#include "ModuleClient.h"
+#include <vkmibh/testing/module.h>
 
-#include "tests/support/TwoWalks.h"
+#include <vkmibh/testing/walks.h>
 
 #include <thread>
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::Test;
@@ -97,23 +99,26 @@ const std::string kNone = "Null/noSuchInstance";
 TEST_F(HostResources, SystemGroupIsServedWhichWayEverItIsAsked)
 {
     Module();
-    TwoWalks(*module->GetImplAt(0), "1.3.6.1.2.1.25.1",
-             {{"1.3.6.1.2.1.25.1.1.0", eAsnTimeTicks, "35073547"},
-              {"1.3.6.1.2.1.25.1.2.0", eAsnOctetString, "07:ea:0b:15:13:26:25:04:2d:03:1e"},
-              {"1.3.6.1.2.1.25.1.3.0", eAsnInteger, "100001"},
-              {"1.3.6.1.2.1.25.1.4.0", eAsnOctetString, "root=/dev/vda1 quiet"},
-              {"1.3.6.1.2.1.25.1.5.0", eAsnGauge32, "3"},
-              {"1.3.6.1.2.1.25.1.6.0", eAsnGauge32, "170"},
-              {"1.3.6.1.2.1.25.1.7.0", eAsnInteger, "32768"}})
-        .Run();
+    EXPECT_EQ(
+        TwoWalks(*module->GetImplAt(0), "1.3.6.1.2.1.25.1",
+                 {{"1.3.6.1.2.1.25.1.1.0", eAsnTimeTicks, "35073547"},
+                  {"1.3.6.1.2.1.25.1.2.0", eAsnOctetString, "07:ea:0b:15:13:26:25:04:2d:03:1e"},
+                  {"1.3.6.1.2.1.25.1.3.0", eAsnInteger, "100001"},
+                  {"1.3.6.1.2.1.25.1.4.0", eAsnOctetString, "root=/dev/vda1 quiet"},
+                  {"1.3.6.1.2.1.25.1.5.0", eAsnGauge32, "3"},
+                  {"1.3.6.1.2.1.25.1.6.0", eAsnGauge32, "170"},
+                  {"1.3.6.1.2.1.25.1.7.0", eAsnInteger, "32768"}})
+            .Run(),
+        "");
 }
 
 TEST_F(HostResources, MemorySizeIsServedWhichWayEverItIsAsked)
 {
     Module();
-    TwoWalks(*module->GetImplAt(1), "1.3.6.1.2.1.25.2.2",
-             {{"1.3.6.1.2.1.25.2.2.0", eAsnInteger, "8000000"}})
-        .Run();
+    EXPECT_EQ(TwoWalks(*module->GetImplAt(1), "1.3.6.1.2.1.25.2.2",
+                       {{"1.3.6.1.2.1.25.2.2.0", eAsnInteger, "8000000"}})
+                  .Run(),
+              "");
 }
 
 #define VK_STORAGE(rest) "1.3.6.1.2.1.25.2.3.1." rest
@@ -122,50 +127,51 @@ TEST_F(HostResources, MemorySizeIsServedWhichWayEverItIsAsked)
 TEST_F(HostResources, StorageTableIsServedWhichWayEverItIsAsked)
 {
     Module();
-    TwoWalks(*module->GetImplAt(2), "1.3.6.1.2.1.25.2.3.1",
-             {{VK_STORAGE("1.1"), eAsnInteger, "1"},
-              {VK_STORAGE("1.2"), eAsnInteger, "2"},
-              {VK_STORAGE("1.3"), eAsnInteger, "3"},
-              {VK_STORAGE("1.4"), eAsnInteger, "4"},
-              {VK_STORAGE("1.5"), eAsnInteger, "5"},
-              {VK_STORAGE("1.101"), eAsnInteger, "101"},
-              {VK_STORAGE("1.102"), eAsnInteger, "102"},
-              {VK_STORAGE("2.1"), eAsnObjectId, VK_STORAGE_TYPE("2")},
-              {VK_STORAGE("2.2"), eAsnObjectId, VK_STORAGE_TYPE("3")},
-              {VK_STORAGE("2.3"), eAsnObjectId, VK_STORAGE_TYPE("1")},
-              {VK_STORAGE("2.4"), eAsnObjectId, VK_STORAGE_TYPE("1")},
-              {VK_STORAGE("2.5"), eAsnObjectId, VK_STORAGE_TYPE("3")},
-              {VK_STORAGE("2.101"), eAsnObjectId, VK_STORAGE_TYPE("4")},
-              {VK_STORAGE("2.102"), eAsnObjectId, VK_STORAGE_TYPE("4")},
-              {VK_STORAGE("3.1"), eAsnOctetString, "Physical memory"},
-              {VK_STORAGE("3.2"), eAsnOctetString, "Virtual memory"},
-              {VK_STORAGE("3.3"), eAsnOctetString, "Memory buffers"},
-              {VK_STORAGE("3.4"), eAsnOctetString, "Cached memory"},
-              {VK_STORAGE("3.5"), eAsnOctetString, "Swap space"},
-              {VK_STORAGE("3.101"), eAsnOctetString, "/"},
-              {VK_STORAGE("3.102"), eAsnOctetString, "/data"},
-              {VK_STORAGE("4.1"), eAsnInteger, "1024"},
-              {VK_STORAGE("4.2"), eAsnInteger, "1024"},
-              {VK_STORAGE("4.3"), eAsnInteger, "1024"},
-              {VK_STORAGE("4.4"), eAsnInteger, "1024"},
-              {VK_STORAGE("4.5"), eAsnInteger, "1024"},
-              {VK_STORAGE("4.101"), eAsnInteger, "4096"},
-              {VK_STORAGE("4.102"), eAsnInteger, "512"},
-              {VK_STORAGE("5.1"), eAsnInteger, "8000000"},
-              {VK_STORAGE("5.2"), eAsnInteger, "12000000"},
-              {VK_STORAGE("5.3"), eAsnInteger, "8000000"},
-              {VK_STORAGE("5.4"), eAsnInteger, "8000000"},
-              {VK_STORAGE("5.5"), eAsnInteger, "4000000"},
-              {VK_STORAGE("5.101"), eAsnInteger, "1000000"},
-              {VK_STORAGE("5.102"), eAsnInteger, "10"},
-              {VK_STORAGE("6.1"), eAsnInteger, "3000000"},
-              {VK_STORAGE("6.2"), eAsnInteger, "3001000"},
-              {VK_STORAGE("6.3"), eAsnInteger, "1000"},
-              {VK_STORAGE("6.4"), eAsnInteger, "2000000"},
-              {VK_STORAGE("6.5"), eAsnInteger, "1000"},
-              {VK_STORAGE("6.101"), eAsnInteger, "600000"},
-              {VK_STORAGE("6.102"), eAsnInteger, "10"}})
-        .Run();
+    EXPECT_EQ(TwoWalks(*module->GetImplAt(2), "1.3.6.1.2.1.25.2.3.1",
+                       {{VK_STORAGE("1.1"), eAsnInteger, "1"},
+                        {VK_STORAGE("1.2"), eAsnInteger, "2"},
+                        {VK_STORAGE("1.3"), eAsnInteger, "3"},
+                        {VK_STORAGE("1.4"), eAsnInteger, "4"},
+                        {VK_STORAGE("1.5"), eAsnInteger, "5"},
+                        {VK_STORAGE("1.101"), eAsnInteger, "101"},
+                        {VK_STORAGE("1.102"), eAsnInteger, "102"},
+                        {VK_STORAGE("2.1"), eAsnObjectId, VK_STORAGE_TYPE("2")},
+                        {VK_STORAGE("2.2"), eAsnObjectId, VK_STORAGE_TYPE("3")},
+                        {VK_STORAGE("2.3"), eAsnObjectId, VK_STORAGE_TYPE("1")},
+                        {VK_STORAGE("2.4"), eAsnObjectId, VK_STORAGE_TYPE("1")},
+                        {VK_STORAGE("2.5"), eAsnObjectId, VK_STORAGE_TYPE("3")},
+                        {VK_STORAGE("2.101"), eAsnObjectId, VK_STORAGE_TYPE("4")},
+                        {VK_STORAGE("2.102"), eAsnObjectId, VK_STORAGE_TYPE("4")},
+                        {VK_STORAGE("3.1"), eAsnOctetString, "Physical memory"},
+                        {VK_STORAGE("3.2"), eAsnOctetString, "Virtual memory"},
+                        {VK_STORAGE("3.3"), eAsnOctetString, "Memory buffers"},
+                        {VK_STORAGE("3.4"), eAsnOctetString, "Cached memory"},
+                        {VK_STORAGE("3.5"), eAsnOctetString, "Swap space"},
+                        {VK_STORAGE("3.101"), eAsnOctetString, "/"},
+                        {VK_STORAGE("3.102"), eAsnOctetString, "/data"},
+                        {VK_STORAGE("4.1"), eAsnInteger, "1024"},
+                        {VK_STORAGE("4.2"), eAsnInteger, "1024"},
+                        {VK_STORAGE("4.3"), eAsnInteger, "1024"},
+                        {VK_STORAGE("4.4"), eAsnInteger, "1024"},
+                        {VK_STORAGE("4.5"), eAsnInteger, "1024"},
+                        {VK_STORAGE("4.101"), eAsnInteger, "4096"},
+                        {VK_STORAGE("4.102"), eAsnInteger, "512"},
+                        {VK_STORAGE("5.1"), eAsnInteger, "8000000"},
+                        {VK_STORAGE("5.2"), eAsnInteger, "12000000"},
+                        {VK_STORAGE("5.3"), eAsnInteger, "8000000"},
+                        {VK_STORAGE("5.4"), eAsnInteger, "8000000"},
+                        {VK_STORAGE("5.5"), eAsnInteger, "4000000"},
+                        {VK_STORAGE("5.101"), eAsnInteger, "1000000"},
+                        {VK_STORAGE("5.102"), eAsnInteger, "10"},
+                        {VK_STORAGE("6.1"), eAsnInteger, "3000000"},
+                        {VK_STORAGE("6.2"), eAsnInteger, "3001000"},
+                        {VK_STORAGE("6.3"), eAsnInteger, "1000"},
+                        {VK_STORAGE("6.4"), eAsnInteger, "2000000"},
+                        {VK_STORAGE("6.5"), eAsnInteger, "1000"},
+                        {VK_STORAGE("6.101"), eAsnInteger, "600000"},
+                        {VK_STORAGE("6.102"), eAsnInteger, "10"}})
+                  .Run(),
+              "");
 }
 
 #define VK_DEVICE(rest) "1.3.6.1.2.1.25.3.2.1." rest
@@ -174,41 +180,43 @@ TEST_F(HostResources, StorageTableIsServedWhichWayEverItIsAsked)
 TEST_F(HostResources, DeviceTableIsServedWhichWayEverItIsAsked)
 {
     Module();
-    TwoWalks(*module->GetImplAt(3), "1.3.6.1.2.1.25.3.2.1",
-             {{VK_DEVICE("1.1"), eAsnInteger, "1"},
-              {VK_DEVICE("1.2"), eAsnInteger, "2"},
-              {VK_DEVICE("1.4"), eAsnInteger, "4"},
-              {VK_DEVICE("1.100001"), eAsnInteger, "100001"},
-              {VK_DEVICE("2.1"), eAsnObjectId, VK_DEVICE_TYPE("3")},
-              {VK_DEVICE("2.2"), eAsnObjectId, VK_DEVICE_TYPE("3")},
-              {VK_DEVICE("2.4"), eAsnObjectId, VK_DEVICE_TYPE("3")},
-              {VK_DEVICE("2.100001"), eAsnObjectId, VK_DEVICE_TYPE("6")},
-              {VK_DEVICE("3.1"), eAsnOctetString, "Model 0"},
-              {VK_DEVICE("3.2"), eAsnOctetString, "Model 1"},
-              {VK_DEVICE("3.4"), eAsnOctetString, "cpu3"},
-              {VK_DEVICE("3.100001"), eAsnOctetString, "/dev/vda1"},
-              {VK_DEVICE("4.1"), eAsnObjectId, kUnknownProduct},
-              {VK_DEVICE("4.2"), eAsnObjectId, kUnknownProduct},
-              {VK_DEVICE("4.4"), eAsnObjectId, kUnknownProduct},
-              {VK_DEVICE("4.100001"), eAsnObjectId, kUnknownProduct},
-              {VK_DEVICE("5.1"), eAsnInteger, "2"},
-              {VK_DEVICE("5.2"), eAsnInteger, "2"},
-              {VK_DEVICE("5.4"), eAsnInteger, "2"},
-              {VK_DEVICE("5.100001"), eAsnInteger, "1"}})
-        .Run();
+    EXPECT_EQ(TwoWalks(*module->GetImplAt(3), "1.3.6.1.2.1.25.3.2.1",
+                       {{VK_DEVICE("1.1"), eAsnInteger, "1"},
+                        {VK_DEVICE("1.2"), eAsnInteger, "2"},
+                        {VK_DEVICE("1.4"), eAsnInteger, "4"},
+                        {VK_DEVICE("1.100001"), eAsnInteger, "100001"},
+                        {VK_DEVICE("2.1"), eAsnObjectId, VK_DEVICE_TYPE("3")},
+                        {VK_DEVICE("2.2"), eAsnObjectId, VK_DEVICE_TYPE("3")},
+                        {VK_DEVICE("2.4"), eAsnObjectId, VK_DEVICE_TYPE("3")},
+                        {VK_DEVICE("2.100001"), eAsnObjectId, VK_DEVICE_TYPE("6")},
+                        {VK_DEVICE("3.1"), eAsnOctetString, "Model 0"},
+                        {VK_DEVICE("3.2"), eAsnOctetString, "Model 1"},
+                        {VK_DEVICE("3.4"), eAsnOctetString, "cpu3"},
+                        {VK_DEVICE("3.100001"), eAsnOctetString, "/dev/vda1"},
+                        {VK_DEVICE("4.1"), eAsnObjectId, kUnknownProduct},
+                        {VK_DEVICE("4.2"), eAsnObjectId, kUnknownProduct},
+                        {VK_DEVICE("4.4"), eAsnObjectId, kUnknownProduct},
+                        {VK_DEVICE("4.100001"), eAsnObjectId, kUnknownProduct},
+                        {VK_DEVICE("5.1"), eAsnInteger, "2"},
+                        {VK_DEVICE("5.2"), eAsnInteger, "2"},
+                        {VK_DEVICE("5.4"), eAsnInteger, "2"},
+                        {VK_DEVICE("5.100001"), eAsnInteger, "1"}})
+                  .Run(),
+              "");
 }
 
 TEST_F(HostResources, ProcessorTableIsServedWhichWayEverItIsAsked)
 {
     Watched();
-    TwoWalks(*module->GetImplAt(4), "1.3.6.1.2.1.25.3.3.1",
-             {{"1.3.6.1.2.1.25.3.3.1.1.1", eAsnObjectId, kUnknownProduct},
-              {"1.3.6.1.2.1.25.3.3.1.1.2", eAsnObjectId, kUnknownProduct},
-              {"1.3.6.1.2.1.25.3.3.1.1.4", eAsnObjectId, kUnknownProduct},
-              {"1.3.6.1.2.1.25.3.3.1.2.1", eAsnInteger, "25"},
-              {"1.3.6.1.2.1.25.3.3.1.2.2", eAsnInteger, "0"},
-              {"1.3.6.1.2.1.25.3.3.1.2.4", eAsnInteger, "100"}})
-        .Run();
+    EXPECT_EQ(TwoWalks(*module->GetImplAt(4), "1.3.6.1.2.1.25.3.3.1",
+                       {{"1.3.6.1.2.1.25.3.3.1.1.1", eAsnObjectId, kUnknownProduct},
+                        {"1.3.6.1.2.1.25.3.3.1.1.2", eAsnObjectId, kUnknownProduct},
+                        {"1.3.6.1.2.1.25.3.3.1.1.4", eAsnObjectId, kUnknownProduct},
+                        {"1.3.6.1.2.1.25.3.3.1.2.1", eAsnInteger, "25"},
+                        {"1.3.6.1.2.1.25.3.3.1.2.2", eAsnInteger, "0"},
+                        {"1.3.6.1.2.1.25.3.3.1.2.4", eAsnInteger, "100"}})
+                  .Run(),
+              "");
 }
 
 TEST_F(HostResources, AWalkOfTheWholeModulePassesAllOfIt)

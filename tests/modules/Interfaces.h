@@ -3,7 +3,7 @@
 
 #include "modules/interfaces/InterfacesModule.h"
 
-#include "ModuleClient.h"
+#include <vkmibh/testing/module.h>
 
 #include <gtest/gtest.h>
 #include <mutex>

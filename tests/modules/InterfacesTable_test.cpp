@@ -1,6 +1,8 @@
 #include "Interfaces.h"
 
-#include "tests/support/TwoWalks.h"
+#include <vkmibh/testing/walks.h>
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::Test;
@@ -70,72 +72,77 @@ TEST_F(InterfacesTable, EveryColumnOfIfTableIsWalkedAndGot)
 {
     interfaces.links = {Whole(), Bare()};
     module.History().Compare(interfaces.links, 0);
-    TwoWalks(*module.GetImplAt(1), kIfEntry,
-             {
-                 {"1.3.6.1.2.1.2.2.1.1.2", eAsnInteger, "2"},
-                 {"1.3.6.1.2.1.2.2.1.1.70000", eAsnInteger, "70000"},
-                 {"1.3.6.1.2.1.2.2.1.2.2", eAsnOctetString, "eth0"},
-                 {"1.3.6.1.2.1.2.2.1.2.70000", eAsnOctetString, "odd"},
-                 {"1.3.6.1.2.1.2.2.1.3.2", eAsnInteger, "6"},
-                 {"1.3.6.1.2.1.2.2.1.3.70000", eAsnInteger, "1"},
-                 {"1.3.6.1.2.1.2.2.1.4.2", eAsnInteger, "1500"},
-                 {"1.3.6.1.2.1.2.2.1.5.2", eAsnGauge32, "1000000000"},
-                 {"1.3.6.1.2.1.2.2.1.6.2", eAsnOctetString, "02:00:5e:10:00:ff"},
-                 {"1.3.6.1.2.1.2.2.1.6.70000", eAsnOctetString, ""},
-                 {"1.3.6.1.2.1.2.2.1.7.2", eAsnInteger, "1"},
-                 {"1.3.6.1.2.1.2.2.1.7.70000", eAsnInteger, "2"},
-                 {"1.3.6.1.2.1.2.2.1.8.2", eAsnInteger, "1"},
-                 {"1.3.6.1.2.1.2.2.1.8.70000", eAsnInteger, "4"},
-                 {"1.3.6.1.2.1.2.2.1.9.2", eAsnTimeTicks, "0"},
-                 {"1.3.6.1.2.1.2.2.1.9.70000", eAsnTimeTicks, "0"},
-                 {"1.3.6.1.2.1.2.2.1.10.2", eAsnCounter32, "1"},
-                 {"1.3.6.1.2.1.2.2.1.11.2", eAsnCounter32, "2"},
-                 {"1.3.6.1.2.1.2.2.1.13.2", eAsnCounter32, "4"},
-                 {"1.3.6.1.2.1.2.2.1.14.2", eAsnCounter32, "5"},
-                 {"1.3.6.1.2.1.2.2.1.16.2", eAsnCounter32, "6"},
-                 {"1.3.6.1.2.1.2.2.1.17.2", eAsnCounter32, "7"},
-                 {"1.3.6.1.2.1.2.2.1.19.2", eAsnCounter32, "8"},
-                 {"1.3.6.1.2.1.2.2.1.20.2", eAsnCounter32, "4294967295"},
-             })
-        .Run();
+    EXPECT_EQ(TwoWalks(*module.GetImplAt(1), kIfEntry,
+                       {
+                           {"1.3.6.1.2.1.2.2.1.1.2", eAsnInteger, "2"},
+                           {"1.3.6.1.2.1.2.2.1.1.70000", eAsnInteger, "70000"},
+                           {"1.3.6.1.2.1.2.2.1.2.2", eAsnOctetString, "eth0"},
+                           {"1.3.6.1.2.1.2.2.1.2.70000", eAsnOctetString, "odd"},
+                           {"1.3.6.1.2.1.2.2.1.3.2", eAsnInteger, "6"},
+                           {"1.3.6.1.2.1.2.2.1.3.70000", eAsnInteger, "1"},
+                           {"1.3.6.1.2.1.2.2.1.4.2", eAsnInteger, "1500"},
+                           {"1.3.6.1.2.1.2.2.1.5.2", eAsnGauge32, "1000000000"},
+                           {"1.3.6.1.2.1.2.2.1.6.2", eAsnOctetString, "02:00:5e:10:00:ff"},
+                           {"1.3.6.1.2.1.2.2.1.6.70000", eAsnOctetString, ""},
+                           {"1.3.6.1.2.1.2.2.1.7.2", eAsnInteger, "1"},
+                           {"1.3.6.1.2.1.2.2.1.7.70000", eAsnInteger, "2"},
+                           {"1.3.6.1.2.1.2.2.1.8.2", eAsnInteger, "1"},
+                           {"1.3.6.1.2.1.2.2.1.8.70000", eAsnInteger, "4"},
+                           {"1.3.6.1.2.1.2.2.1.9.2", eAsnTimeTicks, "0"},
+                           {"1.3.6.1.2.1.2.2.1.9.70000", eAsnTimeTicks, "0"},
+                           {"1.3.6.1.2.1.2.2.1.10.2", eAsnCounter32, "1"},
+                           {"1.3.6.1.2.1.2.2.1.11.2", eAsnCounter32, "2"},
+                           {"1.3.6.1.2.1.2.2.1.13.2", eAsnCounter32, "4"},
+                           {"1.3.6.1.2.1.2.2.1.14.2", eAsnCounter32, "5"},
+                           {"1.3.6.1.2.1.2.2.1.16.2", eAsnCounter32, "6"},
+                           {"1.3.6.1.2.1.2.2.1.17.2", eAsnCounter32, "7"},
+                           {"1.3.6.1.2.1.2.2.1.19.2", eAsnCounter32, "8"},
+                           {"1.3.6.1.2.1.2.2.1.20.2", eAsnCounter32, "4294967295"},
+                       })
+                  .Run(),
+              "");
 }
 
 TEST_F(InterfacesTable, EveryColumnOfIfXTableIsWalkedAndGot)
 {
     interfaces.links = {Whole(), Bare()};
     module.History().Compare(interfaces.links, 0);
-    TwoWalks(*module.GetImplAt(2), kIfXEntry,
-             {
-                 {"1.3.6.1.2.1.31.1.1.1.1.2", eAsnOctetString, "eth0"},
-                 {"1.3.6.1.2.1.31.1.1.1.1.70000", eAsnOctetString, "odd"},
-                 {"1.3.6.1.2.1.31.1.1.1.2.2", eAsnCounter32, "3"},
-                 {"1.3.6.1.2.1.31.1.1.1.6.2", eAsnCounter64, "4294967297"},
-                 {"1.3.6.1.2.1.31.1.1.1.7.2", eAsnCounter64, "8589934594"},
-                 {"1.3.6.1.2.1.31.1.1.1.8.2", eAsnCounter64, "12884901891"},
-                 {"1.3.6.1.2.1.31.1.1.1.10.2", eAsnCounter64, "25769803782"},
-                 {"1.3.6.1.2.1.31.1.1.1.11.2", eAsnCounter64, "30064771079"},
-                 {"1.3.6.1.2.1.31.1.1.1.14.2", eAsnInteger, "1"},
-                 {"1.3.6.1.2.1.31.1.1.1.14.70000", eAsnInteger, "1"},
-                 {"1.3.6.1.2.1.31.1.1.1.15.2", eAsnGauge32, "1000"},
-                 {"1.3.6.1.2.1.31.1.1.1.16.2", eAsnInteger, "1"},
-                 {"1.3.6.1.2.1.31.1.1.1.17.2", eAsnInteger, "1"},
-                 {"1.3.6.1.2.1.31.1.1.1.18.2", eAsnOctetString, "to the core"},
-                 {"1.3.6.1.2.1.31.1.1.1.18.70000", eAsnOctetString, ""},
-                 {"1.3.6.1.2.1.31.1.1.1.19.2", eAsnTimeTicks, "0"},
-                 {"1.3.6.1.2.1.31.1.1.1.19.70000", eAsnTimeTicks, "0"},
-             })
-        .Run();
+    EXPECT_EQ(TwoWalks(*module.GetImplAt(2), kIfXEntry,
+                       {
+                           {"1.3.6.1.2.1.31.1.1.1.1.2", eAsnOctetString, "eth0"},
+                           {"1.3.6.1.2.1.31.1.1.1.1.70000", eAsnOctetString, "odd"},
+                           {"1.3.6.1.2.1.31.1.1.1.2.2", eAsnCounter32, "3"},
+                           {"1.3.6.1.2.1.31.1.1.1.6.2", eAsnCounter64, "4294967297"},
+                           {"1.3.6.1.2.1.31.1.1.1.7.2", eAsnCounter64, "8589934594"},
+                           {"1.3.6.1.2.1.31.1.1.1.8.2", eAsnCounter64, "12884901891"},
+                           {"1.3.6.1.2.1.31.1.1.1.10.2", eAsnCounter64, "25769803782"},
+                           {"1.3.6.1.2.1.31.1.1.1.11.2", eAsnCounter64, "30064771079"},
+                           {"1.3.6.1.2.1.31.1.1.1.14.2", eAsnInteger, "1"},
+                           {"1.3.6.1.2.1.31.1.1.1.14.70000", eAsnInteger, "1"},
+                           {"1.3.6.1.2.1.31.1.1.1.15.2", eAsnGauge32, "1000"},
+                           {"1.3.6.1.2.1.31.1.1.1.16.2", eAsnInteger, "1"},
+                           {"1.3.6.1.2.1.31.1.1.1.17.2", eAsnInteger, "1"},
+                           {"1.3.6.1.2.1.31.1.1.1.18.2", eAsnOctetString, "to the core"},
+                           {"1.3.6.1.2.1.31.1.1.1.18.70000", eAsnOctetString, ""},
+                           {"1.3.6.1.2.1.31.1.1.1.19.2", eAsnTimeTicks, "0"},
+                           {"1.3.6.1.2.1.31.1.1.1.19.70000", eAsnTimeTicks, "0"},
+                       })
+                  .Run(),
+              "");
 }
 
 TEST_F(InterfacesTable, ScalarsAreWalkedAndGot)
 {
     interfaces.links = {Whole(), Bare()};
     module.History().Compare(interfaces.links, 0);
-    TwoWalks(*module.GetImplAt(0), "1.3.6.1.2.1.2.1", {{"1.3.6.1.2.1.2.1.0", eAsnInteger, "2"}})
-        .Run();
-    TwoWalks(*module.GetImplAt(3), "1.3.6.1.2.1.31.1.5",
-             {{"1.3.6.1.2.1.31.1.5.0", eAsnTimeTicks, "0"}})
-        .Run();
+    EXPECT_EQ(
+        TwoWalks(*module.GetImplAt(0), "1.3.6.1.2.1.2.1", {{"1.3.6.1.2.1.2.1.0", eAsnInteger, "2"}})
+            .Run(),
+        "");
+    EXPECT_EQ(TwoWalks(*module.GetImplAt(3), "1.3.6.1.2.1.31.1.5",
+                       {{"1.3.6.1.2.1.31.1.5.0", eAsnTimeTicks, "0"}})
+                  .Run(),
+              "");
 }
 
 TEST_F(InterfacesTable, AWalkOfAllGoesThroughTheModuleInOrder)

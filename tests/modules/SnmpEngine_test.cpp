@@ -1,7 +1,9 @@
 #include "modules/SnmpEngine.h"
 
-#include "ModuleClient.h"
 #include "tests/support/Threads.h"
+#include <vkmibh/testing/module.h>
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::Test;

@@ -1,8 +1,10 @@
 #include "modules/SnmpGroup.h"
 
-#include "ModuleClient.h"
+#include <vkmibh/testing/module.h>
 
 #include "tests/support/FakeStore.h"
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::Test;

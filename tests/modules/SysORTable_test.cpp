@@ -1,7 +1,7 @@
 #include "modules/SysORTable.h"
 
-#include "tests/support/Requests.h"
 #include "tests/support/Threads.h"
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

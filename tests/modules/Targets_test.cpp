@@ -1,10 +1,12 @@
 // Where notifications go, as managers set it, rule by rule.
 #include "modules/targets/TargetModule.h"
 
-#include "ModuleClient.h"
+#include <vkmibh/testing/module.h>
 
 #include "tests/support/AllocationSweep.h"
 #include "tests/support/FakeStore.h"
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::Test;

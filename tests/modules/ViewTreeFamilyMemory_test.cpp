@@ -1,10 +1,12 @@
 // SETs of view families whose allocations fail one after the other.
-#include "ModuleClient.h"
 #include "modules/ViewTreeFamily.h"
+#include <vkmibh/testing/module.h>
 
 #include "tests/support/AllocationSweep.h"
 #include "tests/support/FailingAllocOperators.h"
 #include "tests/support/ViewRows.h"
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::Test;

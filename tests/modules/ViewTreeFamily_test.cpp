@@ -1,11 +1,13 @@
 #include "modules/ViewTreeFamily.h"
 
-#include "ModuleClient.h"
+#include <vkmibh/testing/module.h>
 
 #include "tests/support/FakeStore.h"
 #include "tests/support/ViewRows.h"
 
 #include <algorithm>
+
+#include <gtest/gtest.h>
 
 using namespace VLK;
 using namespace VLK::Test;

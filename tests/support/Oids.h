@@ -1,25 +1,13 @@
-// Object identifiers in tests, written as text.
+// Object identifiers in tests, written as text or as arcs.
 #pragma once
 
-#include <vkmibh/values.h>
-
-#include <ostream>
-#include <string>
 #include <vector>
+#include <vkmibh/testing/oids.h>
 
 namespace VLK {
-
-// How a failed expectation shows an identifier.
-inline void PrintTo(const BObjectIdentifier& oid, std::ostream* out)
-{
-    *out << (oid.Length() ? oid.ToString().c_str() : "(empty)");
-}
-
 namespace Test {
 
 using Arcs = std::vector<unsigned>;
-
-inline BObjectIdentifier MakeOid(const char* dotted) { return BObjectIdentifier(BString(dotted)); }
 
 inline BObjectIdentifier MakeOid(const Arcs& arcs)
 {
@@ -30,8 +18,6 @@ inline Arcs ArcsOf(const BObjectIdentifier& oid)
 {
     return oid.Length() ? Arcs(oid.Arcs(), oid.Arcs() + oid.Length()) : Arcs();
 }
-
-inline std::string TextOf(const BObjectIdentifier& oid) { return oid.ToString().c_str(); }
 
 inline std::string TextOf(const Arcs& arcs) { return TextOf(MakeOid(arcs)); }
 

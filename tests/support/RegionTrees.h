@@ -4,7 +4,7 @@
 
 #include "tests/support/FakeAccess.h"
 #include "tests/support/NaiveAgent.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 #include <algorithm>
 #include <memory>

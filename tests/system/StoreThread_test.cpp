@@ -1,6 +1,6 @@
 // A store that saves on a thread of its own.
 #include "tests/support/FakeStore.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The system group and the sysORTable as SNMP sees them.
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 #include "system/UptimeFile.h"
 

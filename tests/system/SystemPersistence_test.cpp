@@ -1,7 +1,7 @@
 // The system group in the host's store.
 #include "tests/support/FakeStore.h"
 #include "tests/support/Oids.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The system group and the sysORTable inside it, walked from end to end.
 #include "tests/support/FakeAccess.h"
-#include "tests/support/Requests.h"
+#include <vkmibh/testing/requests.h>
 
 #include <vkmibh/system.h>
 
