@@ -11,6 +11,7 @@
 #include <vkmibh/filter.h>
 #include <vkmibh/handler.h>
 #include <vkmibh/impl.h>
+#include <vkmibh/maparray.h>
 #include <vkmibh/mibinfo.h>
 #include <vkmibh/rqmap.h>
 #include <vkmibh/subtree.h>

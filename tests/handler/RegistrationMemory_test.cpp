@@ -2,9 +2,9 @@
 // served, what is not can be registered later, and no lock stays behind.
 #include "tests/support/AllocationSweep.h"
 #include "tests/support/ListHandler.h"
-#include "tests/support/Requests.h"
 #include "tests/support/RowStatusProbe.h"
 
+#include <vkmibh/testing/requests.h>
 #include <vkmibh/timer.h>
 
 #include <memory>
