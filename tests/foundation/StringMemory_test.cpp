@@ -53,7 +53,7 @@ TEST(StringMemory, ACopyIsWholeOrEmpty)
                                   });
 }
 
-TEST(StringMemory, MovesAndSwapsTakeNone)
+TEST(StringMemory, MovesTakeNone)
 {
     BString from(kLong.c_str());
     FailingAlloc fail(0);
