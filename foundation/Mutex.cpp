@@ -1,4 +1,5 @@
 #include "foundation/Deadline.h"
+#include "foundation/LockSoon.h"
 
 #include <cerrno>
 #include <vkmibh/sync.h>
@@ -45,7 +46,7 @@ int TMutex::Wait(unsigned timeout)
 {
     int result;
     if (timeout == kWaitForever)
-        result = pthread_mutex_lock(&m_mutex);
+        result = LockSoon(m_mutex);
     else if (timeout == 0)
         result = pthread_mutex_trylock(&m_mutex);
     else

@@ -1,13 +1,13 @@
 // Holds a system mutex for a scope; also released by a thread's forced end.
 #pragma once
 
-#include <pthread.h>
+#include "foundation/LockSoon.h"
 
 namespace VLK {
 
 class PthreadLock {
 public:
-    explicit PthreadLock(pthread_mutex_t& mutex) : m_mutex(mutex) { pthread_mutex_lock(&m_mutex); }
+    explicit PthreadLock(pthread_mutex_t& mutex) : m_mutex(mutex) { LockSoon(m_mutex); }
     ~PthreadLock() { pthread_mutex_unlock(&m_mutex); }
     PthreadLock(const PthreadLock&) = delete;
     PthreadLock& operator=(const PthreadLock&) = delete;
