@@ -86,6 +86,60 @@ void SwmrReaders::Add(pthread_t thread) { m_entries[m_used++] = Entry{thread, 1}
 
 void SwmrReaders::Remove(Entry* entry) { *entry = m_entries[--m_used]; }
 
+thread_local SwmrGate::SInside SwmrGate::t_inside[kMostGates];
+
+namespace {
+
+std::uint64_t NextGate()
+{
+    static std::atomic<std::uint64_t> s_last{0};
+    return s_last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+} // namespace
+
+SwmrGate::SwmrGate() : m_id(NextGate()) {}
+
+SwmrGate::SInside* SwmrGate::Find(std::uint64_t gate)
+{
+    for (SInside& inside : t_inside) {
+        if (inside.gate == gate)
+            return &inside;
+    }
+    return nullptr;
+}
+
+bool SwmrGate::Pass()
+{
+    if (SInside* const own = FindOwn()) {
+        ++own->count;
+        return true;
+    }
+    SInside* const free = Find(0);
+    // Not to go in and out of a gate that is closed for long.
+    if (!free || (m_state.load(std::memory_order_relaxed) & kClosed) != 0)
+        return false;
+    const unsigned before = m_state.fetch_add(kReader, std::memory_order_acquire);
+    if ((before & kClosed) == 0 && before < kMostReaders * kReader) {
+        *free = SInside{m_id, 1};
+        return true;
+    }
+    m_state.fetch_sub(kReader, std::memory_order_release);
+    return false;
+}
+
+SwmrGate::ELeft SwmrGate::Leave()
+{
+    SInside* const own = FindOwn();
+    if (!own)
+        return eNotInside;
+    if (--own->count)
+        return eLeft;
+    own->gate = 0;
+    const unsigned before = m_state.fetch_sub(kReader, std::memory_order_acq_rel);
+    return before == kReader + kClosed ? eLeftLast : eLeft;
+}
+
 TSWMRSynch::SState::SState() : writer() { pthread_mutex_init(&mutex, nullptr); }
 
 TSWMRSynch::SState::~SState() { pthread_mutex_destroy(&mutex); }
@@ -93,6 +147,7 @@ TSWMRSynch::SState::~SState() { pthread_mutex_destroy(&mutex); }
 int TSWMRSynch::SState::Read(unsigned timeout)
 {
     const pthread_t self = pthread_self();
+    AdmitWriter(); // it may have seen this thread go in and out of the gate
     if (SwmrReaders::Entry* const entry = readers.Find(self)) {
         ++entry->count;
         return eWaitDone;
@@ -121,15 +176,18 @@ int TSWMRSynch::SState::Write(unsigned timeout)
         ++writeDepth;
         return eWaitDone;
     }
-    if (readers.Find(self))
+    if (readers.Find(self) || gate.IsInside())
         return eWaitRefused; // it would wait for itself
-    if (!writeDepth && readers.Empty()) {
+    gate.Close();
+    if (!writeDepth && !waitingWriters.first && NobodyReads()) {
         writer = self;
         writeDepth = 1;
         return eWaitDone;
     }
-    if (timeout == 0)
+    if (timeout == 0) {
+        OpenGate();
         return eWaitTimeout;
+    }
     SwmrWaiter waiter(self);
     waitingWriters.Push(&waiter);
     if (Await(waiter, timeout))
@@ -137,7 +195,14 @@ int TSWMRSynch::SState::Write(unsigned timeout)
     waitingWriters.Remove(&waiter);
     if (!writeDepth && !waitingWriters.first)
         AdmitReaders(); // they queued behind this writer only
+    OpenGate();
     return eWaitTimeout;
+}
+
+void TSWMRSynch::SState::OpenGate()
+{
+    if (!writeDepth && !waitingWriters.first && !waitingReaders.first)
+        gate.Open();
 }
 
 bool TSWMRSynch::SState::Await(SwmrWaiter& waiter, unsigned timeout)
@@ -165,7 +230,7 @@ void TSWMRSynch::SState::AdmitReaders()
 
 void TSWMRSynch::SState::AdmitWriter()
 {
-    if (writeDepth || !readers.Empty())
+    if (writeDepth || !NobodyReads())
         return;
     if (SwmrWaiter* const waiter = waitingWriters.Pop()) {
         writer = waiter->thread;

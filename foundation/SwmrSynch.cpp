@@ -13,6 +13,8 @@ int TSWMRSynch::WaitToRead(unsigned timeout)
 {
     if (!m_state)
         return eWaitRefused;
+    if (m_state->gate.Pass())
+        return eWaitDone;
     PthreadLock lock(m_state->mutex);
     return m_state->Read(timeout);
 }
@@ -21,7 +23,14 @@ void TSWMRSynch::DoneReading()
 {
     if (!m_state)
         return;
+    const SwmrGate::ELeft left = m_state->gate.Leave();
+    if (left == SwmrGate::eLeft)
+        return;
     PthreadLock lock(m_state->mutex);
+    if (left == SwmrGate::eLeftLast) {
+        m_state->AdmitWriter();
+        return;
+    }
     SwmrReaders::Entry* const entry = m_state->readers.Find(pthread_self());
     if (!entry || --entry->count)
         return;
@@ -46,6 +55,7 @@ void TSWMRSynch::DoneWriting()
         return;
     m_state->AdmitReaders();
     m_state->AdmitWriter();
+    m_state->OpenGate();
 }
 
 } // namespace VLK

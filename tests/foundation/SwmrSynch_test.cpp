@@ -55,11 +55,19 @@ public:
     {
         return Eventually([this] { return Holds(); });
     }
+    // For the lock that somebody else has: it waits, or is about to.
+    bool WaitUntilItAsks()
+    {
+        const bool asks = Eventually([this] { return bool(m_asks); });
+        GiveOthersTime();
+        return asks;
+    }
     void Release() { m_release.Set(); }
 
 private:
     void Main()
     {
+        m_asks = true;
         if (m_write)
             m_lock.WaitToWrite(kWaitForever);
         else
@@ -74,6 +82,7 @@ private:
     }
     TSWMRSynch& m_lock;
     const bool m_write;
+    std::atomic<bool> m_asks{false};
     std::atomic<bool> m_holds{false};
     TEvent m_release;
     std::thread m_thread;
@@ -204,10 +213,11 @@ TEST(SwmrSynch, WaitingReadersGoBeforeTheNextWriter)
     TSWMRSynch lock;
     lock.WaitToWrite(kWaitForever);
     Holder writer(lock, true); // comes before the readers
-    GiveOthersTime();
+    ASSERT_TRUE(writer.WaitUntilItAsks());
     Holder one(lock, false);
     Holder two(lock, false);
-    GiveOthersTime();
+    ASSERT_TRUE(one.WaitUntilItAsks());
+    ASSERT_TRUE(two.WaitUntilItAsks());
     lock.DoneWriting();
     EXPECT_TRUE(one.WaitUntilHeld());
     EXPECT_TRUE(two.WaitUntilHeld());
@@ -343,6 +353,60 @@ TEST(SwmrSynch, ReadersAndWritersNeverMeet)
         thread.join();
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(first, 4 * 400);
+}
+
+// Whether a writer gets the lock or gives up waiting for it, at any moment.
+TEST(SwmrSynch, WritersThatComeAndGiveUpNeverMeetReaders)
+{
+    TSWMRSynch lock;
+    long first = 0;
+    long second = 0;
+    std::atomic<int> wrong{0};
+    std::atomic<long> written{0};
+    std::vector<std::thread> threads;
+    for (unsigned number = 0; number < 6; ++number) {
+        threads.emplace_back([&, number] {
+            for (unsigned i = 0; i < 600; ++i) {
+                if (number % 2) {
+                    if (lock.WaitToWrite(i % 3) == eWaitDone) {
+                        TReadLock inside(lock);
+                        ++first;
+                        ++written;
+                        ++second;
+                        lock.DoneWriting();
+                    }
+                } else {
+                    TReadLock read(lock);
+                    TReadLock again(lock);
+                    if (first != second || lock.WaitToWrite(0) != eWaitRefused)
+                        ++wrong;
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(first, written);
+    EXPECT_EQ(TryWrite(lock), eWaitDone);
+}
+
+TEST(SwmrSynch, AThreadMayReadManyLocksAtOnce)
+{
+    std::vector<TSWMRSynch> locks(9);
+    for (int round = 0; round < 2; ++round) {
+        for (TSWMRSynch& lock : locks)
+            ASSERT_EQ(lock.WaitToRead(0), eWaitDone);
+    }
+    for (int round = 0; round < 2; ++round) {
+        for (TSWMRSynch& lock : locks) {
+            EXPECT_EQ(lock.WaitToWrite(0), eWaitRefused);
+            EXPECT_EQ(TryWrite(lock), eWaitTimeout);
+            lock.DoneReading();
+        }
+    }
+    for (TSWMRSynch& lock : locks)
+        EXPECT_EQ(TryWrite(lock), eWaitDone);
 }
 
 TEST(SwmrSynch, RemembersMoreReadersThanFitAtFirst)
