@@ -116,8 +116,7 @@ bool SwmrGate::Pass()
         return true;
     }
     SInside* const free = Find(0);
-    // Not to go in and out of a gate that is closed for long.
-    if (!free || (m_state.load(std::memory_order_relaxed) & kClosed) != 0)
+    if (!free)
         return false;
     const unsigned before = m_state.fetch_add(kReader, std::memory_order_acquire);
     if ((before & kClosed) == 0 && before < kMostReaders * kReader) {
