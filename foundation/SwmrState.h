@@ -117,7 +117,7 @@ struct TSWMRSynch::SState {
     int Write(unsigned timeout);
     bool NobodyReads() const { return readers.Empty() && gate.Empty(); }
     // Unless somebody writes or waits.
-    void OpenGate();
+    VKMIBH_LOCAL void OpenGate();
     bool Writes(pthread_t thread) const { return writeDepth && pthread_equal(writer, thread); }
     // Waits until granted; false when the time was over first.
     bool Await(SwmrWaiter& waiter, unsigned timeout);
