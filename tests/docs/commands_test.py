@@ -19,8 +19,8 @@ import tempfile
 import time
 import unittest
 
-ROOT = pathlib.Path(sys.argv[1])
-PROGRAMS = pathlib.Path(sys.argv[2])
+ROOT = pathlib.Path(sys.argv[1]).resolve()
+PROGRAMS = pathlib.Path(sys.argv[2]).resolve()
 DEV = (ROOT / "dev").read_text()
 DOCUMENTS = [ROOT / "README.md", *sorted(ROOT.glob("CON*.md")), *sorted((ROOT / "docs").glob("*.md"))]
 PATIENCE = 120  # seconds that a busy machine may need to start an agent
