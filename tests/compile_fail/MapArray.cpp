@@ -11,27 +11,28 @@ constexpr SRqHndlrMapEntry Row(unsigned column, const char* name = "a")
     return ScalarRow<eKindInteger, &CGroup::GetInt>(column, name, eAsnInteger, eRqReadOnly);
 }
 
-VKMIBH_CONSTINIT TRqMap<3> g_map = RqMap(
-    Row(1), ScalarRow<eKindInteger>(2, "b", eAsnInteger, eRqNotAccessible),
 #if defined(CASE_OUT_OF_ORDER)
-    Row(1)
+#define THIRD Row(1)
 #elif defined(CASE_TWICE)
-    Row(2)
+#define THIRD Row(2)
 #elif defined(CASE_END)
-    kRqEnd
+#define THIRD kRqEnd
 #elif defined(CASE_NO_NAME)
-    Row(3, "")
+#define THIRD Row(3, "")
 #elif defined(CASE_NO_GETTER)
-    ScalarRow<eKindInteger>(3, "c", eAsnInteger, eRqReadOnly)
+#define THIRD ScalarRow<eKindInteger>(3, "c", eAsnInteger, eRqReadOnly)
 #elif defined(CASE_NO_SETTER)
-    ScalarRow<eKindInteger, &CGroup::GetInt>(3, "c", eAsnInteger, eRqReadWrite)
+#define THIRD ScalarRow<eKindInteger, &CGroup::GetInt>(3, "c", eAsnInteger, eRqReadWrite)
 #elif defined(CASE_SETTER_BEYOND_ACCESS)
+#define THIRD                                                                                      \
     ScalarRow<eKindInteger, &CGroup::GetInt, &CGroup::SetInt>(3, "c", eAsnInteger, eRqReadOnly)
 #elif defined(CASE_GETTER_BEYOND_ACCESS)
-    ScalarRow<eKindInteger, &CGroup::GetInt>(3, "c", eAsnInteger, eRqNotAccessible)
+#define THIRD ScalarRow<eKindInteger, &CGroup::GetInt>(3, "c", eAsnInteger, eRqNotAccessible)
 #elif defined(CASE_WRONG_COUNT)
-    Row(3), Row(4)
+#define THIRD Row(3), Row(4)
 #else
-    Row(3)
+#define THIRD Row(3)
 #endif
-);
+
+VKMIBH_CONSTINIT TRqMap<3> g_map =
+    RqMap(Row(1), ScalarRow<eKindInteger>(2, "b", eAsnInteger, eRqNotAccessible), THIRD);
