@@ -111,7 +111,9 @@ def symbolic(document):
 
 
 def numeric(words):
-    """The same with numbers: the tools know no names where there are no MIB files."""
+    """The same with numbers: the tools know no names where there are no MIB files. Of the
+    machine's storage, memory is always there, a disk need not be."""
+    words = words.replace("hrStorageUsed.101", "hrStorageUsed.1")
     for name, number in NAMES.items():
         words = re.sub(rf"\b{name}\.", number + ".", words)
     return re.sub(r"\.'(.)'", lambda found: f".{ord(found[1])}", words)
