@@ -1,14 +1,30 @@
 #include "system/UptimeFile.h"
 
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 
 namespace VLK {
 
-std::atomic<const char*> g_uptimePath{"/proc/uptime"};
+namespace {
 
-bool ReadHostUptime(unsigned& hundredths)
+constexpr const char* kKernels = "/proc/uptime";
+
+// The time since the start, on the clock of the kernel's file, in hundredths of a second.
+unsigned Clock()
+{
+    timespec now = {};
+    if (clock_gettime(CLOCK_BOOTTIME, &now) != 0)
+        return 0;
+    return static_cast<unsigned>(now.tv_sec) * 100u + static_cast<unsigned>(now.tv_nsec / 10000000);
+}
+
+// What was read last: the clock before in the upper half, the uptime in the lower one.
+std::atomic<std::uint64_t> s_lastRead{0};
+
+bool ReadFile(unsigned& hundredths)
 {
     std::FILE* file = std::fopen(g_uptimePath, "r");
     if (!file)
@@ -28,6 +44,27 @@ bool ReadHostUptime(unsigned& hundredths)
         return false;
     // TimeTicks wraps modulo 2^32 (RFC 2578 section 7.1.8).
     hundredths = static_cast<unsigned>(seconds) * 100u + static_cast<unsigned>(fraction);
+    return true;
+}
+
+} // namespace
+
+std::atomic<const char*> g_uptimePath{kKernels};
+
+// The kernel's file changes a hundred times a second: it is not read again in between.
+bool ReadHostUptime(unsigned& hundredths)
+{
+    if (g_uptimePath != kKernels)
+        return ReadFile(hundredths);
+    const unsigned clock = Clock();
+    const std::uint64_t last = s_lastRead;
+    if (clock != 0 && last >> 32 == clock) {
+        hundredths = static_cast<unsigned>(last);
+        return true;
+    }
+    if (!ReadFile(hundredths))
+        return false;
+    s_lastRead = std::uint64_t{clock} << 32 | hundredths;
     return true;
 }
 
