@@ -108,7 +108,7 @@ bool BDispatcher::IsContextUnknown(const SRequest& request, const SAsker& asker)
 
 bool BDispatcher::Handle(SRequest& request, SResponse& response)
 {
-    const BRightsOfRequest rights(m_access); // all of it decides by them
+    BRightsOfRequest rights(m_access); // all of it decides by them
     std::optional<SAsker> asker = Admit(request, *rights);
     if (!asker) {
         m_stats.CountUnanswered();
@@ -120,6 +120,8 @@ bool BDispatcher::Handle(SRequest& request, SResponse& response)
         response.isContextUnknown = true;
         return true;
     }
+    rights.Expect(asker->security, request.pduType == ePduSet ? eViewWrite : eViewRead,
+                  asker->context);
     const bool fitsEcho = FitsEcho(request); // before its bindings take values
     if (!Answer(request, *asker, response))
         return false;

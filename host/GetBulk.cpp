@@ -7,48 +7,71 @@ namespace VLK::host {
 
 namespace {
 
+constexpr int kRoomAtFirst = 64; // bindings of an answer
+
+bool IsAtEnd(const BVarBind& binding) { return binding.Value().Syntax() == eEndOfMibView; }
+
+// Those that are not at the end are one list all the time, which each step replaces.
 class BRepeaters {
 public:
-    BRepeaters(const BVarBindList& request, int first)
+    // False without memory.
+    bool Begin(const BVarBindList& request, int first)
     {
-        for (unsigned i = static_cast<unsigned>(first); i < request.Count(); ++i)
-            m_current.emplace_back(request[static_cast<int>(i)].Name());
+        m_ended.resize(request.Count() - static_cast<unsigned>(first));
+        for (size_t i = 0; i < m_ended.size(); ++i) {
+            if (!m_live.Append(request[first + static_cast<int>(i)].Name()))
+                return false;
+            m_places.push_back(i);
+        }
+        return true;
     }
 
     // One repetition: those at the end stay there and are not asked again.
     // `position` is the zero-based repeater that failed.
     int Step(const FGetNextStep& step, int& position)
     {
-        BVarBindList live;
-        std::vector<size_t> places;
-        for (size_t i = 0; i < m_current.size(); ++i) {
-            if (IsAtEnd(m_current[i]))
-                continue;
-            if (!live.Append(m_current[i].Name()))
-                return eSnmpGenErr;
-            places.push_back(i);
-        }
         int index = 0;
-        if (int status = step(live, index)) {
-            bool known = index >= 1 && static_cast<size_t>(index) <= places.size();
-            position = known ? static_cast<int>(places[static_cast<size_t>(index) - 1]) : 0;
-            return status;
+        const int status = step(m_live, index);
+        const bool isKnown = index >= 1 && static_cast<size_t>(index) <= m_places.size();
+        position = isKnown ? static_cast<int>(m_places[static_cast<size_t>(index) - 1]) : 0;
+        return status;
+    }
+
+    // What the step has found goes into the answer, as far as there is room; the names
+    // stay, for the next one. An error status, or noError.
+    int Put(BMessageBudget& budget, std::vector<BVarBind>& answer, bool& isFull)
+    {
+        size_t live = 0;
+        for (size_t place = 0; place < m_ended.size(); ++place) {
+            const bool isLive = live < m_places.size() && m_places[live] == place;
+            BVarBind& found = isLive ? m_live[static_cast<int>(live)] : m_ended[place];
+            isFull = !budget.Take(found);
+            if (isFull)
+                return eSnmpNoError;
+            if (!isLive) {
+                answer.push_back(found);
+            } else if (IsAtEnd(found)) {
+                answer.push_back(found);
+                m_ended[place] = std::move(found);
+                m_live.Remove(static_cast<int>(live));
+                m_places.erase(m_places.begin() + static_cast<std::ptrdiff_t>(live));
+            } else {
+                answer.push_back(std::move(found));
+                found.Value().SetNull();
+                if (!found.Name().Set(answer.back().Name()))
+                    return eSnmpGenErr;
+                ++live;
+            }
         }
-        for (size_t i = 0; i < places.size(); ++i)
-            m_current[places[i]] = std::move(live[static_cast<int>(i)]);
         return eSnmpNoError;
     }
 
-    bool AllAtEnd() const { return std::all_of(m_current.begin(), m_current.end(), IsAtEnd); }
-    const std::vector<BVarBind>& Current() const { return m_current; }
+    bool AllAtEnd() const { return m_places.empty(); }
 
 private:
-    static bool IsAtEnd(const BVarBind& binding)
-    {
-        return binding.Value().Syntax() == eEndOfMibView;
-    }
-
-    std::vector<BVarBind> m_current;
+    BVarBindList m_live;
+    std::vector<size_t> m_places; // among the repeaters, of each in that list
+    std::vector<BVarBind> m_ended;
 };
 
 bool Put(const BVarBind& binding, BMessageBudget& budget, std::vector<BVarBind>& answer)
@@ -83,16 +106,22 @@ int AnswerGetBulk(const FGetNextStep& step, const BVarBindList& request, int non
     if (single == count)
         return eSnmpNoError;
 
-    BRepeaters repeaters(request, single);
-    for (int repetition = 0; repetition < maxRepetitions && !repeaters.AllAtEnd(); ++repetition) {
+    BRepeaters repeaters;
+    if (!repeaters.Begin(request, single))
+        return eSnmpGenErr;
+    const auto most = static_cast<size_t>(std::clamp(maxRepetitions, 0, kRoomAtFirst));
+    answer.reserve(answer.size() +
+                   std::min<size_t>(most * static_cast<size_t>(count - single), kRoomAtFirst));
+    bool isFull = false;
+    for (int repetition = 0; repetition < maxRepetitions && !repeaters.AllAtEnd() && !isFull;
+         ++repetition) {
         int position = 0;
-        if (int status = repeaters.Step(step, position)) {
+        int status = repeaters.Step(step, position);
+        if (status == eSnmpNoError)
+            status = repeaters.Put(budget, answer, isFull);
+        if (status != eSnmpNoError) {
             errorIndex = single + position + 1;
             return status;
-        }
-        for (const BVarBind& binding : repeaters.Current()) {
-            if (!Put(binding, budget, answer))
-                return eSnmpNoError;
         }
     }
     return eSnmpNoError;

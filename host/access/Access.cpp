@@ -57,23 +57,28 @@ std::shared_ptr<SRights> BAccess::Current() const
 int BAccess::CheckAccess(const BSecurityParams& security, unsigned char accessKind,
                          const BString& context, const BVarBind& binding)
 {
-    if (SRights* rights = BRightsOfRequest::OfThisThread(*this))
-        return rights->vacm.CheckAccess(security, accessKind, context, binding);
+    const BRightsOfRequest* rights = BRightsOfRequest::OfThisThread(*this);
+    if (rights && (accessKind == eAccessRead || accessKind == eAccessWrite))
+        return rights->Decide(security, accessKind == eAccessRead ? eViewRead : eViewWrite, context,
+                              binding.Name());
     return Current()->vacm.CheckAccess(security, accessKind, context, binding);
 }
 
-SRights* BRightsOfRequest::OfThisThread(const BAccess& access)
+const BRightsOfRequest* BRightsOfRequest::OfThisThread(const BAccess& access)
 {
     const BRightsOfRequest* innermost = t_innermost;
     while (innermost && &innermost->m_access != &access)
         innermost = innermost->m_outer;
-    return innermost ? innermost->m_rights : nullptr;
+    return innermost;
 }
 
 BRightsOfRequest::BRightsOfRequest(const BAccess& access)
-    : m_access(access), m_outer(t_innermost), m_rights(OfThisThread(access))
+    : m_access(access), m_outer(t_innermost), m_rights(nullptr)
 {
-    if (!m_rights) {
+    if (const BRightsOfRequest* known = OfThisThread(access)) {
+        m_rights = known->m_rights;
+        m_expected = known->m_expected;
+    } else {
         m_own = access.Current();
         m_rights = m_own.get();
     }
@@ -81,5 +86,20 @@ BRightsOfRequest::BRightsOfRequest(const BAccess& access)
 }
 
 BRightsOfRequest::~BRightsOfRequest() { t_innermost = m_outer; }
+
+void BRightsOfRequest::Expect(const BSecurityParams& security, EViewType type,
+                              const BString& context)
+{
+    m_expected = {&security, &context, type, m_rights->vacm.SelectView(security, type, context)};
+}
+
+EVacmAnswer BRightsOfRequest::Decide(const BSecurityParams& security, EViewType type,
+                                     const BString& context, const BObjectIdentifier& name) const
+{
+    const bool isExpected = m_expected.security == &security && m_expected.context == &context &&
+                            m_expected.type == type;
+    return isExpected ? m_rights->vacm.Decide(m_expected.view, name).answer
+                      : m_rights->vacm.Decide(security, type, context, name).answer;
+}
 
 } // namespace VLK::host

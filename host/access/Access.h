@@ -51,7 +51,7 @@ private:
 // The rights that the calling thread decides by, all the time that it lives: those of a
 // request from its first question to its last. One inside another has the same.
 //
-//   const BRightsOfRequest rights(access);
+//   BRightsOfRequest rights(access);
 //   rights->vacm.Decide(...);
 //
 // Ownership: the access control outlives it.
@@ -62,18 +62,32 @@ public:
     explicit BRightsOfRequest(const BAccess& access);
     ~BRightsOfRequest();
     // Those that the calling thread decides by already, or null.
-    static SRights* OfThisThread(const BAccess& access);
+    static const BRightsOfRequest* OfThisThread(const BAccess& access);
     BRightsOfRequest(const BRightsOfRequest&) = delete;
     BRightsOfRequest& operator=(const BRightsOfRequest&) = delete;
+
+    // Who asks in this request: his view is looked up once, and not for every object. The
+    // two live as long as this, and are known again by their addresses.
+    void Expect(const BSecurityParams& security, EViewType type, const BString& context);
+    EVacmAnswer Decide(const BSecurityParams& security, EViewType type, const BString& context,
+                       const BObjectIdentifier& name) const;
 
     SRights* operator->() const { return m_rights; }
     SRights& operator*() const { return *m_rights; }
 
 private:
+    struct SExpected {
+        const BSecurityParams* security = nullptr;
+        const BString* context = nullptr;
+        EViewType type = eViewRead;
+        SVacmDecision view;
+    };
+
     const BAccess& m_access;
     const BRightsOfRequest* const m_outer;
     SRights* m_rights;
     std::shared_ptr<SRights> m_own; // null: those of an outer one
+    SExpected m_expected;           // nobody, or the outer one's
 };
 
 } // namespace VLK::host

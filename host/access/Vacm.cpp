@@ -161,7 +161,6 @@ const BVacm::SGroupEntries* BVacm::GroupOf(const BSecurityParams& security) cons
     return &m_groups[found->group];
 }
 
-// As far as the view's name.
 SVacmDecision BVacm::SelectView(const BSecurityParams& security, EViewType type,
                                 const BString& context) const
 {
@@ -229,7 +228,12 @@ SVacmDecision BVacm::FindView(const BSecurityParams& security, EViewType type,
 SVacmDecision BVacm::Decide(const BSecurityParams& security, EViewType type, const BString& context,
                             const BObjectIdentifier& name) const
 {
-    SVacmDecision decision = SelectView(security, type, context);
+    return Decide(SelectView(security, type, context), name);
+}
+
+SVacmDecision BVacm::Decide(const SVacmDecision& selected, const BObjectIdentifier& name) const
+{
+    SVacmDecision decision = selected;
     if (decision.answer == eVacmAllowed && !IsShown(*decision.view, name))
         decision.answer = HasRows(*decision.view) ? eVacmNotInView : eVacmNoSuchView;
     return decision;

@@ -83,6 +83,11 @@ public:
     // isAccessAllowed.
     SVacmDecision Decide(const BSecurityParams& security, EViewType type, const BString& context,
                          const BObjectIdentifier& name) const;
+    // The same in two steps, for many objects of one request: as far as the view's name,
+    // which none of them has a part in, and then the object.
+    SVacmDecision SelectView(const BSecurityParams& security, EViewType type,
+                             const BString& context) const;
+    SVacmDecision Decide(const SVacmDecision& selected, const BObjectIdentifier& name) const;
     // Whether the requester has any view of that type: as Decide(), but for the
     // object.
     SVacmDecision FindView(const BSecurityParams& security, EViewType type,
@@ -105,8 +110,6 @@ private:
     struct SGroupEntries;
     struct SMembership;
 
-    SVacmDecision SelectView(const BSecurityParams& security, EViewType type,
-                             const BString& context) const;
     const SGroupEntries* GroupOf(const BSecurityParams& security) const;
     bool IsShown(const BString& view, const BObjectIdentifier& name) const;
     bool HasRows(const BString& view) const;
