@@ -226,6 +226,21 @@ TEST_F(BadStorage, NoWriteThatFailsLeavesHalfOfASet)
     EXPECT_GE(m_refused, 16);
 }
 
+// However many objects it has; reading costs none.
+TEST_F(BadStorage, ASetThatIsAcknowledgedHasBeenSyncedOnce)
+{
+    const FailingVfs vfs;
+    Kept kept(file);
+    ASSERT_EQ(kept.Set("first"), eSnmpNoError);
+    for (int i = 0; i < 20; ++i) {
+        const int before = FailingVfs::Syncs();
+        ASSERT_EQ(kept.Set("text " + std::to_string(i)), eSnmpNoError);
+        EXPECT_EQ(FailingVfs::Syncs() - before, 1);
+        EXPECT_EQ(kept.Get(), "text " + std::to_string(i));
+        EXPECT_EQ(FailingVfs::Syncs() - before, 1);
+    }
+}
+
 TEST_F(BadStorage, NoWriteThatFailsAmidAnUpdateLeavesHalfOfIt)
 {
     const FailingVfs vfs;

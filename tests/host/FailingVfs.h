@@ -36,6 +36,7 @@ public:
     }
     static void Stop() { s_after = -1; }
     static int Failures() { return s_failures; }
+    static int Syncs() { return s_syncs; }
 
 private:
     struct File {
@@ -64,6 +65,7 @@ private:
                 return Fails() ? s_code : Real(f)->pMethods->xTruncate(Real(f), size);
             },
             [](sqlite3_file* f, int how) {
+                ++s_syncs;
                 return Fails() ? s_code : Real(f)->pMethods->xSync(Real(f), how);
             },
             [](sqlite3_file* f, sqlite3_int64* size) {
@@ -105,5 +107,6 @@ private:
     inline static int s_code = 0;
     inline static bool s_forGood = false;
     inline static int s_failures = 0;
+    inline static int s_syncs = 0;
     sqlite3_vfs m_vfs;
 };
