@@ -1,9 +1,10 @@
 // Messages of any bytes through the check of their numbers, the wire library's
 // decoder and the conversion to our requests; what is converted comes back the
-// same from an answer.
+// same from an answer. What is read without the wire library is read the same.
 #include "fuzz/Fuzz.h"
 #include "host/wire/Convert.h"
 #include "host/wire/DatagramCheck.h"
+#include "host/wire/PlainMessage.h"
 #include "tests/support/Oids.h"
 
 #include <memory>
@@ -124,6 +125,25 @@ void CheckRoundTrip(netsnmp_pdu& pdu, const host::SRequest& request)
     RequireSame(request.bindings, back.bindings);
 }
 
+// The octets as the PDU of a message, read without the wire library; null when they are
+// left to that.
+std::unique_ptr<host::SRequest> ReadPlain(const unsigned char* data, size_t size)
+{
+    std::vector<unsigned char> message{0x02, 0x01, 0x01, 0x04, 0x01, 'c'};
+    message.insert(message.end(), data, data + size);
+    const size_t length = message.size();
+    const auto digit = [length](int shift) {
+        return static_cast<unsigned char>(length >> shift & 0xff);
+    };
+    message.insert(message.begin(), {0x30, 0x83, digit(16), digit(8), digit(0)});
+    auto request = std::make_unique<host::SRequest>();
+    std::vector<unsigned char> bindings;
+    if (!host::ReadPlainRequest(message.data(), message.size(), *request, bindings))
+        return nullptr;
+    Require(host::IsSound(message.data(), message.size()), "a plain request that is not sound");
+    return request;
+}
+
 } // namespace
 } // namespace VLK::Fuzz
 
@@ -134,12 +154,21 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
     const bool isSound = host::IsSound(data, size);
     host::MessageVersion(data, size);
     const CPdu pdu = Parse(std::vector<unsigned char>(data, data + size));
+    const std::unique_ptr<host::SRequest> plain = ReadPlain(data, size);
+    Require(!plain || (pdu && host::IsRequest(*pdu)), "a plain request that is none");
     if (!pdu || !host::IsRequest(*pdu))
         return 0;
     GiveEnds(*pdu);
     host::SRequest request;
-    if (!host::ReadRequest(*pdu, request))
+    const bool isRead = host::ReadRequest(*pdu, request);
+    Require(isRead || !plain, "a plain request that cannot be read");
+    if (!isRead)
         return 0;
+    if (plain) {
+        Require(request.unfitStatus == 0, "a plain request with a value that does not fit");
+        Require(request.requestId == plain->requestId, "its request id");
+        RequireSame(request.bindings, plain->bindings);
+    }
     Require(request.unfitIndex >= 0 && request.unfitIndex <= int(request.bindings.Count()),
             "the binding that does not fit");
     Require((request.unfitIndex == 0) == (request.unfitStatus == 0), "and its status");

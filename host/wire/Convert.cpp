@@ -31,10 +31,7 @@ bool ReadAddresses(const netsnmp_pdu& pdu, SRequest& request)
     netsnmp_indexed_addr_pair ends;
     if (!ReadEnds(pdu, ends))
         return false;
-    unsigned port = request.local.Port();
-    request.remote = ReadAddress(ends.remote_addr);
-    request.local = ReadAddress(ends.local_addr);
-    request.local.SetPort(port);
+    TakeEnds(ends, request);
     return true;
 }
 
@@ -290,6 +287,14 @@ bool IsRequest(const netsnmp_pdu& pdu)
     default:
         return false;
     }
+}
+
+void TakeEnds(const netsnmp_indexed_addr_pair& ends, SRequest& request)
+{
+    const unsigned port = request.local.Port();
+    request.remote = ReadAddress(ends.remote_addr);
+    request.local = ReadAddress(ends.local_addr);
+    request.local.SetPort(port);
 }
 
 bool ReadRequest(const netsnmp_pdu& pdu, SRequest& request)

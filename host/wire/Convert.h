@@ -16,6 +16,9 @@ bool IsRequest(const netsnmp_pdu& pdu);
 // listening address before.
 bool ReadRequest(const netsnmp_pdu& pdu, SRequest& request);
 
+// Where a message came from and went to; the port of `request.local` stays.
+void TakeEnds(const netsnmp_indexed_addr_pair& ends, SRequest& request);
+
 // The PDU that answers `request`; null when it cannot be made.
 netsnmp_pdu* MakeResponse(netsnmp_pdu& request, const SResponse& response);
 

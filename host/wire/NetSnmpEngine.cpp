@@ -9,7 +9,7 @@
 #include "host/wire/MessageReader.h"
 #include "host/wire/NetSnmpReceivers.h"
 #include "host/wire/NetSnmpUsm.h"
-#include "host/wire/Udp6Ends.h"
+#include "host/wire/UdpSocket.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -44,7 +44,10 @@ using CPdu = std::unique_ptr<netsnmp_pdu, SPduEnd>;
 struct BNetSnmpEngine::SArrival {
     SSession* session = nullptr;
     SRequest request;
-    CPdu pdu; // ends under the wire lock
+    CPdu pdu; // of what the wire library has read; ends under the wire lock
+    // Of what is read here: what the answer needs.
+    std::vector<unsigned char> bindings;
+    netsnmp_indexed_addr_pair ends = {};
 };
 
 // One listening address. All but Answer() happens under the wire lock.
@@ -53,7 +56,7 @@ struct BNetSnmpEngine::SSession {
     modules::SSnmpCounters* counters = nullptr;
     STraffic* traffic = nullptr;
     session_list* handle = nullptr;
-    int descriptor = -1;
+    BUdpSocket socket;
     unsigned maxMessage = 0;
     bool takesV3 = false;
     BTransportAddress address;
@@ -62,12 +65,14 @@ struct BNetSnmpEngine::SSession {
     static int OnMessage(int operation, netsnmp_session* session, int requestId, netsnmp_pdu* pdu,
                          void* self);
     void Take(netsnmp_pdu& pdu);
+    bool TakePlain(const BMessageReader& reader);
     void SendReport(netsnmp_pdu& request, int counter);
     std::optional<SArrival> ReadMessage(BMessageReader& reader);
-    void Deliver(SArrival& delivered, SResponse& response);
+    void Deliver(SArrival& delivered, SResponse& response, BPlainAnswer& plain);
     // 0, or the error status to answer with instead; negative when the
     // message is lost.
-    int Send(netsnmp_pdu& request, const SResponse& response);
+    int Send(const SArrival& asked, const SResponse& response, BPlainAnswer& plain);
+    int SendPdu(netsnmp_pdu& request, const SResponse& response);
     int SendFailure() const;
 };
 
@@ -80,6 +85,7 @@ struct BNetSnmpEngine::SState {
     }
     void Serve(BRelay& relay, int stopDescriptor);
     void SetSenders(const std::vector<SUser>& senders);
+    bool ServeArrivals(BRelay& relay, SSession& session);
     int PrepareReceivers(std::vector<pollfd>& waits, size_t first);
     bool Accept(BRelay& relay, SArrival& arrival);
     bool Answer(BRelay* relay, SArrival& arrival);
@@ -95,6 +101,8 @@ struct BNetSnmpEngine::SState {
     // threads take it for their answer.
     std::mutex wire;
     BMessageReader reader;
+    SSession* reading = nullptr; // whose messages that has; of the thread with the role
+    BPlainAnswer plainAnswer;
     BNetSnmpReceivers receivers{reader};
     std::vector<std::unique_ptr<SSession>> sessions;
     const unsigned workers;
@@ -150,12 +158,6 @@ netsnmp_transport* OpenTransport(const BTransportAddress& address)
         netsnmp_transport_open_server("vkagentd", address.ToString().c_str());
     if (!transport)
         CannotListen(address, errno);
-    if (address.IsV6() && !KeepBothEnds(*transport)) {
-        int systemError = errno;
-        transport->f_close(transport);
-        netsnmp_transport_free(transport);
-        CannotListen(address, systemError);
-    }
     return transport;
 }
 
@@ -197,6 +199,25 @@ void BNetSnmpEngine::SSession::Take(netsnmp_pdu& pdu)
     arrival = std::move(taken);
 }
 
+// Reads what most managers send without the wire library.
+bool BNetSnmpEngine::SSession::TakePlain(const BMessageReader& reader)
+{
+    try {
+        SArrival& taken = arrival.emplace();
+        taken.session = this;
+        taken.request.local = address;
+        taken.request.maxMessage = maxMessage;
+        taken.ends = reader.Ends();
+        TakeEnds(taken.ends, taken.request);
+        if (reader.ReadPlain(taken.request, taken.bindings))
+            return true;
+    } catch (const std::bad_alloc&) {
+        // As if it had been lost, unless the wire library finds memory.
+    }
+    arrival.reset();
+    return false;
+}
+
 void BNetSnmpEngine::SSession::SendReport(netsnmp_pdu& request, int counter)
 {
     netsnmp_pdu* pdu = Report(request, counter);
@@ -204,18 +225,19 @@ void BNetSnmpEngine::SSession::SendReport(netsnmp_pdu& request, int counter)
         snmp_free_pdu(pdu);
 }
 
-void BNetSnmpEngine::SSession::Deliver(SArrival& delivered, SResponse& response)
+void BNetSnmpEngine::SSession::Deliver(SArrival& delivered, SResponse& response,
+                                       BPlainAnswer& plain)
 {
     if (response.isContextUnknown) {
         ++counters->unknownContexts;
         return SendReport(*delivered.pdu, STAT_SNMPUNKNOWNCONTEXTS);
     }
     ++traffic->answered; // who has the answer may ask for the count at once
-    int status = Send(*delivered.pdu, response);
+    int status = Send(delivered, response, plain);
     if (status > 0) {
         try {
             handler->AnswerInstead(status, delivered.request, response);
-            status = Send(*delivered.pdu, response);
+            status = Send(delivered, response, plain);
         } catch (const std::exception&) {
             status = -1;
         }
@@ -226,7 +248,18 @@ void BNetSnmpEngine::SSession::Deliver(SArrival& delivered, SResponse& response)
         ++counters->silentDrops;
 }
 
-int BNetSnmpEngine::SSession::Send(netsnmp_pdu& request, const SResponse& response)
+int BNetSnmpEngine::SSession::Send(const SArrival& asked, const SResponse& response,
+                                   BPlainAnswer& plain)
+{
+    if (asked.pdu)
+        return SendPdu(*asked.pdu, response);
+    if (const int status = plain.Write(asked.request, asked.bindings, response))
+        return status;
+    const int systemError = socket.Send(plain.Data(), plain.Length(), asked.ends);
+    return systemError == EMSGSIZE ? eSnmpTooBig : -systemError;
+}
+
+int BNetSnmpEngine::SSession::SendPdu(netsnmp_pdu& request, const SResponse& response)
 {
     netsnmp_pdu* pdu = MakeResponse(request, response);
     if (!pdu)
@@ -251,14 +284,13 @@ int BNetSnmpEngine::SSession::SendFailure() const
 std::optional<BNetSnmpEngine::SArrival>
 BNetSnmpEngine::SSession::ReadMessage(BMessageReader& reader)
 {
-    if (!reader.Peek(descriptor))
+    if (!reader.Receive(socket))
         return std::nullopt;
     ++traffic->received;
     if (traffic->isSuspended) {
         ++traffic->dropped;
-        reader.Discard(descriptor);
-    } else {
-        reader.PassOn(descriptor, handle, takesV3);
+    } else if (!TakePlain(reader)) {
+        reader.HandOver(socket, handle, takesV3);
         if (takesV3)
             CopyStatistics(*counters);
     }
@@ -297,7 +329,7 @@ bool BNetSnmpEngine::SState::Answer(BRelay* relay, SArrival& arrival)
     bool isRole = relay && relay->End(ticket);
     std::lock_guard<std::mutex> lock(wire);
     if (isAnswered)
-        arrival.session->Deliver(arrival, response);
+        arrival.session->Deliver(arrival, response, plainAnswer);
     arrival.pdu.reset();
     return isRole;
 }
@@ -425,7 +457,12 @@ BTransportAddress BNetSnmpEngine::Open(const BTransportAddress& address, STraffi
     session->handler = &m_state->handler;
     session->counters = &m_state->counters;
     session->traffic = &traffic;
-    session->descriptor = transport->sock;
+    if (!session->socket.Take(*transport, address.IsV6())) {
+        const int systemError = errno;
+        transport->f_close(transport);
+        netsnmp_transport_free(transport);
+        CannotListen(address, systemError);
+    }
     session->maxMessage = static_cast<unsigned>(transport->msgMaxSize);
     session->takesV3 = m_state->speaksV3;
     session->address = address;
@@ -490,12 +527,29 @@ int BNetSnmpEngine::SState::PrepareReceivers(std::vector<pollfd>& waits, size_t 
     return receivers.Prepare(waits, first);
 }
 
+// Those that one call brings. Whether the thread has its role still; if not, there may be
+// more for the next one.
+bool BNetSnmpEngine::SState::ServeArrivals(BRelay& relay, SSession& session)
+{
+    reading = &session;
+    do {
+        std::unique_lock<std::mutex> lock(wire);
+        std::optional<SArrival> arrival = session.ReadMessage(reader);
+        lock.unlock();
+        if (arrival && !Accept(relay, *arrival))
+            return false;
+    } while (reader.HasMore());
+    return true;
+}
+
 // Returns when it is to end, or when the thread has lost its role.
 void BNetSnmpEngine::SState::Serve(BRelay& relay, int stopDescriptor)
 {
+    if (reader.HasMore() && !ServeArrivals(relay, *reading))
+        return;
     std::vector<pollfd> waits{{stopDescriptor, POLLIN, 0}};
     for (const std::unique_ptr<SSession>& session : sessions)
-        waits.push_back({session->descriptor, POLLIN, 0});
+        waits.push_back({session->socket.Descriptor(), POLLIN, 0});
     const size_t firstOfReceivers = waits.size();
     for (;;) {
         if (poll(waits.data(), waits.size(), PrepareReceivers(waits, firstOfReceivers)) < 0) {
@@ -506,12 +560,7 @@ void BNetSnmpEngine::SState::Serve(BRelay& relay, int stopDescriptor)
         if (waits[0].revents)
             return;
         for (size_t i = 0; i < sessions.size(); ++i) {
-            if (!waits[i + 1].revents)
-                continue;
-            std::unique_lock<std::mutex> lock(wire);
-            std::optional<SArrival> arrival = sessions[i]->ReadMessage(reader);
-            lock.unlock();
-            if (arrival && !Accept(relay, *arrival))
+            if (waits[i + 1].revents && !ServeArrivals(relay, *sessions[i]))
                 return;
         }
         std::lock_guard<std::mutex> lock(wire);

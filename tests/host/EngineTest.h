@@ -7,6 +7,7 @@
 
 #include <deque>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <thread>
 #include <unistd.h>
 
@@ -22,7 +23,11 @@ public:
 
     bool Handle(host::SRequest& request, host::SResponse& response) override
     {
-        requests.push_back(request);
+        static std::mutex lock; // a request that takes long runs beside the next
+        {
+            const std::lock_guard<std::mutex> guard(lock);
+            requests.push_back(request);
+        }
         Answer(isTooLarge, response);
         return true;
     }

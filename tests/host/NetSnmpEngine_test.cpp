@@ -7,6 +7,7 @@
 #include <cstring>
 #include <netinet/in.h>
 #include <poll.h>
+#include <set>
 #include <sys/socket.h>
 
 using namespace VLK;
@@ -134,6 +135,39 @@ TEST_F(NetSnmpEngine, AnswersCountAndThoseForWhichNoneFitsAreSilentDrops)
     EXPECT_EQ(Counters().silentDrops, dropsBefore + 1);
     EXPECT_EQ(traffic.received, 2u);
     EXPECT_EQ(traffic.answered, 1u);
+}
+
+// More than one call of the system brings, some of them for the wire library.
+TEST_F(NetSnmpEngine, WhatHasWaitedTogetherIsAnsweredToWhoSentIt)
+{
+    constexpr int kEach = 20;
+    STraffic& traffic = Kept<STraffic>();
+    const unsigned port = Engine().Open(Address("udp:127.0.0.1:0"), traffic).Port();
+    const UdpClient clients[] = {UdpClient(port), UdpClient(port)};
+    const ber::Oid name{1, 3, 6, 1, 2, 1, 1, 1, 0};
+    for (int i = 0; i < kEach; ++i) {
+        for (int client : {0, 1}) {
+            const ber::Bytes binding =
+                i % 3 ? ber::Binding(name) : ber::Binding(name, ber::Tlv(4, "no value of a GET"));
+            ASSERT_TRUE(clients[client].Send(
+                ber::Message(1, "public", 0xa0, 1000 * client + i, 0, 0, binding)));
+        }
+    }
+    ServeWhile([&] {
+        for (int client : {0, 1}) {
+            std::set<int> ids;
+            for (int i = 0; i < kEach; ++i) {
+                const ber::Reply reply = ber::ReadReply(clients[client].Receive(20000));
+                ASSERT_TRUE(reply.ok);
+                ids.insert(reply.requestId);
+            }
+            EXPECT_EQ(ids.size(), static_cast<size_t>(kEach));
+            EXPECT_EQ(*ids.begin(), 1000 * client);
+            EXPECT_EQ(*ids.rbegin(), 1000 * client + kEach - 1);
+        }
+    });
+    EXPECT_EQ(traffic.received, 2u * kEach);
+    EXPECT_EQ(traffic.answered, 2u * kEach);
 }
 
 TEST_F(NetSnmpEngine, WhoHasAnAnswerFindsItCounted)
