@@ -72,7 +72,7 @@ BENCHMARK(FilterOneView)->RangeMultiplier(10)->Range(10, 10000);
 // The floor: the name of one view and the subtree of one family are compared.
 void FilterOneViewFloor(benchmark::State& state)
 {
-    const BString view = ViewName(0), same = view;
+    const BString view = ViewName(0), same = ViewName(0);
     const BObjectIdentifier family = Subtree(0);
     const BOctetString mask;
     BObjectIdentifier asked = family;

@@ -54,6 +54,7 @@ void SetCellsFloor(benchmark::State& state)
         phases = {eSetTest, eSetCommit, eSetUndo, eSetCleanup};
     const BVarBindList list = Cells(count);
     std::vector<BObjectIdentifier> rows;
+    rows.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i)
         rows.emplace_back(Table::Row(static_cast<unsigned>(i)));
     std::vector<SSetSlot> slots(rows.size());

@@ -45,16 +45,19 @@ std::vector<unsigned char> Build(netsnmp_pdu& pdu)
     return end ? std::vector<unsigned char>(buffer.data(), end) : std::vector<unsigned char>();
 }
 
+void RequireSameText(const std::string& wanted, const std::string& got)
+{
+    if (wanted != got)
+        Differ("a value: " + wanted + " came back as " + got);
+}
+
 void RequireSame(const BVarBindList& wanted, const BVarBindList& got)
 {
     Require(wanted.Count() == got.Count(), "the number of bindings");
     for (int i = 0; i < static_cast<int>(wanted.Count()); ++i) {
         Require(wanted[i].Name() == got[i].Name(), "a name");
         Require(wanted[i].Value().Syntax() == got[i].Value().Syntax(), "a tag");
-        const std::string value = PlainOf(wanted[i].Value().ValToStr());
-        const std::string back = PlainOf(got[i].Value().ValToStr());
-        if (value != back)
-            Differ("a value: " + value + " came back as " + back);
+        RequireSameText(PlainOf(wanted[i].Value().ValToStr()), PlainOf(got[i].Value().ValToStr()));
     }
 }
 

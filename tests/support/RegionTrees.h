@@ -148,7 +148,7 @@ public:
     {
         Arcs name = TreeBase();
         for (Arcs next = name; !next.empty();) {
-            const std::string difference = Compare(name, isV1);
+            std::string difference = Compare(name, isV1);
             if (!difference.empty())
                 return difference;
             next = naive.Next(name, isV1);
