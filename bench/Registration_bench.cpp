@@ -1,4 +1,5 @@
-// Registering many subtrees with a handler, and the floor: a node made for each.
+// Registering many subtrees with a handler, and the floor: a node made for each, with the
+// name that nodes have.
 #include "bench/AllocScope.h"
 #include "bench/Modules.h"
 
@@ -54,11 +55,12 @@ BENCHMARK(RegisterSiblings)
 
 void RegisterSiblingsFloor(benchmark::State& state)
 {
+    const auto modules = Siblings(static_cast<EOrder>(state.range(0)));
     std::vector<std::unique_ptr<BMibNode>> nodes(kCount);
     AllocScope allocs(state);
     for (auto _ : state) {
         for (unsigned i = 0; i < kCount; ++i)
-            nodes[i] = std::make_unique<BMibNode>("", i, nullptr);
+            nodes[i] = std::make_unique<BMibNode>(modules[i]->Oid().ToString(), i, nullptr);
         allocs.Pause();
         for (auto& node : nodes)
             node.reset();
