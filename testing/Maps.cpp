@@ -184,10 +184,10 @@ std::string CheckImpl(const BMibImpl& impl, const SConstraintMapEntry* shared)
 {
     std::string told;
     const SRqHndlrMapEntry* map = impl.GetRqHndlrMap();
-    if (!map)
-        told += "it has no map: override GetRqHndlrMap()\n";
-    else
+    if (map)
         told += CheckRows(map, kUnknown);
+    else if (impl.ImplKind() != eImplTable) // whose rows may be objects, with maps of their own
+        told += "it has no map: override GetRqHndlrMap()\n";
     if (const SConstraintMapEntry* constraints = impl.GetConstraintMap()) {
         const std::string rows = CheckConstraintRows(constraints, kUnknown);
         told += rows;
