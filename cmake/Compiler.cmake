@@ -11,6 +11,12 @@ if(VKMIBH_SANITIZE)
     add_link_options(-fsanitize=${VKMIBH_SANITIZE})
 endif()
 
+if(VKMIBH_COVERAGE)
+    # Counters that threads share are added to atomically; what tests and system headers do is not counted.
+    add_compile_options(--coverage -fprofile-update=atomic "-fprofile-exclude-files=^/usr/|/tests/")
+    add_link_options(--coverage)
+endif()
+
 if(VKMIBH_BUILD_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()

@@ -3,6 +3,8 @@
 
 Usage: gates_test.py <source root>
 """
+import json
+import os
 import pathlib
 import subprocess
 import sys
@@ -108,6 +110,79 @@ class Rules(unittest.TestCase):
     def test_accepts_skips_that_say_why(self):
         code, output = run("check_rules.py", {"tests/A_test.cpp": "GTEST_SKI" + "P() << why;\n"})
         self.assertEqual(code, 0, output)
+
+
+# Stands in for gcovr: every file of the tree has the figures it is told.
+GCOVR = """#!/usr/bin/env python3
+import json, os, pathlib, re, sys
+line, branch = json.loads(os.environ["FIGURES"])
+value = lambda option: sys.argv[sys.argv.index(option) + 1]
+names = [str(p) for p in sorted(pathlib.Path(".").rglob("*.cpp")) if re.match(value("--filter"), str(p))]
+pathlib.Path(value("--json-summary")).write_text(json.dumps({"files": [
+    {"filename": name, "line_covered": line, "line_total": 1000, "branch_covered": branch, "branch_total": 1000}
+    for name in names]}))
+pathlib.Path(value("--json")).write_text(json.dumps({"files": [
+    {"file": name, "lines": [{"line_number": 2, "count": 0}]} for name in names]}))
+"""
+
+
+class Coverage(unittest.TestCase):
+    FOLDERS = ("include/vkmibh foundation values registry impl handler console timer traps"
+               " system agents host modules").split()
+
+    def setUp(self):
+        self.tree = tempfile.TemporaryDirectory()
+        self.root = pathlib.Path(self.tree.name)
+        for folder in self.FOLDERS:
+            (self.root / folder).mkdir(parents=True)
+            (self.root / folder / "A.cpp").write_text("int a;\nreturn 7;\n")
+        for folder in "bin", "tests", "build/coverage":
+            (self.root / folder).mkdir(parents=True)
+        (self.root / "bin/gcovr").write_text(GCOVR)
+        (self.root / "bin/gcovr").chmod(0o755)
+        self.page = self.root / "tests/COVERAGE.md"
+        self.page.write_text("old <!-- coverage: begin -->\n1\n<!-- coverage: end --> rest\n"
+                             "| `values/A.cpp` | `return 7;` | never |\n")
+
+    def tearDown(self):
+        self.tree.cleanup()
+
+    def run_tool(self, *arguments, line=950, branch=850):
+        path = f"{self.root / 'bin'}{os.pathsep}{os.environ['PATH']}"
+        done = subprocess.run([sys.executable, str(ROOT / "tools/coverage.py"), *arguments],
+                              cwd=self.root, capture_output=True, text=True, check=False,
+                              env={**os.environ, "PATH": path, "FIGURES": json.dumps([line, branch])})
+        return done.returncode, done.stdout + done.stderr
+
+    def test_accepts_what_reaches_the_floors(self):
+        code, output = self.run_tool("library")
+        self.assertEqual(code, 0, output)
+
+    def test_refuses_few_lines_and_few_branches(self):
+        for figures, text in ({"line": 949}, "94.9 % of the line"), ({"branch": 849}, "84.9 % of the branch"):
+            code, output = self.run_tool("library", **figures)
+            self.assertEqual(code, 1, output)
+            self.assertIn("traps: " + text, output)
+
+    def test_refuses_a_folder_that_was_not_measured(self):
+        (self.root / "timer/A.cpp").unlink()
+        code, output = self.run_tool("library")
+        self.assertEqual(code, 1, output)
+        self.assertIn("timer: nothing was measured", output)
+
+    def test_shows_lines_without_a_reason(self):
+        _, output = self.run_tool("library")
+        self.assertIn("not run: traps/A.cpp:2: return 7;", output)
+        self.assertNotIn("not run: values/A.cpp", output)
+
+    def test_writes_the_figures_between_the_markers_only(self):
+        self.run_tool("library")
+        code, output = self.run_tool("agent", "tests/COVERAGE.md", line=500)
+        self.assertEqual(code, 0, output)
+        text = self.page.read_text()
+        self.assertTrue(text.startswith("old <!--") and "end --> rest\n| `values" in text, text)
+        self.assertIn("| `values` | 95.0 % of 1000 | 85.0 % of 1000 |", text)
+        self.assertIn("| `host` | 50.0 % of 1000 | 85.0 % of 1000 |", text)
 
 
 if __name__ == "__main__":
