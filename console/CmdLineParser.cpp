@@ -17,7 +17,7 @@ constexpr char kArgumentDelimiters[] = "'\" \t\n\r";
 
 bool IsArgumentDelimiter(char c)
 {
-    return c != '\0' && std::strchr(kArgumentDelimiters, c) != nullptr;
+    return std::strchr(kArgumentDelimiters, c) != nullptr;
 }
 
 // These tell whether there was memory for the result.

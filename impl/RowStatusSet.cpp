@@ -273,13 +273,14 @@ void BMibTableImplEx::OrderCreations(const BVarBindList& list, void** slots, int
     }
 }
 
-bool BMibTableImplEx::IsSameRow(const BVarBind& a, const BVarBind& b) const
+// `creating` names a row: others were refused before the order was asked for.
+bool BMibTableImplEx::IsSameRow(const BVarBind& a, const BVarBind& creating) const
 {
-    const unsigned from = Oid().Length() + 1;
-    if (!HasInstance(a, Oid().Length()) || !HasInstance(b, Oid().Length()))
+    if (!HasInstance(a, Oid().Length()))
         return false;
+    const unsigned from = Oid().Length() + 1;
     const InstanceView left(a.Name(), from);
-    const InstanceView right(b.Name(), from);
+    const InstanceView right(creating.Name(), from);
     return left.Oid().Compare(right.Oid()) == 0;
 }
 

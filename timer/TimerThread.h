@@ -14,19 +14,11 @@ public:
 
     int Run() override
     {
-        for (;;) {
-            switch (WaitForStop(m_period)) {
-            case eWaitDone:
-                return 0;
-            case eWaitTimeout:
-                // CONTRACT: the nominal period, never the time measured: late
-                // ticks are not caught up, and subscribers count on ticks.
-                m_timer->Timeout(m_period);
-                break;
-            default:
-                break;
-            }
-        }
+        // CONTRACT: the nominal period, never the time measured: late ticks are
+        // not caught up, and subscribers count on ticks.
+        while (WaitForStop(m_period) == eWaitTimeout)
+            m_timer->Timeout(m_period);
+        return 0;
     }
 
 private:

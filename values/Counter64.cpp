@@ -185,8 +185,6 @@ bool BCounter64::AssignFromHexString(const char* text)
     for (unsigned i = 0; i + 1 < length; i += 3, shift += 24) {
         const unsigned high = VKHexDigit2Int(static_cast<unsigned char>(text[i]));
         const unsigned low = VKHexDigit2Int(static_cast<unsigned char>(text[i + 1]));
-        if (high == ~0u || low == ~0u)
-            return false;
         const unsigned byte = high * 16 + low;
         if (i < 6)
             m_value.low |= byte << shift;

@@ -25,8 +25,7 @@ bool BOctetString::AssignFromHexString(const char* text)
     for (unsigned i = 0; i + 1 < length; i += 3) {
         const unsigned high = VKHexDigit2Int(static_cast<unsigned char>(text[i]));
         const unsigned low = VKHexDigit2Int(static_cast<unsigned char>(text[i + 1]));
-        if (high == ~0u || low == ~0u || !Append(static_cast<unsigned char>(high * 16 + low)))
-            return false;
+        Append(static_cast<unsigned char>(high * 16 + low));
     }
     return true;
 }

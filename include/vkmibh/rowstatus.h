@@ -164,7 +164,7 @@ private:
     VKMIBH_LOCAL int RefuseNameless(const BVarBindList& list, int& index, int count) const;
     VKMIBH_LOCAL void OrderCreations(const BVarBindList& list, void** slots, int first,
                                      int count) const;
-    VKMIBH_LOCAL bool IsSameRow(const BVarBind& a, const BVarBind& b) const;
+    VKMIBH_LOCAL bool IsSameRow(const BVarBind& a, const BVarBind& creating) const;
     VKMIBH_LOCAL SManyRows* Many();
     VKMIBH_LOCAL bool InsertState(const BObjectIdentifier& instance, RowState* state);
     VKMIBH_LOCAL int TimeoutOf(const BObjectIdentifier& instance) const;

@@ -186,6 +186,21 @@ TEST_F(CmdStream, SignalDoesNotEndALine)
     sigaction(SIGUSR1, &before, nullptr);
 }
 
+TEST_F(CmdStream, InputThatCannotBeReadIsAtItsEnd)
+{
+    const int directory = open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_GE(directory, 0);
+    {
+        const Redirection redirection(STDIN_FILENO, directory);
+        EXPECT_EQ(Line(), "");
+        EXPECT_EQ(Line(), "");
+    }
+    close(directory);
+    InputPipe input;
+    input.Write("later\n");
+    EXPECT_EQ(Line(), "later");
+}
+
 std::string ReadFrom(int file)
 {
     char buffer[256];

@@ -280,6 +280,33 @@ TEST(SwmrSynch, WriterThatGivesUpLetsTheReadersBehindItIn)
     EXPECT_TRUE(first.Holds());
 }
 
+TEST(SwmrSynch, ReaderThatGivesUpLeavesTheOthersWaiting)
+{
+    TSWMRSynch lock;
+    lock.WaitToWrite(kWaitForever);
+    Holder first(lock, false);
+    for (int i = 0; i < 10; ++i) // the first one may come late
+        EXPECT_EQ(Elsewhere([&] { return lock.WaitToRead(5); }), eWaitTimeout);
+    Holder last(lock, false);
+    GiveOthersTime();
+    lock.DoneWriting();
+    EXPECT_TRUE(first.WaitUntilHeld());
+    EXPECT_TRUE(last.WaitUntilHeld());
+}
+
+TEST(SwmrSynch, WriterThatGivesUpLetsNobodyPastAnEarlierOne)
+{
+    TSWMRSynch lock;
+    lock.WaitToRead(kWaitForever);
+    Holder writer(lock, true);
+    ASSERT_TRUE(WriterWaits(lock));
+    EXPECT_EQ(Elsewhere([&] { return lock.WaitToWrite(5); }), eWaitTimeout);
+    EXPECT_EQ(TryRead(lock), eWaitTimeout);
+    EXPECT_FALSE(writer.Holds());
+    lock.DoneReading();
+    EXPECT_TRUE(writer.WaitUntilHeld());
+}
+
 TEST(SwmrSynch, WriterDoesNotStarveUnderAStreamOfReaders)
 {
     TSWMRSynch lock;

@@ -30,6 +30,8 @@ TEST(Text, StrlenAndStrcmp)
     EXPECT_LT(VKStrcmp("z", "\xe9"), 0);
     EXPECT_EQ(VKStrcmp(nullptr, ""), 0);
     EXPECT_LT(VKStrcmp(nullptr, "a"), 0);
+    EXPECT_GT(VKStrcmp("a", nullptr), 0);
+    EXPECT_EQ(VKStrcmp(nullptr, nullptr), 0);
 }
 
 TEST(Text, IntToStrIsDecimal)

@@ -3,9 +3,11 @@
 #include "tests/support/VtableSlot.h"
 
 #include <csignal>
+#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <thread>
 #include <vkmibh/base.h>
 
@@ -309,6 +311,42 @@ TEST_P(Thread, StackSizeIsTakenOrRaised)
     EXPECT_NE(worker.Join(kWaitForever), 0);
 }
 
+// No more memory than there is, and a gibibyte, while this lives.
+class BoundedMemory {
+public:
+    BoundedMemory()
+    {
+        EXPECT_EQ(getrlimit(RLIMIT_AS, &m_before), 0);
+        std::ifstream file("/proc/self/statm");
+        unsigned long long pages = 0;
+        EXPECT_TRUE(file >> pages);
+        rlimit bounded = m_before;
+        bounded.rlim_cur =
+            pages * static_cast<unsigned long long>(sysconf(_SC_PAGESIZE)) + (1u << 30);
+        EXPECT_EQ(setrlimit(RLIMIT_AS, &bounded), 0);
+    }
+    ~BoundedMemory() { setrlimit(RLIMIT_AS, &m_before); }
+    BoundedMemory(const BoundedMemory&) = delete;
+    BoundedMemory& operator=(const BoundedMemory&) = delete;
+
+private:
+    rlimit m_before;
+};
+
+TEST_P(Thread, ThreadThatCannotBeMadeHasEnded)
+{
+    {
+        const BoundedMemory bounded;
+        EXPECT_EQ(worker.Start(3u << 30, 0), 0) << "a stack of three gibibytes";
+    }
+    EXPECT_NE(worker.Join(kWaitForever), 0);
+    EXPECT_NE(worker.Stop(kWaitForever), 0);
+    EXPECT_EQ(worker.runs + worker.ends, 0);
+    EXPECT_NE(worker.Start(0, 0), 0) << "it may be tried again";
+    EXPECT_NE(worker.Join(kWaitForever), 0);
+    EXPECT_EQ(worker.runs, 1);
+}
+
 bool BlocksSignals()
 {
     sigset_t set;
@@ -372,6 +410,7 @@ TEST(ThreadObject, WithoutItsStateItDoesNotStart)
     Worker worker;
     EXPECT_TRUE(fail.Failed());
     EXPECT_EQ(worker.Start(0, 0), 0);
+    worker.ResetMembers();
     EXPECT_EQ(worker.WaitForStop(0), eWaitRefused);
     worker.Terminate();
     EXPECT_NE(worker.Join(kWaitForever), 0);

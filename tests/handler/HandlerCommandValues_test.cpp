@@ -242,6 +242,15 @@ TEST_F(HandlerCommandValues, BindingsKeepTheirOrderAndTypes)
     }
 }
 
+TEST_F(HandlerCommandValues, AValueOfAnUnknownTypeIsPrintedAsNothing)
+{
+    module.onGet = [](unsigned, BVarBindList& list, int& index, int) {
+        list[index].Value() = BObjectSyntax(static_cast<EAsnSyntax>(0x47));
+        return int(eSnmpNoError);
+    };
+    EXPECT_EQ((Texts{"1.3.9.1 = \n"}), console.Type("get 1.3.9.1"));
+}
+
 TEST_F(HandlerCommandValues, GetAsksWithNull)
 {
     int asked = 0;

@@ -1,8 +1,10 @@
 // Requests whose allocations fail one after the other: they end with a status,
 // leak nothing and leave no lock behind.
 #include "tests/support/AllocationSweep.h"
+#include "tests/support/CallbackHandler.h"
 #include "tests/support/FailingAllocOperators.h"
 #include "tests/support/Oids.h"
+#include "tests/support/Threads.h"
 #include <vkmibh/testing/requests.h>
 
 #include <vkmibh/system.h>
@@ -131,7 +133,9 @@ TEST_F(OutOfMemory, AGetNextAnswersRightOrNotAtAll)
     Frugal inner("1.3.5.1");
     handler.RegisterSubtreeHandler(&inner);
     module.next = MakeOid("1.3.5.3.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0");
-    for (const char* innerNext : {"1.3.5", "1.3.5.1.7.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1"})
+    // The third one lies beyond every region.
+    for (const char* innerNext : {"1.3.5", "1.3.5.1.7.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1",
+                                  "1.3.8.1.7.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1"})
         for (const char* from : {"1.3.5", "1.3.5.1", "1.3.5.2", "1.3.5.9", "1.2"}) {
             inner.next = MakeOid(innerNext);
             BVarBindList sent;
@@ -150,6 +154,63 @@ TEST_F(OutOfMemory, AGetNextAnswersRightOrNotAtAll)
         }
     ExpectNoLockHeld();
     handler.UnregisterSubtreeHandler(&inner);
+}
+
+TEST_F(OutOfMemory, AGetNextOfAModuleThatGoesBackAnswersRightOrNotAtAll)
+{
+    // Its answer has a storage of its own, and no room for the name that was asked for.
+    CallbackHandler inner("1.3.5.1");
+    inner.onGetNext = [](unsigned, BVarBind& binding) {
+        BObjectIdentifier back;
+        if (!back.Append(1u))
+            return int(eSnmpGenErr);
+        binding.Name() = std::move(back);
+        binding.Value().SetInt(1);
+        return int(eSnmpNoError);
+    };
+    handler.RegisterSubtreeHandler(&inner);
+    module.next = MakeOid("1.3.5.3");
+    BVarBindList sent;
+    sent.Append(MakeOid("1.3.5.1.7.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1"));
+    VLKTest::SweepAllocations([&] { return BVarBindList(sent); },
+                              [&](BVarBindList& list) { return Query(ePduGetNext, list); },
+                              [&](BVarBindList& list, int status) {
+                                  EXPECT_TRUE(status == eSnmpNoError || status == eSnmpGenErr);
+                                  EXPECT_EQ(status ? sent[0].Name() : module.next, list[0].Name());
+                              });
+    ExpectNoLockHeld();
+    handler.UnregisterSubtreeHandler(&inner);
+}
+
+// The first eight threads that read need no memory for it.
+TEST_F(OutOfMemory, ARequestThatIsNotLetInIsAGeneralError)
+{
+    CallbackHandler busy("1.3.7");
+    std::atomic<int> inside{0};
+    TEvent release;
+    busy.onGet = [&](unsigned, BVarBindList&, int&, int) {
+        ++inside;
+        release.Wait(kWaitForever);
+        return int(eSnmpNoError);
+    };
+    handler.RegisterSubtreeHandler(&busy);
+    std::vector<std::thread> others;
+    for (int i = 0; i < 8; ++i)
+        others.emplace_back([&] { Client(handler).Get({"1.3.7.1"}); });
+    EXPECT_TRUE(Eventually([&] { return inside == 8; }));
+    for (const int pdu : {ePduGet, ePduGetNext, ePduSet}) {
+        BVarBindList list = LongList(1, false);
+        FailingAlloc fail(0);
+        EXPECT_EQ(5, Query(pdu, list)) << pdu;
+        EXPECT_TRUE(fail.Failed());
+    }
+    EXPECT_EQ(0, module.sets);
+    BVarBindList list = LongList(1, false);
+    EXPECT_EQ(0, Query(ePduGet, list)) << "when there is memory";
+    release.Set();
+    for (std::thread& other : others)
+        other.join();
+    handler.UnregisterSubtreeHandler(&busy);
 }
 
 TEST_F(OutOfMemory, ASetWithoutItsSlotsRunsNoPhase)

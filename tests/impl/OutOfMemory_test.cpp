@@ -2,8 +2,11 @@
 #include "tests/support/FailingAllocOperators.h"
 
 #include <gtest/gtest.h>
+#include <memory>
+#include <vkmibh/tree.h>
 
 #include "tests/impl/Probe.h"
+#include "tests/support/AllocationSweep.h"
 
 namespace VLK {
 namespace {
@@ -122,6 +125,93 @@ TEST(OutOfMemory, WalkEndsOrGoesWhereItShould)
         EXPECT_EQ(0, found);
         EXPECT_EQ(int(eEndOfMibView), int(binding.Value().Syntax()));
     }
+}
+
+// Every name of the protocol has its place on the stack; longer ones have not.
+TEST(OutOfMemory, WalkFromAVeryLongNameIsRightOrAGeneralError)
+{
+    CLean lean;
+    BVarBind asked(OidOf("1.3.9.1"));
+    for (unsigned arc = 0; arc < 200; ++arc)
+        asked.Name().Append(arc);
+    const unsigned allocations = VLKTest::SweepAllocations(
+        [&] { return BVarBind(asked); },
+        [&](BVarBind& binding) { return lean.GetNext(1, binding); },
+        [&](BVarBind& binding, int status) {
+            EXPECT_TRUE(status == 0 || status == eSnmpGenErr || status == eSnmpResourceUnavailable)
+                << status;
+            if (status != eSnmpNoError)
+                return;
+            const bool found = binding.Value().Syntax() != eEndOfMibView;
+            EXPECT_EQ(found ? 24u : 204u, binding.Name().Length());
+        });
+    EXPECT_GT(allocations, 0u);
+}
+
+class CLongScalar : public BMibScalarImpl {
+public:
+    CLongScalar() : BMibScalarImpl("scalar", LongName()) { Initialize(); }
+    SRqHndlrMapEntry* GetRqHndlrMap() const override { return s_map; }
+    int OnGet_Number(unsigned, int& value)
+    {
+        value = 1;
+        return 0;
+    }
+    static BObjectIdentifier LongName()
+    {
+        BObjectIdentifier oid(OidOf("1.3.9"));
+        for (unsigned arc = 0; arc < 30; ++arc)
+            oid.Append(arc);
+        return oid;
+    }
+    static SRqHndlrMapEntry s_map[];
+};
+
+VKMIBH_CONSTINIT SRqHndlrMapEntry CLongScalar::s_map[] = {
+    ScalarRow<eKindInteger, &CLongScalar::OnGet_Number>(1, "number", eAsnInteger, eRqReadOnly),
+    kRqEnd};
+
+TEST(OutOfMemory, ScalarIsFoundWholeOrNotAtAll)
+{
+    CLongScalar scalar;
+    const unsigned allocations = VLKTest::SweepAllocations(
+        [] { return BVarBind(OidOf("1.3")); },
+        [&](BVarBind& binding) { return scalar.NextInstance(1, binding); },
+        [&](BVarBind& binding, int found) {
+            if (found) {
+                EXPECT_EQ(scalar.Oid().Length() + 1, binding.Name().Length());
+                EXPECT_TRUE(scalar.Oid().IsStartingSubOidOf(binding.Name()));
+            } else {
+                EXPECT_EQ(int(eEndOfMibView), int(binding.Value().Syntax()));
+            }
+        });
+    EXPECT_GT(allocations, 0u);
+}
+
+class CPlainRow : public BMibRowImpl {
+public:
+    CPlainRow() : BMibRowImpl("row", OidOf("1.3.9.1"), 2, 4, CLongScalar::LongName()) {}
+};
+
+TEST(OutOfMemory, RowWithoutItsWholeNameIsNotRegistered)
+{
+    int refused = 0;
+    for (bool failed = true; failed; ++refused) {
+        std::unique_ptr<CPlainRow> row;
+        {
+            FailingAlloc fail(refused);
+            row.reset(new (std::nothrow) CPlainRow);
+            failed = fail.Failed();
+        }
+        BMibTree tree;
+        if (!row)
+            continue;
+        const bool whole = row->Oid().Length() == 38;
+        EXPECT_EQ(whole, tree.Register(row.get()) == 1) << refused;
+        EXPECT_TRUE(whole || failed);
+        tree.Unregister(row.get());
+    }
+    EXPECT_GT(refused, 2);
 }
 
 } // namespace

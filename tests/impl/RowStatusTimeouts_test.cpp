@@ -414,6 +414,16 @@ TEST(RowStatusTimeoutsAtTheEnd, CanceledTableMayGoOn)
     }
 }
 
+TEST(RowStatusTimeoutsAtTheEnd, TableWithoutAHookLosesTheSubscriptionOnly)
+{
+    HandTimer timer;
+    CSilent table;
+    const int handle = BTimer::Subscription::s_idCounter;
+    table.AddToTimeoutList(MakeOid("7"));
+    timer.Tick();
+    EXPECT_FALSE(BTimer::GetInstance()->Unsubscribe(handle));
+}
+
 TEST(RowStatusTimeoutsAtTheEnd, DestroyedTableGivesBackWhatItNotedOfRows)
 {
     const HandTimer timer;

@@ -1,6 +1,7 @@
 // A node with many children answers as the list of its children does.
 #include <vkmibh/tree.h>
 
+#include "registry/MibChildIndex.h"
 #include "tests/support/FailingAllocOperators.h"
 #include "tests/support/PlainHandler.h"
 
@@ -10,6 +11,7 @@
 #include <numeric>
 #include <random>
 #include <set>
+#include <string>
 #include <vector>
 
 using namespace VLK;
@@ -150,6 +152,51 @@ TEST(MibChildIndex, SuccessorsAmongManyChildrenAreThoseOfTheList)
     }
 }
 
+TEST(MibChildIndex, NodeThatLostAllItsChildrenTakesOthers)
+{
+    BMibNode node;
+    for (unsigned id : Ids(200, 2))
+        ASSERT_TRUE(TryAdd(node, id));
+    for (unsigned id : Ids(200, 2))
+        delete node.RemoveChildWithId(id);
+    EXPECT_EQ(nullptr, node.FirstChild());
+    EXPECT_EQ(nullptr, node.ChildWithId(0));
+    EXPECT_EQ(nullptr, node.RemoveChildWithId(0));
+    EXPECT_EQ(nullptr, node.RightSiblingOfChildWithId(0));
+    for (unsigned id : {5u, 3u, 4u})
+        ASSERT_TRUE(TryAdd(node, id));
+    ExpectChildren(node, {3, 4, 5});
+}
+
+TEST(MibChildIndex, EmptyIndexHasNoChildren)
+{
+    BMibChildIndex index;
+    for (unsigned id : {0u, 1u, kLast}) {
+        EXPECT_EQ(nullptr, index.Find(id));
+        EXPECT_EQ(nullptr, index.Before(id));
+        EXPECT_EQ(nullptr, index.AtOrAfter(id));
+        index.Remove(id);
+    }
+}
+
+TEST(MibChildIndex, RemovingWhatIsNotThereChangesNothing)
+{
+    BMibChildIndex index;
+    std::vector<std::unique_ptr<BMibNode>> nodes;
+    for (unsigned id : Ids(500, 2)) {
+        nodes.push_back(std::make_unique<BMibNode>("", id, nullptr));
+        ASSERT_TRUE(index.Insert(id, nodes.back().get()));
+    }
+    for (unsigned id = 1; id < 1002; id += 2)
+        index.Remove(id);
+    index.Remove(kLast);
+    for (const auto& node : nodes) {
+        ASSERT_EQ(node.get(), index.Find(node->Id()));
+        ASSERT_EQ(node.get(), index.AtOrAfter(node->Id()));
+        ASSERT_EQ(node.get(), index.Before(node->Id() + 1));
+    }
+}
+
 TEST(MibChildIndex, WithoutMemoryTheListAnswersAlone)
 {
     const std::vector<unsigned> ids = Ids(1200, 3);
@@ -189,6 +236,32 @@ TEST(MibChildIndex, RegistrationWithoutMemoryLeavesAWholeTree)
         if (registered == 1)
             break;
         ASSERT_EQ(1, tree.Register(&handler)) << left;
+    }
+}
+
+// CONTRACT: the instances before the one that failed stay registered.
+TEST(MibChildIndex, RangeWithoutMemoryIsRegisteredUpToWhereItFailed)
+{
+    bool failed = true;
+    for (int left = 0; failed; ++left) {
+        CPlainHandler handler("1.3.6.1.4.1.7.8.2.0.1.2.3.4.5.6.7.8.9", 9, 4);
+        BMibTree tree;
+        bool registered = false;
+        {
+            FailingAlloc fail(left);
+            registered = tree.Register(&handler) == 1;
+            failed = fail.Failed();
+        }
+        BObjectIdentifier instance(handler.Oid());
+        std::string found;
+        for (unsigned column : {2u, 3u, 4u}) {
+            instance[8] = column;
+            if (tree.FindSubtreeHandlerNode(instance))
+                found += std::to_string(column);
+        }
+        EXPECT_EQ(found, std::string("234").substr(0, found.size())) << left;
+        EXPECT_EQ(registered, found == "234") << left;
+        EXPECT_TRUE(registered || failed);
     }
 }
 

@@ -210,6 +210,29 @@ TEST(SystemImpl, AnswersWithTheValuesOfTheGroup)
     EXPECT_EQ(0u, client.answer[6].Value().Unsigned());
 }
 
+TEST(SystemImpl, GroupOfTheFirstVersionEndsWithSysServices)
+{
+    BMib2System system;
+    CSystem group(system);
+    group.Initialize();
+    BMibHandler handler(nullptr); // which has no group of its own before Init()
+    ASSERT_TRUE(handler.RegisterSubtreeHandler(&group));
+    Client client(handler);
+    unsigned visited = 0;
+    for (std::string name = "1.3"; client.GetNext({name.c_str()}) == 0; ++visited) {
+        if (client.SyntaxAt(0) == eEndOfMibView)
+            break;
+        name = client.NameAt(0);
+        EXPECT_EQ("1.3.6.1.2.1.1." + std::to_string(visited + 1) + ".0", name);
+    }
+    EXPECT_EQ(7u, visited);
+    EXPECT_EQ(0, client.Get({"1.3.6.1.2.1.1.8.0"}));
+    EXPECT_EQ(eNoSuchObject, client.SyntaxAt(0));
+    EXPECT_EQ(0, client.Set("1.3.6.1.2.1.1.5.0", "named"));
+    EXPECT_STREQ("named", system.Name().c_str());
+    handler.UnregisterSubtreeHandler(&group);
+}
+
 TEST(SystemImpl, SetsAreCheckedBeforeTheyReachTheGroup)
 {
     BMibHandler handler(nullptr);
@@ -245,6 +268,9 @@ TEST(SystemImpl, SetHandlersKeepUndoAndClean)
     EXPECT_EQ(0, group.OnSet_SysName(eSetCleanup, 1, text, &slot)) << "nothing to clean";
     EXPECT_EQ(5, group.OnSet_SysName(static_cast<ESnmpSetOpCode>(1), 1, text, &slot));
     EXPECT_EQ(13, group.OnSet_SysName(eSetTest, 1, text, nullptr)) << "nowhere to keep the text";
+    EXPECT_EQ(0, group.OnSet_SysName(eSetUndo, 1, text, nullptr)) << "nothing was kept";
+    EXPECT_EQ(0, group.OnSet_SysName(eSetCleanup, 1, text, nullptr));
+    EXPECT_STREQ("MIB handler", system.Name().c_str());
 }
 
 TEST(SystemImpl, TwoBindingsOfOneObjectUndoToTheTextBefore)
