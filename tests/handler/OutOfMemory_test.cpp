@@ -133,9 +133,9 @@ TEST_F(OutOfMemory, AGetNextAnswersRightOrNotAtAll)
     Frugal inner("1.3.5.1");
     handler.RegisterSubtreeHandler(&inner);
     module.next = MakeOid("1.3.5.3.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0");
-    // The third one lies beyond every region.
-    for (const char* innerNext : {"1.3.5", "1.3.5.1.7.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1",
-                                  "1.3.8.1.7.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1"})
+    // The third one ends the search of its region.
+    for (const char* innerNext :
+         {"1.3.5", "1.3.5.1.7.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1", "1.3.5.2"})
         for (const char* from : {"1.3.5", "1.3.5.1", "1.3.5.2", "1.3.5.9", "1.2"}) {
             inner.next = MakeOid(innerNext);
             BVarBindList sent;

@@ -45,6 +45,23 @@ TEST_F(RowStatusRequest, TableThatStopsWithinARequestForgetsItsRows)
     EXPECT_EQ(eSnmpCommitFailed, set.Phase(eSetCommit));
 }
 
+TEST_F(RowStatusRequest, RowThatItsOwnStatusHandlerSetsMeanwhileIsNotNotedTwice)
+{
+    RowSet inner(table);
+    inner.Status("7", eRowCreateAndWait);
+    table.during = [&](const std::string& what) {
+        table.during = nullptr;
+        EXPECT_EQ("get 3.7", what);
+        EXPECT_EQ(0, inner.Phase(eSetTest));
+    };
+    RowSet outer(table);
+    outer.Status("7", eRowCreateAndGo);
+    EXPECT_EQ(eSnmpResourceUnavailable, outer.Phase(eSetTest));
+    EXPECT_TRUE(HasState("7"));
+    EXPECT_EQ(0, inner.Phase(eSetCleanup));
+    EXPECT_FALSE(HasState("7"));
+}
+
 TEST_F(RowStatusRequest, CreationWithoutAnIndexIsInconsistentNameForAnyNumberOfBindings)
 {
     for (const int value : {eRowCreateAndGo, eRowCreateAndWait}) {

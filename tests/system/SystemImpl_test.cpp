@@ -71,6 +71,7 @@ TEST(SystemImpl, SysUpTimeIsZeroWithoutAReadableFile)
     EXPECT_EQ(0u, UpTimeFrom(""));
     EXPECT_EQ(0u, UpTimeFrom("soon"));
     EXPECT_EQ(0u, UpTimeFrom("12"));
+    EXPECT_EQ(0u, UpTimeFrom("12.soon"));
     EXPECT_EQ(0u, UpTimeFrom("99999999999999999999.00 0.00")); // more than any number holds
     UptimeFile file("12.34");
     file.Remove();
