@@ -156,30 +156,51 @@ TEST_F(OutOfMemory, AGetNextAnswersRightOrNotAtAll)
     handler.UnregisterSubtreeHandler(&inner);
 }
 
-TEST_F(OutOfMemory, AGetNextOfAModuleThatGoesBackAnswersRightOrNotAtAll)
+TEST_F(OutOfMemory, AGetNextPastModulesThatGoBackOrEndGoesForwardOrNowhere)
 {
-    // Its answer has a storage of its own, and no room for the name that was asked for.
-    CallbackHandler inner("1.3.5.1");
-    inner.onGetNext = [](unsigned, BVarBind& binding) {
-        BObjectIdentifier back;
-        if (!back.Append(1u))
-            return int(eSnmpGenErr);
-        binding.Name() = std::move(back);
+    // Its answers have a storage of their own, and no room for the name that was asked for.
+    const char* answer = nullptr;
+    const auto answers = [&](unsigned, BVarBind& binding) {
+        BObjectIdentifier own;
+        for (const unsigned arc : ArcsOf(MakeOid(answer)))
+            if (!own.Append(arc))
+                return int(eSnmpGenErr);
+        binding.Name() = std::move(own);
         binding.Value().SetInt(1);
         return int(eSnmpNoError);
     };
+    const auto appends = [](unsigned, BVarBind& binding) {
+        binding.Value().SetInt(2);
+        return binding.Name().Append(0u) ? int(eSnmpNoError) : int(eSnmpGenErr);
+    };
+    const auto goesBack = [](unsigned, BVarBind& binding) {
+        binding.Value().SetInt(3);
+        binding.Name()[1] = 0;
+        return int(eSnmpNoError);
+    };
+    CallbackHandler inner("1.3.5.1");
+    CallbackHandler after("1.3.5.4");
+    inner.onGetNext = answers;
     handler.RegisterSubtreeHandler(&inner);
-    module.next = MakeOid("1.3.5.3");
+    handler.RegisterSubtreeHandler(&after);
     BVarBindList sent;
     sent.Append(MakeOid("1.3.5.1.7.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1.1"));
-    VLKTest::SweepAllocations([&] { return BVarBindList(sent); },
-                              [&](BVarBindList& list) { return Query(ePduGetNext, list); },
-                              [&](BVarBindList& list, int status) {
-                                  EXPECT_TRUE(status == eSnmpNoError || status == eSnmpGenErr);
-                                  EXPECT_EQ(status ? sent[0].Name() : module.next, list[0].Name());
-                              });
+    for (const bool afterAppends : {true, false})
+        for (const char* given : {"1.2", "1.3.5.2"}) {
+            answer = given;
+            after.onGetNext = afterAppends ? decltype(after.onGetNext)(appends) : goesBack;
+            VLKTest::SweepAllocations(
+                [&] { return BVarBindList(sent); },
+                [&](BVarBindList& list) { return Query(ePduGetNext, list); },
+                [&](BVarBindList& list, int status) {
+                    EXPECT_TRUE(status == eSnmpNoError || status == eSnmpGenErr);
+                    const int order = list[0].Name().Compare(sent[0].Name());
+                    EXPECT_EQ(status == eSnmpNoError, order > 0) << given << afterAppends;
+                });
+        }
     ExpectNoLockHeld();
     handler.UnregisterSubtreeHandler(&inner);
+    handler.UnregisterSubtreeHandler(&after);
 }
 
 // The first eight threads that read need no memory for it.

@@ -260,16 +260,15 @@ TEST_F(QueryGet, V1LooksOnlyAtWhatAHandlerLeftOfTheList)
         using ListHandler::ListHandler;
         int Get(unsigned, BVarBindList& list, int&, int) override
         {
-            list.Remove(1);
-            return list[0].Value().SetInt(1), eSnmpNoError;
+            list.Clear();
+            return eSnmpNoError;
         }
     };
     Shortener shortener("1.3.9");
     handler.RegisterSubtreeHandler(&shortener);
     Client client(handler, kV1);
     EXPECT_EQ(0, client.Get({"1.3.9.1", "1.3.9.2"}));
-    ASSERT_EQ(1u, client.answer.Count());
-    EXPECT_EQ(1, client.answer[0].Value().Int());
+    EXPECT_EQ(0u, client.answer.Count());
     handler.UnregisterSubtreeHandler(&shortener);
 }
 

@@ -1,6 +1,7 @@
 // No memory: a status, never a value that was not asked for.
 #include "tests/support/FailingAllocOperators.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
 #include <vkmibh/tree.h>
@@ -150,17 +151,17 @@ TEST(OutOfMemory, WalkFromAVeryLongNameIsRightOrAGeneralError)
 
 class CLongScalar : public BMibScalarImpl {
 public:
-    CLongScalar() : BMibScalarImpl("scalar", LongName()) { Initialize(); }
+    explicit CLongScalar(unsigned arcs) : BMibScalarImpl("scalar", LongName(arcs)) { Initialize(); }
     SRqHndlrMapEntry* GetRqHndlrMap() const override { return s_map; }
     int OnGet_Number(unsigned, int& value)
     {
         value = 1;
         return 0;
     }
-    static BObjectIdentifier LongName()
+    static BObjectIdentifier LongName(unsigned arcs)
     {
         BObjectIdentifier oid(OidOf("1.3.9"));
-        for (unsigned arc = 0; arc < 30; ++arc)
+        for (unsigned arc = 0; arc < arcs; ++arc)
             oid.Append(arc);
         return oid;
     }
@@ -173,24 +174,28 @@ VKMIBH_CONSTINIT SRqHndlrMapEntry CLongScalar::s_map[] = {
 
 TEST(OutOfMemory, ScalarIsFoundWholeOrNotAtAll)
 {
-    CLongScalar scalar;
-    const unsigned allocations = VLKTest::SweepAllocations(
-        [] { return BVarBind(OidOf("1.3")); },
-        [&](BVarBind& binding) { return scalar.NextInstance(1, binding); },
-        [&](BVarBind& binding, int found) {
-            if (found) {
-                EXPECT_EQ(scalar.Oid().Length() + 1, binding.Name().Length());
-                EXPECT_TRUE(scalar.Oid().IsStartingSubOidOf(binding.Name()));
-            } else {
-                EXPECT_EQ(int(eEndOfMibView), int(binding.Value().Syntax()));
-            }
-        });
-    EXPECT_GT(allocations, 0u);
+    unsigned allocations = 0;
+    for (unsigned arcs = 10; arcs < 50; ++arcs) { // of some the last one takes memory
+        CLongScalar scalar(arcs);
+        allocations = std::max(
+            allocations, VLKTest::SweepAllocations(
+                             [] { return BVarBind(OidOf("1.3")); },
+                             [&](BVarBind& binding) { return scalar.NextInstance(1, binding); },
+                             [&](BVarBind& binding, int found) {
+                                 const bool whole =
+                                     scalar.Oid().IsStartingSubOidOf(binding.Name()) &&
+                                     binding.Name().Length() == scalar.Oid().Length() + 1;
+                                 EXPECT_EQ(whole, found == 1);
+                                 EXPECT_EQ(whole ? int(eAsnNull) : int(eEndOfMibView),
+                                           int(binding.Value().Syntax()));
+                             }));
+    }
+    EXPECT_EQ(2u, allocations);
 }
 
 class CPlainRow : public BMibRowImpl {
 public:
-    CPlainRow() : BMibRowImpl("row", OidOf("1.3.9.1"), 2, 4, CLongScalar::LongName()) {}
+    CPlainRow() : BMibRowImpl("row", OidOf("1.3.9.1"), 2, 4, CLongScalar::LongName(30)) {}
 };
 
 TEST(OutOfMemory, RowWithoutItsWholeNameIsNotRegistered)

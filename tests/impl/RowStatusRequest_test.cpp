@@ -47,19 +47,26 @@ TEST_F(RowStatusRequest, TableThatStopsWithinARequestForgetsItsRows)
 
 TEST_F(RowStatusRequest, RowThatItsOwnStatusHandlerSetsMeanwhileIsNotNotedTwice)
 {
-    RowSet inner(table);
-    inner.Status("7", eRowCreateAndWait);
-    table.during = [&](const std::string& what) {
-        table.during = nullptr;
-        EXPECT_EQ("get 3.7", what);
-        EXPECT_EQ(0, inner.Phase(eSetTest));
-    };
-    RowSet outer(table);
-    outer.Status("7", eRowCreateAndGo);
-    EXPECT_EQ(eSnmpResourceUnavailable, outer.Phase(eSetTest));
-    EXPECT_TRUE(HasState("7"));
-    EXPECT_EQ(0, inner.Phase(eSetCleanup));
-    EXPECT_FALSE(HasState("7"));
+    for (const int noted : {0, 31, 32}) { // rows, also where the next one goes elsewhere
+        RowSet others(table);
+        for (int row = 0; row < noted; ++row)
+            others.Status(("8." + std::to_string(row)).c_str(), eRowDestroy);
+        EXPECT_EQ(0, others.Phase(eSetTest));
+        RowSet inner(table);
+        inner.Status("7", eRowCreateAndWait);
+        table.during = [&](const std::string& what) {
+            table.during = nullptr;
+            EXPECT_EQ("get 3.7", what);
+            EXPECT_EQ(0, inner.Phase(eSetTest));
+        };
+        RowSet outer(table);
+        outer.Status("7", eRowCreateAndGo);
+        EXPECT_EQ(eSnmpResourceUnavailable, outer.Phase(eSetTest)) << noted;
+        EXPECT_TRUE(HasState("7"));
+        EXPECT_EQ(0, inner.Phase(eSetCleanup));
+        EXPECT_FALSE(HasState("7")) << noted;
+        EXPECT_EQ(0, others.Phase(eSetCleanup));
+    }
 }
 
 TEST_F(RowStatusRequest, CreationWithoutAnIndexIsInconsistentNameForAnyNumberOfBindings)
