@@ -11,7 +11,8 @@ BObjectIdentifier FirstColumn(const BObjectIdentifier& prefix, unsigned low,
                               const BObjectIdentifier& suffix)
 {
     BObjectIdentifier oid(prefix);
-    if (!oid.Append(low) || !oid.Append(suffix, true))
+    // Without memory for the whole it is none, and the row is not registered.
+    if (oid.Length() != prefix.Length() || !oid.Append(low) || !oid.Append(suffix, true))
         oid.Clear();
     return oid;
 }

@@ -195,26 +195,31 @@ TEST(OutOfMemory, ScalarIsFoundWholeOrNotAtAll)
 
 class CPlainRow : public BMibRowImpl {
 public:
-    CPlainRow() : BMibRowImpl("row", OidOf("1.3.9.1"), 2, 4, CLongScalar::LongName(30)) {}
+    CPlainRow(const BObjectIdentifier& prefix, const BObjectIdentifier& suffix)
+        : BMibRowImpl("row", prefix, 2, 4, suffix)
+    {
+    }
 };
 
 TEST(OutOfMemory, RowWithoutItsWholeNameIsNotRegistered)
 {
+    const BObjectIdentifier prefix(OidOf("1.3.9.1"));
+    const BObjectIdentifier suffix(CLongScalar::LongName(30));
+    bool failed = true;
     int refused = 0;
-    for (bool failed = true; failed; ++refused) {
+    for (; failed; ++refused) {
         std::unique_ptr<CPlainRow> row;
         {
-            FailingAlloc fail(refused);
-            row.reset(new (std::nothrow) CPlainRow);
+            FailingAlloc fail(refused, FailingAlloc::eNextOnly);
+            row.reset(new (std::nothrow) CPlainRow(prefix, suffix));
             failed = fail.Failed();
         }
         BMibTree tree;
         if (!row)
             continue;
-        const bool whole = row->Oid().Length() == 38;
-        EXPECT_EQ(whole, tree.Register(row.get()) == 1) << refused;
+        const bool whole = row->Oid().Length() == prefix.Length() + 1 + suffix.Length();
+        EXPECT_EQ(whole, tree.Register(row.get()) == 1) << refused << " " << TextOf(row->Oid());
         EXPECT_TRUE(whole || failed);
-        tree.Unregister(row.get());
     }
     EXPECT_GT(refused, 2);
 }
