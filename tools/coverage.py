@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Tells how much of each folder the tests of build/coverage have run.
 
-Usage: coverage.py library           the library; fails below the floors
-       coverage.py agent [page]      host and modules; writes what both said into
-                                     the page, between its markers
+Usage: coverage.py library [page]   the library; fails below the floors
+       coverage.py agent [page]     host and modules
+
+With a page the figures are written into it, between the markers of the part.
 
 Lines that no test runs are shown unless the page of the tree lists them with a
 reason. Branches that the compiler adds for exceptions are not counted.
@@ -25,7 +26,6 @@ FOLDERS = {
 # What the agent makes of the library's headers is not the library's to test.
 LEFT_OUT = {"library": ["--exclude-directories", ".*/(host|modules|examples)$"]}
 FLOORS = {"line": 95.0, "branch": 85.0}
-BEGIN, END = "<!-- coverage: begin -->", "<!-- coverage: end -->"
 
 
 def measure(part):
@@ -91,9 +91,10 @@ def unlisted(missed):
                 yield f"{name}:{number}: {code}"
 
 
-def write(page, text):
-    before, rest = page.read_text().split(BEGIN)
-    page.write_text(before + BEGIN + "\n" + text + END + rest.split(END)[1])
+def write(page, part, text):
+    begin, end = f"<!-- {part}: begin -->", f"<!-- {part}: end -->"
+    before, rest = page.read_text().split(begin)
+    page.write_text(before + begin + "\n" + text + end + rest.split(end)[1])
 
 
 def main():
@@ -102,18 +103,16 @@ def main():
         sys.exit(__doc__)
     files, missed = measure(part)
     rows = figures(FOLDERS[part], files)
-    kept = BUILD / f"{part}.json"
-    kept.write_text(json.dumps(rows))
     for line in unlisted(missed):
         print(f"not run: {line}")
     print(table(rows), end="")
+    if len(sys.argv) > 2:
+        write(pathlib.Path(sys.argv[2]), part, table(rows))
     if part == "library":
         problems = below_floors(rows)
         print("\n".join(problems) or "no folder of the library is below"
               f" {FLOORS['line']:.0f} % of its lines and {FLOORS['branch']:.0f} % of its branches")
         sys.exit(1 if problems else 0)
-    if len(sys.argv) > 2:
-        write(pathlib.Path(sys.argv[2]), table(json.loads((BUILD / "library.json").read_text()) + rows))
 
 
 if __name__ == "__main__":

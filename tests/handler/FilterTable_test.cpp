@@ -54,6 +54,31 @@ TEST(FilterTable, StartsEmpty)
     EXPECT_EQ(MakeOid("7"), next);
 }
 
+TEST(FilterTable, RowsOnlyLookedAtAreTheOnesThatAreLent)
+{
+    BFilterTable table(nullptr);
+    for (const char* subtree : {"1.3.1", "1.3.2", "1.3.3"})
+        ASSERT_TRUE(Insert(table, {"v", subtree}));
+    EXPECT_EQ(nullptr, table.PeekAt(-1));
+    EXPECT_EQ(nullptr, table.PeekAt(3));
+    EXPECT_EQ(nullptr, table.Peek(MakeOid("1.3")));
+    BObjectIdentifier index;
+    for (int position = 0; position < 3; ++position) {
+        ASSERT_TRUE(table.NextIndex(index, index));
+        EXPECT_EQ(table.RowAt(position), table.PeekAt(position));
+        EXPECT_EQ(table.GetRow(index), table.Peek(index));
+        EXPECT_NE(nullptr, table.Peek(index));
+    }
+}
+
+TEST(FilterTable, ThereIsNoRowToChangeUnderAnotherIndex)
+{
+    BFilterTable table(nullptr);
+    ASSERT_TRUE(Insert(table, {"v", "1.3.1"}));
+    EXPECT_FALSE(table.Change(MakeOid("1.3"), [](BFilterTable::Entry&) { FAIL(); }));
+    EXPECT_EQ(1u, table.Count());
+}
+
 TEST(FilterTable, InsertCopiesEveryColumn)
 {
     BFilterTable table(nullptr);

@@ -80,6 +80,24 @@ TEST_F(QuerySet, SuccessLeavesTheErrorIndexAlone)
     EXPECT_TRUE(EveryLockIsFree());
 }
 
+TEST_F(QuerySet, WhatOnlyClaimsToBeATableHasNoRowsToForget)
+{
+    struct Claimer : RecorderHandler {
+        Claimer(unsigned kind, SetLog& log) : RecorderHandler('C', "1.3.9", log)
+        {
+            SetImplKind(kind);
+        }
+    };
+    a.failAt = {{eSetCleanup, 0}};
+    for (const unsigned kind : {unsigned(eImplTableEx), unsigned(eImplTableEx2)}) {
+        Claimer claimer(kind, log);
+        handler.RegisterSubtreeHandler(&claimer);
+        EXPECT_EQ(eSnmpCommitFailed, Set({"1.3.5.1", "1.3.9.1"}));
+        EXPECT_EQ(1, errorIndex);
+        handler.UnregisterSubtreeHandler(&claimer);
+    }
+}
+
 TEST_F(QuerySet, LocksAreFreeAfterEveryOutcome)
 {
     for (ESnmpSetOpCode phase : {eSetTest, eSetCommit, eSetUndo, eSetCleanup})

@@ -141,7 +141,8 @@ class Coverage(unittest.TestCase):
         (self.root / "bin/gcovr").write_text(GCOVR)
         (self.root / "bin/gcovr").chmod(0o755)
         self.page = self.root / "tests/COVERAGE.md"
-        self.page.write_text("old <!-- coverage: begin -->\n1\n<!-- coverage: end --> rest\n"
+        self.page.write_text("old <!-- library: begin -->\n1\n<!-- library: end --> between\n"
+                             "<!-- agent: begin -->\n<!-- agent: end --> rest\n"
                              "| `values/A.cpp` | `return 7;` | never |\n")
 
     def tearDown(self):
@@ -176,11 +177,12 @@ class Coverage(unittest.TestCase):
         self.assertNotIn("not run: values/A.cpp", output)
 
     def test_writes_the_figures_between_the_markers_only(self):
-        self.run_tool("library")
+        self.run_tool("library", "tests/COVERAGE.md")
         code, output = self.run_tool("agent", "tests/COVERAGE.md", line=500)
         self.assertEqual(code, 0, output)
         text = self.page.read_text()
-        self.assertTrue(text.startswith("old <!--") and "end --> rest\n| `values" in text, text)
+        for part in "old <!--", "library: end --> between\n<!--", "agent: end --> rest\n| `values":
+            self.assertIn(part, text)
         self.assertIn("| `values` | 95.0 % of 1000 | 85.0 % of 1000 |", text)
         self.assertIn("| `host` | 50.0 % of 1000 | 85.0 % of 1000 |", text)
 

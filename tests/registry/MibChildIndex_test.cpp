@@ -11,7 +11,6 @@
 #include <numeric>
 #include <random>
 #include <set>
-#include <string>
 #include <vector>
 
 using namespace VLK;
@@ -236,32 +235,6 @@ TEST(MibChildIndex, RegistrationWithoutMemoryLeavesAWholeTree)
         if (registered == 1)
             break;
         ASSERT_EQ(1, tree.Register(&handler)) << left;
-    }
-}
-
-// CONTRACT: the instances before the one that failed stay registered.
-TEST(MibChildIndex, RangeWithoutMemoryIsRegisteredUpToWhereItFailed)
-{
-    bool failed = true;
-    for (int left = 0; failed; ++left) {
-        CPlainHandler handler("1.3.6.1.4.1.7.8.2.0.1.2.3.4.5.6.7.8.9", 9, 4);
-        BMibTree tree;
-        bool registered = false;
-        {
-            FailingAlloc fail(left);
-            registered = tree.Register(&handler) == 1;
-            failed = fail.Failed();
-        }
-        BObjectIdentifier instance(handler.Oid());
-        std::string found;
-        for (unsigned column : {2u, 3u, 4u}) {
-            instance[8] = column;
-            if (tree.FindSubtreeHandlerNode(instance))
-                found += std::to_string(column);
-        }
-        EXPECT_EQ(found, std::string("234").substr(0, found.size())) << left;
-        EXPECT_EQ(registered, found == "234") << left;
-        EXPECT_TRUE(registered || failed);
     }
 }
 
