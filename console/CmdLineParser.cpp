@@ -15,10 +15,7 @@ constexpr char kArgumentDelimiters[] = "'\" \t\n\r";
 [[maybe_unused]] constexpr char kDoubleQuotedDelimiters[] = "\" \t\n\r";
 [[maybe_unused]] constexpr char kSingleQuotedDelimiters[] = "' \t\n\r";
 
-bool IsArgumentDelimiter(char c)
-{
-    return std::strchr(kArgumentDelimiters, c) != nullptr;
-}
+bool IsArgumentDelimiter(char c) { return std::strchr(kArgumentDelimiters, c) != nullptr; }
 
 // These tell whether there was memory for the result.
 bool Assign(BString& to, const BString& text) { return to.Assign(text).length() == text.length(); }
