@@ -4,7 +4,6 @@
 #include "tests/support/CallbackHandler.h"
 #include "tests/support/FailingAllocOperators.h"
 #include "tests/support/Oids.h"
-#include "tests/support/Threads.h"
 #include <vkmibh/testing/requests.h>
 
 #include <vkmibh/system.h>
@@ -203,37 +202,6 @@ TEST_F(OutOfMemory, AGetNextPastModulesThatGoBackOrEndGoesForwardOrNowhere)
     ExpectNoLockHeld();
     handler.UnregisterSubtreeHandler(&inner);
     handler.UnregisterSubtreeHandler(&after);
-}
-
-// The first eight threads that read need no memory for it.
-TEST_F(OutOfMemory, ARequestThatIsNotLetInIsAGeneralError)
-{
-    CallbackHandler busy("1.3.7");
-    std::atomic<int> inside{0};
-    TEvent release;
-    busy.onGet = [&](unsigned, BVarBindList&, int&, int) {
-        ++inside;
-        release.Wait(kWaitForever);
-        return int(eSnmpNoError);
-    };
-    handler.RegisterSubtreeHandler(&busy);
-    std::vector<std::thread> others;
-    for (int i = 0; i < 8; ++i)
-        others.emplace_back([&] { Client(handler).Get({"1.3.7.1"}); });
-    EXPECT_TRUE(Eventually([&] { return inside == 8; }));
-    for (const int pdu : {ePduGet, ePduGetNext, ePduSet}) {
-        BVarBindList list = LongList(1, false);
-        FailingAlloc fail(0);
-        EXPECT_EQ(5, Query(pdu, list)) << pdu;
-        EXPECT_TRUE(fail.Failed());
-    }
-    EXPECT_EQ(0, module.sets);
-    BVarBindList list = LongList(1, false);
-    EXPECT_EQ(0, Query(ePduGet, list)) << "when there is memory";
-    release.Set();
-    for (std::thread& other : others)
-        other.join();
-    handler.UnregisterSubtreeHandler(&busy);
 }
 
 TEST_F(OutOfMemory, ASetWithoutItsSlotsRunsNoPhase)
