@@ -57,7 +57,8 @@ public:
                 m_places.erase(m_places.begin() + static_cast<std::ptrdiff_t>(live));
             } else {
                 answer.push_back(std::move(found));
-                found.Value().SetNull();
+                // What was moved from is an empty binding, which is filled again.
+                found.Value().SetNull(); // NOLINT(bugprone-use-after-move)
                 if (!found.Name().Set(answer.back().Name()))
                     return eSnmpGenErr;
                 ++live;

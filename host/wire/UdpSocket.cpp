@@ -123,9 +123,9 @@ int ReadHandedOver(netsnmp_transport*, void* buffer, int size, void** opaque, in
     return static_cast<int>(length);
 }
 
-// NOLINTNEXTLINE(readability-non-const-parameter): the wire library's signature
+// The signature is the wire library's.
 int SendOverV6(netsnmp_transport* transport, const void* buffer, int size, void** opaque,
-               int* opaqueLength)
+               int* opaqueLength) // NOLINT(readability-non-const-parameter)
 {
     netsnmp_indexed_addr_pair ends;
     if (!opaque || !*opaque || *opaqueLength != static_cast<int>(sizeof ends))
@@ -136,6 +136,8 @@ int SendOverV6(netsnmp_transport* transport, const void* buffer, int size, void*
 
 } // namespace
 
+// What describes a datagram is room, written before it is read.
+// cppcheck-suppress uninitMemberVar
 BDatagrams::BDatagrams() : m_room(new unsigned char[kMost * kRoom])
 {
     static_assert(kInfo >= sizeof(SPacketInfo), "both families have room");
