@@ -5,6 +5,10 @@ add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Woverloaded-virtual)
 # library's own functions need no indirection.
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
 add_compile_options(-fno-semantic-interposition)
+# Calls are seen through across files: a tenth of the instructions of a request.
+include(CheckIPOSupported)
+check_ipo_supported(RESULT VKMIBH_IPO LANGUAGES CXX)
+set(CMAKE_INTERPROCEDURAL_OPTIMIZATION_RELEASE ${VKMIBH_IPO})
 
 if(VKMIBH_SANITIZE)
     add_compile_options(-fsanitize=${VKMIBH_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
