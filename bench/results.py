@@ -263,7 +263,9 @@ def machine(build, root):
     cpu = next((line.partition(":")[2].strip() for line in open("/proc/cpuinfo", encoding="utf-8")
                 if line.startswith("model name")), platform.machine())
     kind = cache_of(build, "CMAKE_BUILD_TYPE")
-    flags = cache_of(build, f"CMAKE_CXX_FLAGS_{kind.upper()}")
+    with open(build / "compile_commands.json", encoding="utf-8") as file:
+        command = next(entry["command"] for entry in json.load(file) if "/foundation/" in entry["file"])
+    flags = " ".join(re.findall(r"(?<= )-(?:O\w*|DNDEBUG|flto\S*)(?= )", command))
     git = ["git", "-C", str(root)]
     commit = first_line(git + ["rev-parse", "--short=12", "HEAD"])
     changed = first_line(git + ["status", "--porcelain", "--untracked-files=no", "--",
