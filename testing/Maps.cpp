@@ -1,6 +1,7 @@
 #include "impl/KindSyntax.h"
 
 #include <cstring>
+#include <map>
 #include <set>
 #include <vector>
 #include <vkmibh/testing/maps.h>
@@ -208,11 +209,17 @@ std::string CheckMaps(BMibImplGroup& group)
     std::string wrong;
     if (const SConstraintMapEntry* shared = group.GetTCConstraintMap())
         Add(wrong, "conventions: ", CheckConstraintRows(shared, kUnknown));
+    std::map<BObjectIdentifier, std::string> places;
     for (int i = 0; i < group.GetNumImpls(); ++i) {
-        if (const BMibImpl* impl = group.GetImplAt(i))
-            wrong += CheckImpl(*impl, group.GetTCConstraintMap());
-        else
-            wrong += "implementation " + std::to_string(i) + " is null: nothing after it starts\n";
+        const BMibImpl* impl = group.GetImplAt(i);
+        if (!impl)
+            return wrong + "implementation " + std::to_string(i) +
+                   " is null: it and those after it are not registered\n";
+        wrong += CheckImpl(*impl, group.GetTCConstraintMap());
+        const auto place = places.emplace(impl->Oid(), impl->Name().c_str());
+        if (!place.second)
+            wrong += std::string(impl->Name().c_str()) + ": " + place.first->second +
+                     " has its place already, so that it is not served: give it one of its own\n";
     }
     return wrong;
 }

@@ -17,6 +17,13 @@ std::string Lines(const std::vector<std::string>& lines)
     return all;
 }
 
+std::string Changed(const std::string& what, const std::vector<std::string>& before,
+                    const std::vector<std::string>& after, const std::string& cure)
+{
+    return "after " + what + " the module is not as it was; before\n" + Lines(before) + "after\n" +
+           Lines(after) + cure + "\n";
+}
+
 std::string StatusText(int status, int errorIndex)
 {
     return std::string(LabelErrorStatus(status)) + " (" + std::to_string(status) + ") at binding " +
@@ -26,23 +33,41 @@ std::string StatusText(int status, int errorIndex)
 } // namespace
 
 ModuleClient::ModuleClient(BMibImplGroup& module, const std::string& root)
-    : neighbour('N', kNeighbourRoot, log), m_module(module), m_root(root + ".")
+    : neighbour('N', kNeighbourRoot, log), m_group(&module), m_root(root + ".")
 {
-    if (!handler.RegisterGroup(&m_module))
+    if (!handler.RegisterGroup(m_group))
         m_problem += "RegisterGroup() was refused: GetImplAt() gave null\n";
-    const int started = m_module.Init();
-    if (started != m_module.GetNumImpls())
+    const int started = m_group->Init();
+    if (started != m_group->GetNumImpls())
         m_problem += "Init() started " + std::to_string(started) + " implementations of " +
-                     std::to_string(m_module.GetNumImpls()) + "\n";
-    if (!handler.RegisterSubtreeHandler(&neighbour))
-        m_problem +=
-            std::string("the module is at the neighbour's place, ") + kNeighbourRoot + "\n";
+                     std::to_string(m_group->GetNumImpls()) + "\n";
+    AddNeighbour();
+}
+
+ModuleClient::ModuleClient(BMibSubtreeHandler& module)
+    : neighbour('N', kNeighbourRoot, log), m_alone(&module), m_root(TextOf(module.Oid()) + ".")
+{
+    if (!handler.RegisterSubtreeHandler(m_alone))
+        m_problem += "RegisterSubtreeHandler() was refused: it has no identifier\n";
+    if (auto* const impl = dynamic_cast<BMibImpl*>(m_alone))
+        impl->Initialize();
+    AddNeighbour();
 }
 
 ModuleClient::~ModuleClient()
 {
     handler.UnregisterSubtreeHandler(&neighbour);
-    handler.UnregisterGroup(&m_module);
+    if (m_group)
+        handler.UnregisterGroup(m_group);
+    else
+        handler.UnregisterSubtreeHandler(m_alone);
+}
+
+void ModuleClient::AddNeighbour()
+{
+    if (!handler.RegisterSubtreeHandler(&neighbour))
+        m_problem +=
+            std::string("the module is at the neighbour's place, ") + kNeighbourRoot + "\n";
 }
 
 int ModuleClient::Set(const Bindings& bindings)
@@ -56,9 +81,9 @@ int ModuleClient::Set(const Bindings& bindings)
     return status;
 }
 
-int ModuleClient::SetInVain(Bindings bindings)
+int ModuleClient::SetInVain(Bindings bindings, ESnmpSetOpCode phase)
 {
-    neighbour.failAt = {{eSetCommit, static_cast<int>(bindings.size())}};
+    neighbour.failAt = {{phase, static_cast<int>(bindings.size())}};
     bindings.push_back({kNeighbour, Number(1)});
     const int status = Set(bindings);
     neighbour.failAt.clear();
@@ -85,6 +110,11 @@ std::string ModuleClient::CheckUndo(const Bindings& bindings)
 {
     const std::vector<std::string> before = Walk();
     const int atEnd = static_cast<int>(bindings.size()) + 1;
+    SetInVain(bindings, eSetTest);
+    const std::vector<std::string> tested = Walk();
+    if (tested != before)
+        return Changed("a SET that was only tested", before, tested,
+                       "change nothing before eSetCommit");
     const std::size_t logged = log.size();
     const int failed = SetInVain(bindings);
     if (failed != eSnmpCommitFailed || errorIndex != atEnd) {
@@ -97,8 +127,7 @@ std::string ModuleClient::CheckUndo(const Bindings& bindings)
     }
     const std::vector<std::string> undone = Walk();
     if (undone != before)
-        return "after the undo the module is not as it was; before\n" + Lines(before) + "after\n" +
-               Lines(undone) + "put back in eSetUndo what eSetCommit changed\n";
+        return Changed("the undo", before, undone, "put back in eSetUndo what eSetCommit changed");
     const int status = Set(bindings);
     if (status != eSnmpNoError)
         return "the SET has to succeed when nothing fails; it ended with " +

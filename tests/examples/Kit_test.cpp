@@ -2,6 +2,7 @@
 // quotes this file.
 #include "examples/rowstatus/DoorTable.h"
 #include "examples/scalar/Thermostat.h"
+#include "examples/subtree/ParameterTree.h"
 #include "examples/table/SensorTable.h"
 #include "tests/support/TempDir.h"
 
@@ -47,6 +48,18 @@ TEST(DoorModule, TakesBackADoorThatWasMade)
     EXPECT_EQ(client.CheckUndo({{"2.7", Bytes("side gate")}, {"5.7", Number(eRowCreateAndGo)}}),
               "");
     EXPECT_EQ(client.CheckUndo({{"5.7", Number(eRowDestroy)}}), "");
+}
+
+TEST(ParameterTree, IsProvedLikeAModule)
+{
+    examples::CParameterTree tree;
+    tree.Add("1.0", 5);
+    ModuleClient client(tree);
+    EXPECT_EQ(client.CheckUndo({{"1.0", Number(6)}}), "");
+    EXPECT_EQ(
+        TwoWalks(tree, "1.3.6.1.4.1.32473.2.6", {{"1.3.6.1.4.1.32473.2.6.1.0", eAsnInteger, "6"}})
+            .Run(),
+        "");
 }
 
 TEST(SensorModule, WalksWhatItServes)

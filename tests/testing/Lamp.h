@@ -21,6 +21,7 @@ public:
     bool forgetsUndo = false;
     int undoStatus = eSnmpNoError;
     bool ignoresSets = false;
+    bool changesInTest = false;
 
 private:
     int OnGet_Brightness(unsigned, int& value)
@@ -30,7 +31,7 @@ private:
     }
     int OnSet_Brightness(ESnmpSetOpCode op, unsigned, int value, void**)
     {
-        if (op == eSetCommit && !ignoresSets) {
+        if (op == (changesInTest ? eSetTest : eSetCommit) && !ignoresSets) {
             m_before = brightness;
             brightness = value;
         } else if (op == eSetUndo && !forgetsUndo) {

@@ -179,6 +179,20 @@ TEST_F(CheckMapsOf, ConventionsOfTheGroup)
     EXPECT_THAT(CheckMaps(group), HasSubstr("nobody knows that convention"));
 }
 
+TEST(CheckMaps, TwoImplementationsInOnePlace)
+{
+    class CTwins : public BMibImplGroup {
+    public:
+        int GetNumImpls() override { return 2; }
+        BMibImpl* GetImplAt(int index) override { return index == 0 ? &m_first : &m_second; }
+
+    private:
+        CLamp m_first, m_second;
+    } twins;
+    EXPECT_EQ(CheckMaps(twins), "lamp: lamp has its place already, so that it is not served: give "
+                                "it one of its own\n");
+}
+
 } // namespace
 } // namespace Test
 } // namespace VLK

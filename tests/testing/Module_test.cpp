@@ -85,6 +85,13 @@ TEST_F(LampTest, ForgottenUndoIsTold)
                 HasSubstr("before\n  1.0=5\n  2.0=lamp\nafter\n  1.0=7\n  2.0=lamp\nput back"));
 }
 
+TEST_F(LampTest, ChangeInTheTestPhaseIsTold)
+{
+    module.lamp.changesInTest = true;
+    EXPECT_THAT(client.CheckUndo({{"1.0", Number(7)}}),
+                HasSubstr("after a SET that was only tested the module is not as it was"));
+}
+
 TEST_F(LampTest, UndoThatFailsIsTold)
 {
     module.lamp.undoStatus = eSnmpGenErr;
@@ -111,6 +118,65 @@ TEST_F(LampTest, PhasesReachTheNeighbourInOrder)
     EXPECT_EQ(client.SetInVain({{"1.0", Number(7)}}), eSnmpCommitFailed);
     EXPECT_EQ(client.log, (SetLog{"N test 1+1", "N commit 1+1", "N undo 1+1", "N cleanup 1+1"}));
     EXPECT_EQ(client.neighbour.slotErrors, 0);
+}
+
+TEST(ModuleClient, AsksASingleImplementation)
+{
+    CLamp lamp;
+    ModuleClient client(lamp);
+    EXPECT_EQ(client.Problem(), "");
+    EXPECT_EQ(client.Walk(), (std::vector<std::string>{"1.0=5", "2.0=lamp"}));
+    EXPECT_EQ(client.CheckUndo({{"1.0", Number(7)}}), "");
+}
+
+TEST(ModuleClient, HandlerWithoutIdentifierIsTold)
+{
+    SetLog log;
+    RecorderHandler nowhere('A', "", log);
+    EXPECT_THAT(ModuleClient(nowhere).Problem(), HasSubstr("it has no identifier"));
+}
+
+// Its region ends as the plain interface allows it.
+class CList : public BMibSubtreeHandler {
+public:
+    CList() : BMibSubtreeHandler("list", MakeOid(kLamp)) {}
+
+    using BMibSubtreeHandler::GetNext;
+    int Get(unsigned, BVarBindList& list, int& index, int) override
+    {
+        list[index].Value().SetInt(5);
+        return eSnmpNoError;
+    }
+    int GetNext(unsigned, BVarBind& binding) override
+    {
+        if (binding.Name().Compare(m_only) >= 0) {
+            binding.Value().SetV2Exception(eNoSuchInstance);
+            return endStatus;
+        }
+        binding.Set(m_only);
+        binding.Value().SetInt(5);
+        return eSnmpNoError;
+    }
+    int Set(unsigned, const BVarBindList&, ESnmpSetOpCode, void**, int&, int) override
+    {
+        return eSnmpNotWritable;
+    }
+
+    int endStatus = eSnmpNoError;
+
+private:
+    const BObjectIdentifier m_only = MakeOid(kBrightness.name);
+};
+
+TEST(TwoWalks, HandlerWrittenByHandMayEndInOtherWords)
+{
+    CList list;
+    EXPECT_EQ(TwoWalks(list, kLamp, {kBrightness}).Run(), "");
+    list.endStatus = eSnmpNoSuchName;
+    EXPECT_EQ(TwoWalks(list, kLamp, {kBrightness}).Run(), "");
+    list.endStatus = eSnmpGenErr;
+    EXPECT_THAT(TwoWalks(list, kLamp, {kBrightness}).Run(),
+                HasSubstr("walk, after the last: want endOfMibView, got status genErr\n"));
 }
 
 TEST(ModuleClient, ModuleThatIsNotThereIsTold)

@@ -12,7 +12,8 @@ namespace Test {
 // each, or an empty text: columns out of order or twice, names missing or twice,
 // kinds that do not suit their syntax, access without a handler and a handler
 // without access; constraints for columns that are not there, of conventions that
-// nobody knows, enumerations without items, ranges upside down.
+// nobody knows, enumerations without items, ranges upside down. Of a group also two
+// implementations in one place, of which the second is not served.
 //
 //   EXPECT_EQ(CheckMaps(module), "");
 //

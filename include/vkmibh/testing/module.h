@@ -17,6 +17,9 @@ namespace Test {
 //   EXPECT_EQ(client.Set({{"3.1", Number(9999)}}), eSnmpWrongValue);
 //   EXPECT_EQ(client.CheckUndo({{"3.1", Number(60)}}), "");
 //
+// A single implementation, or a subtree handler written by hand, is a module too;
+// its root is where it is registered.
+//
 // Ownership: the module is the test's and outlives it.
 // Threads:   one at a time.
 // Errors:    SNMP error status, or as said. What is wrong with the registration,
@@ -24,6 +27,7 @@ namespace Test {
 class ModuleClient {
 public:
     ModuleClient(BMibImplGroup& module, const std::string& root);
+    explicit ModuleClient(BMibSubtreeHandler& module);
     ~ModuleClient();
     ModuleClient(const ModuleClient&) = delete;
     ModuleClient& operator=(const ModuleClient&) = delete;
@@ -33,16 +37,17 @@ public:
 
     // The status of a SET; errorIndex goes with it.
     int Set(const Bindings& bindings);
-    // The same SET with a binding at its end whose commit fails.
-    int SetInVain(Bindings bindings);
+    // The same SET with a binding at its end whose commit, or test, fails.
+    int SetInVain(Bindings bindings, ESnmpSetOpCode phase = eSetCommit);
     // The value as text, or "status n".
     std::string Get(const std::string& name);
     // "name=value" of each instance of the module.
     std::vector<std::string> Walk();
 
-    // Whether a SET that fails behind the module's own commit leaves it as it was.
-    // Then the same SET has to succeed and to change something: what changes nothing
-    // proves no undo. What is wrong with it, or empty; the values stay set.
+    // Whether a SET that fails behind the module's own test, and one that fails behind
+    // its commit, leave it as it was. Then the same SET has to succeed and to change
+    // something: what changes nothing proves no undo. What is wrong with it, or empty;
+    // the values stay set.
     std::string CheckUndo(const Bindings& bindings);
 
     SetLog log; // the neighbour's
@@ -51,9 +56,11 @@ public:
     int errorIndex = 0;
 
 private:
+    void AddNeighbour();
     std::string Whole(const std::string& name) const;
 
-    BMibImplGroup& m_module;
+    BMibImplGroup* m_group = nullptr; // one of these two
+    BMibSubtreeHandler* m_alone = nullptr;
     std::string m_root;
     std::string m_problem;
 };
