@@ -30,7 +30,7 @@ TEST(MapsOfModules, Snmp)
 
 TEST(MapsOfModules, Views)
 {
-    BFilterTable rows;
+    BFilterTable rows(nullptr);
     CViewModule views(rows, nullptr);
     EXPECT_EQ(CheckMaps(views), "");
 }

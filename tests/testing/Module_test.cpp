@@ -176,7 +176,7 @@ TEST(TwoWalks, HandlerWrittenByHandMayEndInOtherWords)
     EXPECT_EQ(TwoWalks(list, kLamp, {kBrightness}).Run(), "");
     list.endStatus = eSnmpGenErr;
     EXPECT_THAT(TwoWalks(list, kLamp, {kBrightness}).Run(),
-                HasSubstr("walk, after the last: want endOfMibView, got status genErr\n"));
+                HasSubstr("walk, after the last: want endOfMibView, got status generalError\n"));
 }
 
 TEST(ModuleClient, ModuleThatIsNotThereIsTold)
