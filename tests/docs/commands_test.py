@@ -172,8 +172,8 @@ class Commands(unittest.TestCase):
         if line.startswith("dev: installing "):
             lists = [re.search(rf"^{name}_packages=\((.*)\)$", DEV, re.M)[1] for name in ("build", "host")]
             self.assertEqual(line, "dev: installing " + " ".join(lists))
-        elif line.startswith("dev: building "):
-            self.assertIn('say "building $preset"', DEV)
+        elif line.startswith(("dev: building ", "dev: testing ")):
+            self.assertIn(f'say "{line.split()[1]} $preset"', DEV)
         elif line.startswith("dev: "):
             self.assertIn(f'say "{line[5:]}"', DEV)
 
