@@ -24,9 +24,19 @@ unsigned Clock()
 // What was read last: the clock before in the upper half, the uptime in the lower one.
 std::atomic<std::uint64_t> s_lastRead{0};
 
+// Of two threads that read in one hundredth the one with less may come here last: not all
+// kernels' files keep step with the clock, and nobody is told less than somebody before.
+void Keep(unsigned clock, unsigned hundredths)
+{
+    const std::uint64_t read = std::uint64_t{clock} << 32 | hundredths;
+    std::uint64_t last = s_lastRead;
+    while ((last >> 32 != clock || last < read) && !s_lastRead.compare_exchange_weak(last, read)) {
+    }
+}
+
 bool ReadFile(unsigned& hundredths)
 {
-    std::FILE* file = std::fopen(g_uptimePath, "r");
+    std::FILE* file = std::fopen(g_uptimePath, "re");
     if (!file)
         return false;
     char text[64];
@@ -64,7 +74,7 @@ bool ReadHostUptime(unsigned& hundredths)
     }
     if (!ReadFile(hundredths))
         return false;
-    s_lastRead = std::uint64_t{clock} << 32 | hundredths;
+    Keep(clock, hundredths);
     return true;
 }
 

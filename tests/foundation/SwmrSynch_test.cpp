@@ -1,42 +1,12 @@
-#include "tests/support/BreaksLockRules.h"
+#include "tests/foundation/SwmrProbe.h"
 #include "tests/support/FailingAlloc.h"
-#include "tests/support/Threads.h"
 
-#include <functional>
 #include <gtest/gtest.h>
+#include <memory>
 #include <vector>
-#include <vkmibh/base.h>
 
 namespace VLK {
 namespace {
-
-// Runs on another thread and gives back what it said.
-int Elsewhere(const std::function<int()>& ask)
-{
-    int result = -1;
-    std::thread([&] { result = ask(); }).join();
-    return result;
-}
-
-int TryRead(TSWMRSynch& lock)
-{
-    return Elsewhere([&] {
-        const int result = lock.WaitToRead(0);
-        if (result == eWaitDone)
-            lock.DoneReading();
-        return result;
-    });
-}
-
-int TryWrite(TSWMRSynch& lock)
-{
-    return Elsewhere([&] {
-        const int result = lock.WaitToWrite(0);
-        if (result == eWaitDone)
-            lock.DoneWriting();
-        return result;
-    });
-}
 
 // A thread that takes the lock and keeps it until it is told.
 class Holder {
@@ -55,19 +25,11 @@ public:
     {
         return Eventually([this] { return Holds(); });
     }
-    // For the lock that somebody else has: it waits, or is about to.
-    bool WaitUntilItAsks()
-    {
-        const bool asks = Eventually([this] { return bool(m_asks); });
-        GiveOthersTime();
-        return asks;
-    }
     void Release() { m_release.Set(); }
 
 private:
     void Main()
     {
-        m_asks = true;
         if (m_write)
             m_lock.WaitToWrite(kWaitForever);
         else
@@ -82,17 +44,10 @@ private:
     }
     TSWMRSynch& m_lock;
     const bool m_write;
-    std::atomic<bool> m_asks{false};
     std::atomic<bool> m_holds{false};
     TEvent m_release;
     std::thread m_thread;
 };
-
-// A waiting writer shows in that new readers are no longer let in.
-bool WriterWaits(TSWMRSynch& lock)
-{
-    return Eventually([&] { return TryRead(lock) == eWaitTimeout; });
-}
 
 TEST(SwmrSynch, ManyReadAtOnce)
 {
@@ -182,9 +137,10 @@ TEST(SwmrSynch, NewReadersQueueBehindAWaitingWriter)
     Holder first(lock, false);
     ASSERT_TRUE(first.WaitUntilHeld());
     Holder writer(lock, true);
-    ASSERT_TRUE(WriterWaits(lock));
+    ASSERT_TRUE(WaitUntilTheyWait(lock, 0, 1));
+    EXPECT_EQ(TryRead(lock), eWaitTimeout);
     Holder late(lock, false);
-    GiveOthersTime();
+    ASSERT_TRUE(WaitUntilTheyWait(lock, 1, 1));
     EXPECT_FALSE(late.Holds());
     EXPECT_FALSE(writer.Holds());
     first.Release();
@@ -200,7 +156,7 @@ TEST(SwmrSynch, ReaderEntersAgainPastAWaitingWriter)
     TSWMRSynch lock;
     lock.WaitToRead(kWaitForever);
     Holder writer(lock, true);
-    ASSERT_TRUE(WriterWaits(lock));
+    ASSERT_TRUE(WaitUntilTheyWait(lock, 0, 1));
     EXPECT_EQ(lock.WaitToRead(0), eWaitDone); // for ever would wait for itself
     lock.DoneReading();
     EXPECT_FALSE(writer.Holds());
@@ -213,11 +169,10 @@ TEST(SwmrSynch, WaitingReadersGoBeforeTheNextWriter)
     TSWMRSynch lock;
     lock.WaitToWrite(kWaitForever);
     Holder writer(lock, true); // comes before the readers
-    ASSERT_TRUE(writer.WaitUntilItAsks());
+    ASSERT_TRUE(WaitUntilTheyWait(lock, 0, 1));
     Holder one(lock, false);
     Holder two(lock, false);
-    ASSERT_TRUE(one.WaitUntilItAsks());
-    ASSERT_TRUE(two.WaitUntilItAsks());
+    ASSERT_TRUE(WaitUntilTheyWait(lock, 2, 1));
     lock.DoneWriting();
     EXPECT_TRUE(one.WaitUntilHeld());
     EXPECT_TRUE(two.WaitUntilHeld());
@@ -233,20 +188,53 @@ TEST(SwmrSynch, WritersGoInTheOrderOfTheirComing)
 {
     TSWMRSynch lock;
     lock.WaitToWrite(kWaitForever);
-    std::vector<int> order;
+    std::vector<unsigned> order;
     std::vector<std::thread> writers;
-    for (int i = 0; i < 4; ++i) {
+    for (unsigned i = 0; i < 4; ++i) {
         writers.emplace_back([&, i] {
             lock.WaitToWrite(kWaitForever);
             order.push_back(i);
             lock.DoneWriting();
         });
-        GiveOthersTime();
+        EXPECT_TRUE(WaitUntilTheyWait(lock, 0, i + 1));
     }
     lock.DoneWriting();
     for (std::thread& writer : writers)
         writer.join();
-    EXPECT_EQ(order, (std::vector<int>{0, 1, 2, 3}));
+    EXPECT_EQ(order, (std::vector<unsigned>{0, 1, 2, 3}));
+}
+
+// The last reader is out of the gate, and has yet to tell the writer that waits for it:
+// whoever comes just then goes behind that one.
+TEST(SwmrSynch, NobodyOvertakesAWriterInTheMomentInWhichTheLockIsFree)
+{
+    TSWMRSynch lock;
+    Holder reader(lock, false);
+    ASSERT_TRUE(reader.WaitUntilHeld());
+    Holder writer(lock, true);
+    ASSERT_TRUE(WaitUntilTheyWait(lock, 0, 1));
+    auto* const state = StateOf(lock);
+    {
+        const PthreadLock inside(state->mutex);
+        reader.Release();
+        EXPECT_TRUE(Eventually([&] { return state->NobodyReads(); }));
+        EXPECT_EQ(state->Write(0), eWaitTimeout);
+        EXPECT_EQ(state->Read(0), eWaitTimeout);
+    }
+    EXPECT_TRUE(writer.WaitUntilHeld());
+}
+
+// A reader that finds the gate closed may have been all that the writer saw in it.
+TEST(SwmrSynch, AReaderThatGoesBackFromTheGateLetsTheWriterIn)
+{
+    TSWMRSynch lock;
+    ASSERT_EQ(lock.WaitToRead(0), eWaitDone);
+    Holder writer(lock, true);
+    ASSERT_TRUE(WaitUntilTheyWait(lock, 0, 1));
+    StateOf(lock)->gate.Leave(); // and looks at nothing else, as who goes back
+    EXPECT_FALSE(writer.Holds());
+    EXPECT_EQ(lock.WaitToRead(0), eWaitTimeout);
+    EXPECT_TRUE(writer.WaitUntilHeld());
 }
 
 TEST(SwmrSynch, BoundedWaitsEnd)
@@ -272,7 +260,7 @@ TEST(SwmrSynch, WriterThatGivesUpLetsTheReadersBehindItIn)
         while (!stop) // on a slow machine nobody may notice that it waited once
             EXPECT_EQ(lock.WaitToWrite(50), eWaitTimeout);
     });
-    EXPECT_TRUE(WriterWaits(lock));
+    EXPECT_TRUE(WaitUntilTheyWait(lock, 0, 1));
     Holder late(lock, false);
     EXPECT_TRUE(late.WaitUntilHeld());
     stop = true;
@@ -285,10 +273,10 @@ TEST(SwmrSynch, ReaderThatGivesUpLeavesTheOthersWaiting)
     TSWMRSynch lock;
     lock.WaitToWrite(kWaitForever);
     Holder first(lock, false);
-    for (int i = 0; i < 10; ++i) // the first one may come late
-        EXPECT_EQ(Elsewhere([&] { return lock.WaitToRead(5); }), eWaitTimeout);
+    ASSERT_TRUE(WaitUntilTheyWait(lock, 1, 0));
+    EXPECT_EQ(Elsewhere([&] { return lock.WaitToRead(5); }), eWaitTimeout);
     Holder last(lock, false);
-    GiveOthersTime();
+    ASSERT_TRUE(WaitUntilTheyWait(lock, 2, 0));
     lock.DoneWriting();
     EXPECT_TRUE(first.WaitUntilHeld());
     EXPECT_TRUE(last.WaitUntilHeld());
@@ -299,127 +287,16 @@ TEST(SwmrSynch, WriterThatGivesUpLetsNobodyPastAnEarlierOne)
     TSWMRSynch lock;
     lock.WaitToRead(kWaitForever);
     Holder writer(lock, true);
-    ASSERT_TRUE(WriterWaits(lock));
+    ASSERT_TRUE(WaitUntilTheyWait(lock, 0, 1));
     Holder late(lock, false);
-    for (int i = 0; i < 10; ++i) // the reader may come late
-        EXPECT_EQ(Elsewhere([&] { return lock.WaitToWrite(5); }), eWaitTimeout);
+    ASSERT_TRUE(WaitUntilTheyWait(lock, 1, 1));
+    EXPECT_EQ(Elsewhere([&] { return lock.WaitToWrite(5); }), eWaitTimeout);
     EXPECT_FALSE(late.Holds());
     EXPECT_FALSE(writer.Holds());
     lock.DoneReading();
     EXPECT_TRUE(writer.WaitUntilHeld());
     writer.Release();
     EXPECT_TRUE(late.WaitUntilHeld());
-}
-
-TEST(SwmrSynch, WriterDoesNotStarveUnderAStreamOfReaders)
-{
-    TSWMRSynch lock;
-    std::atomic<bool> stop{false};
-    std::vector<std::thread> readers;
-    for (int i = 0; i < 3; ++i) {
-        readers.emplace_back([&] {
-            while (!stop) {
-                lock.WaitToRead(kWaitForever);
-                std::this_thread::yield();
-                lock.DoneReading();
-            }
-        });
-    }
-    for (int i = 0; i < 100; ++i) {
-        EXPECT_EQ(lock.WaitToWrite(20000), eWaitDone);
-        lock.DoneWriting();
-    }
-    stop = true;
-    for (std::thread& reader : readers)
-        reader.join();
-}
-
-TEST(SwmrSynch, ReaderDoesNotStarveUnderAStreamOfWriters)
-{
-    TSWMRSynch lock;
-    std::atomic<bool> stop{false};
-    std::vector<std::thread> writers;
-    for (int i = 0; i < 3; ++i) {
-        writers.emplace_back([&] {
-            while (!stop) {
-                lock.WaitToWrite(kWaitForever);
-                std::this_thread::yield();
-                lock.DoneWriting();
-            }
-        });
-    }
-    for (int i = 0; i < 100; ++i) {
-        EXPECT_EQ(lock.WaitToRead(20000), eWaitDone);
-        lock.DoneReading();
-    }
-    stop = true;
-    for (std::thread& writer : writers)
-        writer.join();
-}
-
-TEST(SwmrSynch, ReadersAndWritersNeverMeet)
-{
-    TSWMRSynch lock;
-    long first = 0;
-    long second = 0; // always equal to first for whoever reads
-    std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 2000; ++i) {
-                if ((i + t) % 5 == 0) {
-                    TWriteLock write(lock);
-                    ++first;
-                    ++second;
-                } else {
-                    TReadLock read(lock);
-                    TReadLock again(lock);
-                    if (first != second)
-                        ++wrong;
-                }
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(first, 4 * 400);
-}
-
-// Whether a writer gets the lock or gives up waiting for it, at any moment.
-TEST(SwmrSynch, WritersThatComeAndGiveUpNeverMeetReaders)
-{
-    TSWMRSynch lock;
-    long first = 0;
-    long second = 0;
-    std::atomic<int> wrong{0};
-    std::atomic<long> written{0};
-    std::vector<std::thread> threads;
-    for (unsigned number = 0; number < 6; ++number) {
-        threads.emplace_back([&, number] {
-            for (unsigned i = 0; i < 600; ++i) {
-                if (number % 2) {
-                    if (lock.WaitToWrite(i % 3) == eWaitDone) {
-                        TReadLock inside(lock);
-                        ++first;
-                        ++written;
-                        ++second;
-                        lock.DoneWriting();
-                    }
-                } else {
-                    TReadLock read(lock);
-                    TReadLock again(lock);
-                    if (first != second || lock.WaitToWrite(0) != eWaitRefused)
-                        ++wrong;
-                }
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(first, written);
-    EXPECT_EQ(TryWrite(lock), eWaitDone);
 }
 
 TEST(SwmrSynch, AThreadMayReadManyLocksAtOnce)

@@ -39,7 +39,7 @@ protected:
     {
         const BObjectIdentifier included = MakeOid("1.3.9.9");
         const BObjectIdentifier excluded = MakeOid("1.3.6.1.2");
-        while (!stop) {
+        do {
             unsigned matches = 0;
             EXPECT_TRUE(table.Filter("v", included, &matches));
             EXPECT_EQ(8u, matches);
@@ -47,7 +47,7 @@ protected:
             EXPECT_EQ(1u, matches);
             table.Filter("w", included);
             ++asked;
-        }
+        } while (!stop);
     }
 
     // Rows of view "w" that come and go, the last ones by their caller's hand.

@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace VLK {
 namespace Test {
 namespace {
@@ -98,6 +100,35 @@ TEST_F(OutOfMemory, AGetThatCannotKeepItsListIsAGeneralError)
         EXPECT_GT(allocations, 0u);
         ExpectNoLockHeld();
     }
+}
+
+// Nobody could keep its modules from going while they answer.
+TEST_F(OutOfMemory, AnAgentThatFoundNoMemoryForItsLockRefusesAll)
+{
+    int refusing = 0;
+    bool isRefused = true;
+    for (int allowed = 0; isRefused; ++allowed) {
+        BMibTree tree;
+        std::optional<BMibHandler> agent;
+        {
+            const FailingAlloc fail(allowed, FailingAlloc::eNextOnly);
+            agent.emplace(&tree, nullptr);
+            isRefused = fail.Failed();
+        }
+        Frugal asked("1.3.5");
+        if (agent->RegisterSubtreeHandler(&asked)) {
+            EXPECT_EQ(1, agent->UnregisterSubtreeHandler(&asked));
+            continue;
+        }
+        ++refusing;
+        for (const int pduType : {ePduGet, ePduGetNext, ePduGetBulk, ePduSet}) {
+            BVarBindList list = LongList(2, true);
+            EXPECT_EQ(eSnmpGenErr, agent->Query(pduType, 0, security, context, list, errorIndex));
+            EXPECT_EQ(unsigned(eAsnOctetString), list[1].Value().Syntax());
+        }
+        EXPECT_EQ(0, asked.sets);
+    }
+    EXPECT_EQ(1, refusing);
 }
 
 TEST_F(OutOfMemory, AFailedGetGivesItsListBackWhole)

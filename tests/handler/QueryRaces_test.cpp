@@ -1,6 +1,7 @@
 // Traffic against registration. Under ThreadSanitizer this finds what a plain
 // run may not.
 #include "tests/support/ListHandler.h"
+#include "tests/support/Threads.h"
 #include <vkmibh/testing/requests.h>
 
 #include <vkmibh/system.h>
@@ -74,7 +75,12 @@ TEST(QueryRaces, SystemRowsChangeUnderAWalk)
     BMibHandler handler(nullptr);
     handler.Init(nullptr, nullptr);
     std::atomic<bool> stop{false};
-    std::thread walk([&] { WalkUntil(handler, stop, kV2c); });
+    Together together(2);
+    std::thread walk([&] {
+        together.Begin();
+        WalkUntil(handler, stop, kV2c);
+    });
+    together.Begin();
     BMib2System& system = *handler.SystemGroup();
     for (int i = 0; i < kRounds; ++i) {
         const BObjectIdentifier id = MakeOid(Arcs{1, 3, unsigned(i)});
@@ -92,8 +98,14 @@ TEST(QueryRaces, UnserialisedSetsOfOneTextLeaveOneOfThem)
     handler.Init(nullptr, nullptr);
     g_bSerializeSet = false;
     std::atomic<bool> stop{false};
-    std::thread one([&] { SetUntil(handler, stop); });
-    std::thread two([&] { SetUntil(handler, stop); });
+    Together together(3);
+    const auto set = [&] {
+        together.Begin();
+        SetUntil(handler, stop);
+    };
+    std::thread one(set);
+    std::thread two(set);
+    together.Begin();
     for (int i = 0; i < kRounds; ++i)
         handler.SystemGroup()->SaveToNV();
     stop = true;

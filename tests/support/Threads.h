@@ -21,6 +21,22 @@ bool Eventually(Condition condition)
     return true;
 }
 
+// Threads that begin when all of them are there: the first would be done before the last
+// one came.
+class Together {
+public:
+    explicit Together(int threads) : m_missing(threads) {}
+    void Begin()
+    {
+        --m_missing;
+        while (m_missing > 0)
+            std::this_thread::yield();
+    }
+
+private:
+    std::atomic<int> m_missing;
+};
+
 // Time for another thread to do what it must not do. A test that uses it still
 // passes on a slow machine, and fails there more rarely when the rule is broken.
 inline void GiveOthersTime() { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }

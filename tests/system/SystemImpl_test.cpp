@@ -8,8 +8,12 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include <atomic>
+#include <chrono>
 #include <cstdio>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace VLK {
 namespace Test {
@@ -89,6 +93,34 @@ TEST(SystemImpl, SysUpTimeOfThisHostRuns)
     unsigned value = 0;
     group.OnGet_SysUpTime(1, value);
     EXPECT_GT(value, 0u);
+}
+
+// Whoever asks, on several threads, and between what is read and what is kept from before.
+TEST(SystemImpl, SysUpTimeNeitherGoesBackNorStaysBehind)
+{
+    using Clock = std::chrono::steady_clock;
+    std::atomic<unsigned> latest{0};
+    unsigned first = 0;
+    ASSERT_TRUE(ReadHostUptime(first));
+    const Clock::time_point start = Clock::now();
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            long passed = 0; // hundredths
+            while (passed < 20) {
+                passed = (Clock::now() - start) / std::chrono::milliseconds(10);
+                unsigned before = latest;
+                unsigned value = 0;
+                ASSERT_TRUE(ReadHostUptime(value));
+                ASSERT_GE(value, before);
+                ASSERT_GE(value + 1, first + unsigned(passed));
+                while (before < value && !latest.compare_exchange_weak(before, value)) {
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 TEST(SystemImpl, NamesAndPlaces)
