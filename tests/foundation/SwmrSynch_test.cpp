@@ -242,6 +242,9 @@ TEST(SwmrSynch, BoundedWaitsEnd)
     TSWMRSynch lock;
     lock.WaitToRead(kWaitForever);
     EXPECT_EQ(Elsewhere([&] { return lock.WaitToWrite(10); }), eWaitTimeout);
+    EXPECT_TRUE(IsGateOpen(lock));
+    EXPECT_EQ(TryWrite(lock), eWaitTimeout);
+    EXPECT_TRUE(IsGateOpen(lock));
     lock.DoneReading();
     lock.WaitToWrite(kWaitForever);
     EXPECT_EQ(Elsewhere([&] { return lock.WaitToRead(10); }), eWaitTimeout);
