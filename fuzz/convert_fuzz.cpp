@@ -1,6 +1,7 @@
 // Messages of any bytes through the check of their numbers, the wire library's
 // decoder and the conversion to our requests; what is converted comes back the
-// same from an answer. What is read without the wire library is read the same.
+// same from an answer. What is read without the wire library is read the same, and
+// answered with the same octets.
 #include "fuzz/Fuzz.h"
 #include "host/wire/Convert.h"
 #include "host/wire/DatagramCheck.h"
@@ -18,10 +19,15 @@ struct SPduEnd {
 };
 using CPdu = std::unique_ptr<netsnmp_pdu, SPduEnd>;
 
+constexpr unsigned char kCommunity = 'c';
+
 CPdu Parse(std::vector<unsigned char> octets)
 {
     CPdu pdu(snmp_pdu_create(SNMP_MSG_GET));
     pdu->version = SNMP_VERSION_2c;
+    pdu->community = static_cast<u_char*>(calloc(1, 1));
+    *pdu->community = kCommunity;
+    pdu->community_len = 1;
     size_t length = octets.size();
     return snmp_pdu_parse(pdu.get(), octets.data(), &length) == 0 ? std::move(pdu) : nullptr;
 }
@@ -128,23 +134,65 @@ void CheckRoundTrip(netsnmp_pdu& pdu, const host::SRequest& request)
     RequireSame(request.bindings, back.bindings);
 }
 
+struct SPlain {
+    host::SRequest request;
+    std::vector<unsigned char> bindings;
+};
+
 // The octets as the PDU of a message, read without the wire library; null when they are
 // left to that.
-std::unique_ptr<host::SRequest> ReadPlain(const unsigned char* data, size_t size)
+std::unique_ptr<SPlain> ReadPlain(const unsigned char* data, size_t size)
 {
-    std::vector<unsigned char> message{0x02, 0x01, 0x01, 0x04, 0x01, 'c'};
+    std::vector<unsigned char> message{0x02, 0x01, 0x01, 0x04, 0x01, kCommunity};
     message.insert(message.end(), data, data + size);
     const size_t length = message.size();
     const auto digit = [length](int shift) {
         return static_cast<unsigned char>(length >> shift & 0xff);
     };
     message.insert(message.begin(), {0x30, 0x83, digit(16), digit(8), digit(0)});
-    auto request = std::make_unique<host::SRequest>();
-    std::vector<unsigned char> bindings;
-    if (!host::ReadPlainRequest(message.data(), message.size(), *request, bindings))
+    auto plain = std::make_unique<SPlain>();
+    if (!host::ReadPlainRequest(message.data(), message.size(), plain->request, plain->bindings))
         return nullptr;
     Require(host::IsSound(message.data(), message.size()), "a plain request that is not sound");
-    return request;
+    return plain;
+}
+
+std::vector<unsigned char> BuildMessage(netsnmp_pdu& pdu)
+{
+    netsnmp_session session;
+    snmp_sess_init(&session);
+    session.version = pdu.version;
+    size_t length = 4096; // grows
+    auto* packet = static_cast<u_char*>(malloc(length));
+    size_t offset = 0;
+    std::vector<unsigned char> built;
+    if (snmp_build(&packet, &length, &offset, &session, &pdu) == 0)
+        built.assign(packet + length - offset, packet + length);
+    free(packet);
+    return built;
+}
+
+// What the wire library has read, sent back as it came and value by value.
+void CheckPlainAnswers(netsnmp_pdu& pdu, SPlain& plain)
+{
+    static host::BPlainAnswer written;
+    plain.request.maxMessage = 65535;
+    host::SResponse response;
+    for (int i = 0; i < static_cast<int>(plain.request.bindings.Count()); ++i)
+        response.bindings.push_back(plain.request.bindings[i]);
+    for (bool isEcho : {false, true}) {
+        response.echo = isEcho;
+        response.status = isEcho ? eSnmpGenErr : eSnmpNoError;
+        const CPdu answer(host::MakeResponse(pdu, response));
+        Require(answer != nullptr, "an answer to a plain request");
+        const std::vector<unsigned char> wanted = BuildMessage(*answer);
+        if (wanted.empty() || wanted.size() > plain.request.maxMessage)
+            continue;
+        Require(written.Write(plain.request, plain.bindings, response) == 0, "a plain answer");
+        Require(wanted ==
+                    std::vector<unsigned char>(written.Data(), written.Data() + written.Length()),
+                "its octets");
+    }
 }
 
 } // namespace
@@ -157,7 +205,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
     const bool isSound = host::IsSound(data, size);
     host::MessageVersion(data, size);
     const CPdu pdu = Parse(std::vector<unsigned char>(data, data + size));
-    const std::unique_ptr<host::SRequest> plain = ReadPlain(data, size);
+    const std::unique_ptr<SPlain> plain = ReadPlain(data, size);
     Require(!plain || (pdu && host::IsRequest(*pdu)), "a plain request that is none");
     if (!pdu || !host::IsRequest(*pdu))
         return 0;
@@ -169,8 +217,14 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
         return 0;
     if (plain) {
         Require(request.unfitStatus == 0, "a plain request with a value that does not fit");
-        Require(request.requestId == plain->requestId, "its request id");
-        RequireSame(request.bindings, plain->bindings);
+        const host::SRequest& same = plain->request;
+        Require(request.requestId == same.requestId && request.pduType == same.pduType &&
+                    request.nonRepeaters == same.nonRepeaters &&
+                    request.maxRepetitions == same.maxRepetitions &&
+                    request.community == same.community && request.protocol == same.protocol,
+                "its header");
+        RequireSame(request.bindings, same.bindings);
+        CheckPlainAnswers(*pdu, *plain);
     }
     Require(request.unfitIndex >= 0 && request.unfitIndex <= int(request.bindings.Count()),
             "the binding that does not fit");

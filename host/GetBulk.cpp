@@ -42,34 +42,43 @@ public:
     int Put(BMessageBudget& budget, std::vector<BVarBind>& answer, bool& isFull)
     {
         size_t live = 0;
+        size_t kept = 0; // of those that the next step asks for
         for (size_t place = 0; place < m_ended.size(); ++place) {
             const bool isLive = live < m_places.size() && m_places[live] == place;
             BVarBind& found = isLive ? m_live[static_cast<int>(live)] : m_ended[place];
             isFull = !budget.Take(found);
             if (isFull)
                 return eSnmpNoError;
+            live += isLive ? 1 : 0;
             if (!isLive) {
                 answer.push_back(found);
             } else if (IsAtEnd(found)) {
                 answer.push_back(found);
                 m_ended[place] = std::move(found);
-                m_live.Remove(static_cast<int>(live));
-                m_places.erase(m_places.begin() + static_cast<std::ptrdiff_t>(live));
             } else {
                 answer.push_back(std::move(found));
-                // What was moved from is an empty binding, which is filled again.
-                found.Value().SetNull(); // NOLINT(bugprone-use-after-move)
-                if (!found.Name().Set(answer.back().Name()))
+                if (!Keep(kept++, place, answer.back().Name()))
                     return eSnmpGenErr;
-                ++live;
             }
         }
+        while (m_live.Count() > kept)
+            m_live.Remove(static_cast<int>(m_live.Count()) - 1);
+        m_places.resize(kept);
         return eSnmpNoError;
     }
 
     bool AllAtEnd() const { return m_places.empty(); }
 
 private:
+    // Where a binding has been moved from. False without memory.
+    bool Keep(size_t index, size_t place, const BObjectIdentifier& name)
+    {
+        BVarBind& next = m_live[static_cast<int>(index)];
+        next.Value().SetNull();
+        m_places[index] = place;
+        return next.Name().Set(name);
+    }
+
     BVarBindList m_live;
     std::vector<size_t> m_places; // among the repeaters, of each in that list
     std::vector<BVarBind> m_ended;

@@ -34,6 +34,7 @@ WINDOW = 16  # requests under way, for throughput
 SECONDS = 0.2
 REPETITIONS = 5
 FEW = 3  # of long walks
+PATIENCE = 60  # seconds, for a server to start
 ECHO, SNMPD, BARE, AGENT = "echo", "snmpd", "snmpd, no wrappers", "vkagentd"
 SERVERS = [ECHO, SNMPD, BARE, AGENT]
 
@@ -81,12 +82,15 @@ def free_port():
 class Server:
     """One process on one core; ended with the run."""
 
+    started = []
+
     def __init__(self, line, core, directory, environment=None, port=None):
         self.log = open(directory / "log", "w+")
         self.process = subprocess.Popen(
             line, stdin=subprocess.DEVNULL, stdout=self.log, stderr=subprocess.STDOUT,
             cwd=directory, env={**os.environ, **(environment or {})},
             preexec_fn=lambda: os.sched_setaffinity(0, {core}))
+        self.started.append(self)
         self.pid = self.process.pid
         self.port = port or self.port_of_log()
 
@@ -94,7 +98,8 @@ class Server:
         return pathlib.Path(self.log.name).read_text(errors="replace")
 
     def port_of_log(self):
-        for _ in range(6000):
+        end = time.monotonic() + PATIENCE
+        while time.monotonic() < end:
             ready = re.search(r"ready on udp:127\.0\.0\.1:(\d+)\n", self.text())
             if ready:
                 return int(ready.group(1))
@@ -103,20 +108,18 @@ class Server:
             time.sleep(0.01)
         fail(f"{self.process.args[0]} did not start: {self.text()}")
 
-    def await_answer(self):
-        for _ in range(300):
-            if self.ask("1.3.6.1.2.1.1.1.0"):
-                return
-            if self.process.poll() is not None:
-                break
-        fail(f"{self.process.args[0]} does not answer: {self.text()}")
-
-    def ask(self, name):
-        """The value as text, or nothing."""
-        asked = subprocess.run(
-            ["snmpget", "-v2c", "-cpublic", "-Oqv", "-t0.2", "-r0", f"127.0.0.1:{self.port}", name],
-            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=False)
-        return asked.stdout.strip() if asked.returncode == 0 else ""
+    def description(self):
+        """sysDescr, once there is an answer; nothing of a process that has ended."""
+        end = time.monotonic() + PATIENCE
+        while time.monotonic() < end and self.process.poll() is None:
+            asked = subprocess.run(
+                ["snmpget", "-v2c", "-cpublic", "-Oqv", "-t1", "-r0", f"127.0.0.1:{self.port}",
+                 "1.3.6.1.2.1.1.1.0"],
+                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=False)
+            if asked.returncode == 0:
+                return asked.stdout.strip().strip('"')
+            time.sleep(0.02)
+        return ""
 
     def end(self):
         if self.process.poll() is None:
@@ -157,20 +160,29 @@ class Bench:
                       self.server_core, place, {"VKWIRE_CONTENT": content, **(environment or {})})
 
     def start_snmpd(self, content, preload, environment=None, name="snmpd"):
-        place = self.place(f"{name}-{content}-{len(preload)}")
+        # Another process may have taken the port meanwhile.
+        for attempt in range(5):
+            server = self.start_snmpd_once(
+                content, preload, environment, f"{name}-{content}-{len(preload)}-{attempt}")
+            if server.description():
+                return server
+            if server.process.poll() is None:
+                break
+        fail(f"snmpd does not answer: {server.text()}")
+
+    def start_snmpd_once(self, content, preload, environment, name):
+        place = self.place(name)
         port = free_port()
         module = "" if content == "system" else f"dlmod wire {self.build}/lib/libwire_snmpd.so\n"
         (place / "snmpd.conf").write_text(
             f"agentAddress udp:127.0.0.1:{port}\nrwcommunity public 127.0.0.1\nsysServices 72\n"
             f"sysDescr {self.description}\n{module}")
-        server = Server(
+        return Server(
             ["/usr/sbin/snmpd", "-f", "-LOw", "-C", "-c", f"{place}/snmpd.conf", "-p", f"{place}/pid"],
             self.server_core, place,
             {"VKWIRE_CONTENT": content, "SNMP_PERSISTENT_DIR": str(place), "MIBS": "",
              "LD_PRELOAD": ":".join(f"{self.build}/lib/lib{part}.so" for part in preload),
              **(environment or {})}, port)
-        server.await_answer()
-        return server
 
     def start(self, content):
         """All servers of that content, started once."""
@@ -178,17 +190,16 @@ class Bench:
             return self.servers[content]
         agent = self.start_agent(content)
         if self.description is None:
-            self.description = agent.ask("1.3.6.1.2.1.1.1.0").strip('"')
+            self.description = agent.description()
         echo = self.servers[next(iter(self.servers))][ECHO] if self.servers else Server(
             [f"{self.build}/bin/wire_echo"], self.server_core, self.place("echo"))
-        # Known from here on: what fails to start leaves nothing behind.
         started = self.servers[content] = {ECHO: echo, AGENT: agent}
         started[SNMPD] = self.start_snmpd(content, [])
         started[BARE] = self.start_snmpd(content, ["wire_no_wrapper"])
         return started
 
     def end(self):
-        for server in {id(s): s for group in self.servers.values() for s in group.values()}.values():
+        for server in Server.started:
             server.end()
 
     def load(self, case, server, kind, window, seconds):

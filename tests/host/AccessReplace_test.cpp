@@ -76,6 +76,54 @@ TEST_F(AccessReplace, RequestsThatComeFindTheNewRightsAndOthersKeepTheirs)
     EXPECT_FALSE(Allows(kFirst));
 }
 
+// A requester who is expected is decided about like any other, and nobody else for him.
+TEST_F(AccessReplace, WhoIsExpectedHasNoOtherRights)
+{
+    SConfiguration configuration = Showing(kFirst);
+    configuration.contexts.emplace_back("elsewhere");
+    configuration.groups.back().access[0].isPrefix = false; // in the context without a name
+    configuration.groups.back().access[0].views[eViewWrite] = "w";
+    SView other;
+    other.name = "w";
+    other.families.push_back({MakeOid(kSecond), BOctetString(), eFilterIncluded});
+    configuration.views.push_back(other);
+    AddCommunity(configuration, {"two", "two", "", BNetwork::Anywhere()}, {"w", "", ""});
+    access.Replace(configuration);
+
+    const BSecurityParams two = SecurityOf({"two", "two", "", {}}, eSnmpV2c);
+    const BSecurityParams sameAsOne = one;
+    const BString here;
+    const BString alsoHere;
+    const BString elsewhere("elsewhere");
+    const auto expectSame = [&] {
+        for (const BSecurityParams* security :
+             std::vector<const BSecurityParams*>{&one, &two, &sameAsOne}) {
+            for (const BString* context : {&here, &alsoHere, &elsewhere}) {
+                for (EAccessKind kind : {eAccessRead, eAccessWrite}) {
+                    for (const char* object : {kFirst, kSecond}) {
+                        const BVarBind asked(MakeOid(object));
+                        EXPECT_EQ(
+                            access.CheckAccess(*security, kind, *context, asked),
+                            access.Current()->vacm.CheckAccess(*security, kind, *context, asked));
+                    }
+                }
+            }
+        }
+    };
+    BRightsOfRequest rights(access);
+    for (EViewType type : {eViewRead, eViewWrite}) {
+        rights.Expect(one, type, here);
+        const BRightsOfRequest inside(access);
+        ReplaceViews(access.Views(), configuration.views);
+        EXPECT_TRUE(Allows(kFirst));
+        expectSame();
+        // What managers change counts at once.
+        ReplaceViews(access.Views(), {});
+        EXPECT_FALSE(Allows(kFirst));
+        expectSame();
+    }
+}
+
 TEST_F(AccessReplace, OldRightsGoWithTheirLastRequest)
 {
     std::weak_ptr<SRights> first;

@@ -6,6 +6,7 @@
 #include "tests/support/Threads.h"
 
 #include <deque>
+#include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <thread>
@@ -18,6 +19,9 @@ namespace Test {
 class Recorder : public host::IRequestHandler {
 public:
     std::vector<host::SRequest> requests;
+    // Where there is one: on the request's thread, with the answer, to be changed or kept
+    // waiting.
+    std::function<void(const host::SRequest&, host::SResponse&)> onRequest;
     bool isTooLarge = false;        // the answer
     bool isTooLargeInstead = false; // the answer in place of one that cannot be sent
 
@@ -29,6 +33,8 @@ public:
             requests.push_back(request);
         }
         Answer(isTooLarge, response);
+        if (onRequest)
+            onRequest(request, response);
         return true;
     }
     void AnswerInstead(int, const host::SRequest&, host::SResponse& response) override
@@ -92,11 +98,13 @@ protected:
     {
         std::thread serving([&] { Engine().Serve(m_stop[0]); });
         wait();
-        EXPECT_EQ(write(m_stop[1], "x", 1), 1);
+        Stop();
         serving.join();
         char taken;
         EXPECT_EQ(read(m_stop[0], &taken, 1), 1);
     }
+
+    void Stop() { EXPECT_EQ(write(m_stop[1], "x", 1), 1); }
 
 private:
     int m_stop[2] = {-1, -1};

@@ -1,6 +1,9 @@
 #include "host/GetBulk.h"
 
+#include "tests/support/Seed.h"
+
 #include <gtest/gtest.h>
+#include <random>
 #include <vkmibh/subtree.h>
 
 using namespace VLK;
@@ -82,6 +85,35 @@ Bulk Ask(Mib& mib, const std::vector<const char*>& names, int nonRepeaters, int 
 
 using Texts = std::vector<std::string>;
 
+// As RFC 3416 section 4.2.3 says it, one variable after the other, without a limit.
+Texts AsTheStandardSays(const std::vector<const char*>& names, size_t nonRepeaters, int repetitions)
+{
+    Mib mib;
+    const FGetNextStep step = mib.Step();
+    Texts answer;
+    BVarBindList last = Names(names);
+    std::vector<bool> hasEnded(names.size());
+    for (int repetition = 0; repetition <= repetitions; ++repetition) {
+        const bool areRepeaters = repetition > 0;
+        bool haveAllEnded = true;
+        for (size_t i = areRepeaters ? nonRepeaters : 0;
+             i < (areRepeaters ? names.size() : nonRepeaters); ++i) {
+            BVarBindList one;
+            one.Append(last[static_cast<int>(i)].Name());
+            int index = 0;
+            EXPECT_EQ(step(one, index), 0);
+            hasEnded[i] = one[0].Value().IsException();
+            haveAllEnded = haveAllEnded && hasEnded[i];
+            last[static_cast<int>(i)].Name() = one[0].Name();
+            answer.push_back(one[0].Name().ToString().c_str() +
+                             std::string(hasEnded[i] ? " end" : ""));
+        }
+        if (areRepeaters && haveAllEnded)
+            break;
+    }
+    return answer;
+}
+
 } // namespace
 
 TEST(GetBulk, RepetitionsAreInterleaved)
@@ -139,6 +171,30 @@ TEST(GetBulk, OneBindingAtTheEndStaysThereWhileTheOthersGoOn)
     EXPECT_EQ(bulk.answer, (Texts{"1.3.2.3 end", "1.3.2.2", "1.3.2.3 end", "1.3.2.3", "1.3.2.3 end",
                                   "1.3.2.3 end"}));
     EXPECT_EQ(mib.asked, 4u) << "what has ended is not asked again";
+}
+
+// Repeaters that end at any time, in any place, several at once.
+TEST(GetBulk, AnyRequestIsAnsweredAsTheStandardSays)
+{
+    static const char* const kNames[] = {"1.3",     "1.3.1",   "1.3.1.2", "1.3.1.3",
+                                         "1.3.2.1", "1.3.2.2", "1.3.2.3", "2.1"};
+    const unsigned seed = VLK::Test::Seed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    for (int i = 0; i < 2000 && !HasFailure(); ++i) {
+        std::vector<const char*> names(random() % 9);
+        for (const char*& name : names)
+            name = kNames[random() % std::size(kNames)];
+        const auto nonRepeaters = static_cast<int>(random() % (names.size() + 1));
+        const auto repetitions = static_cast<int>(random() % 10);
+        Mib mib;
+        Texts wanted = AsTheStandardSays(names, static_cast<size_t>(nonRepeaters), repetitions);
+        EXPECT_EQ(Ask(mib, names, nonRepeaters, repetitions).answer, wanted);
+        const Texts cut = Ask(mib, names, nonRepeaters, repetitions, 60 + random() % 300).answer;
+        ASSERT_LE(cut.size(), wanted.size());
+        wanted.resize(cut.size());
+        EXPECT_EQ(cut, wanted);
+    }
 }
 
 TEST(GetBulk, AFullMessageEndsTheWorkToo)

@@ -4,6 +4,7 @@
 #include "EngineTest.h"
 #include "UdpClient.h"
 
+#include <atomic>
 #include <cstring>
 #include <netinet/in.h>
 #include <poll.h>
@@ -79,6 +80,12 @@ sockaddr_in6 LoopbackV6(unsigned port)
     out.sin6_port = htons(static_cast<uint16_t>(port));
     out.sin6_addr = in6addr_loopback;
     return out;
+}
+
+ber::Bytes Get(int requestId)
+{
+    return ber::Message(1, "public", 0xa0, requestId, 0, 0,
+                        ber::Binding({1, 3, 6, 1, 2, 1, 1, 1, 0}));
 }
 
 bool HasLoopbackV6()
@@ -168,6 +175,95 @@ TEST_F(NetSnmpEngine, WhatHasWaitedTogetherIsAnsweredToWhoSentIt)
     });
     EXPECT_EQ(traffic.received, 2u * kEach);
     EXPECT_EQ(traffic.answered, 2u * kEach);
+}
+
+TEST_F(NetSnmpEngine, EachOfThoseThatHaveWaitedTogetherIsAnsweredFromTheAddressItAsked)
+{
+    const unsigned port = Engine().Open(Address("udp:0.0.0.0:0"), Kept<STraffic>()).Port();
+    const int client = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    constexpr int kFirst = 2;
+    constexpr int kLast = 21;
+    for (int host = kFirst; host <= kLast; ++host) {
+        const sockaddr_in to = V4(("udp:127.0.0." + std::to_string(host) + ":0").c_str(), port);
+        const ber::Bytes value = host % 3 ? ber::Tlv(5, "") : ber::Tlv(4, "not plain");
+        const ber::Bytes asked = ber::Message(1, "public", 0xa0, host, 0, 0,
+                                              ber::Binding({1, 3, 6, 1, 2, 1, 1, 1, 0}, value));
+        ASSERT_EQ(sendto(client, asked.data(), asked.size(), 0,
+                         reinterpret_cast<const sockaddr*>(&to), sizeof to),
+                  static_cast<ssize_t>(asked.size()));
+    }
+    ServeWhile([&] {
+        for (int host = kFirst; host <= kLast; ++host) {
+            pollfd wait{client, POLLIN, 0};
+            ASSERT_EQ(poll(&wait, 1, 20000), 1);
+            char answer[1000];
+            sockaddr_in source = {};
+            socklen_t length = sizeof source;
+            const ssize_t count = recvfrom(client, answer, sizeof answer, 0,
+                                           reinterpret_cast<sockaddr*>(&source), &length);
+            ASSERT_GT(count, 0);
+            const int id = ber::ReadReply(ber::Bytes(answer, static_cast<size_t>(count))).requestId;
+            EXPECT_EQ(ntohl(source.sin_addr.s_addr), 0x7f000000u + static_cast<unsigned>(id));
+        }
+    });
+    close(client);
+    ASSERT_EQ(Handler().requests.size(), static_cast<size_t>(kLast - kFirst + 1));
+    for (const SRequest& request : Handler().requests)
+        EXPECT_EQ(request.local.V4Bytes()[3], request.requestId);
+}
+
+TEST_F(NetSnmpEngine, ASlowRequestHoldsUpNoneThatHasWaitedWithIt)
+{
+    constexpr int kSlow = 999;
+    constexpr int kQuick = 20; // more than one call of the system brings
+    const unsigned port = Engine().Open(Address("udp:127.0.0.1:0"), Kept<STraffic>()).Port();
+    const UdpClient slow(port);
+    const UdpClient quick(port);
+    ASSERT_TRUE(slow.Send(Get(kSlow)));
+    for (int i = 0; i < kQuick; ++i)
+        ASSERT_TRUE(quick.Send(Get(i)));
+    std::atomic<bool> isHeld{true};
+    Handler().onRequest = [&](const SRequest& request, SResponse&) {
+        if (request.requestId == kSlow) {
+            EXPECT_TRUE(Eventually([&] { return !isHeld; }));
+        }
+    };
+    ServeWhile([&] {
+        for (int i = 0; i < kQuick; ++i)
+            EXPECT_FALSE(quick.Receive(10000).empty()) << i;
+        isHeld = false;
+        EXPECT_EQ(ber::ReadReply(slow.Receive(20000)).requestId, kSlow);
+    });
+}
+
+// They are no more the system's, which would have lost them with the socket.
+TEST_F(NetSnmpEngine, WhatHasBeenTakenIsAnsweredBeforeTheEnd)
+{
+    constexpr int kSlow = 999;
+    constexpr int kQuick = 3;
+    const unsigned ports[] = {Engine().Open(Address("udp:127.0.0.1:0"), Kept<STraffic>()).Port(),
+                              Engine().Open(Address("udp:127.0.0.1:0"), Kept<STraffic>()).Port()};
+    const UdpClient clients[] = {UdpClient(ports[0]), UdpClient(ports[1])};
+    ASSERT_TRUE(clients[1].Send(Get(kSlow)));
+    for (int i = 0; i < kQuick; ++i) {
+        for (const UdpClient& client : clients)
+            ASSERT_TRUE(client.Send(Get(i)));
+    }
+    std::atomic<bool> isHeld{true};
+    Handler().onRequest = [&](const SRequest& request, SResponse&) {
+        if (request.requestId != kSlow)
+            return;
+        Stop();
+        EXPECT_TRUE(Eventually([&] { return !isHeld; }));
+    };
+    ServeWhile([&] {
+        for (const UdpClient& client : clients) {
+            for (int i = 0; i < kQuick; ++i)
+                EXPECT_FALSE(client.Receive(10000).empty()) << i;
+        }
+        isHeld = false;
+        EXPECT_EQ(ber::ReadReply(clients[1].Receive(20000)).requestId, kSlow);
+    });
 }
 
 TEST_F(NetSnmpEngine, WhoHasAnAnswerFindsItCounted)

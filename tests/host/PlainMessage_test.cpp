@@ -3,12 +3,15 @@
 #include "host/wire/PlainMessage.h"
 
 #include "BadMessages.h"
+#include "EngineTest.h"
+#include "UdpClient.h"
 #include "host/wire/Convert.h"
 #include "host/wire/DatagramCheck.h"
 #include "tests/support/Seed.h"
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <mutex>
 #include <random>
 #include <vkmibh/handler.h>
 
@@ -83,6 +86,19 @@ void ExpectSame(const BVarBindList& wanted, const BVarBindList& got)
     }
 }
 
+void ExpectSame(const SRequest& wanted, const SRequest& got)
+{
+    EXPECT_EQ(wanted.unfitStatus, got.unfitStatus);
+    EXPECT_EQ(wanted.unfitIndex, got.unfitIndex);
+    EXPECT_EQ(wanted.protocol, got.protocol);
+    EXPECT_EQ(wanted.pduType, got.pduType);
+    EXPECT_EQ(wanted.requestId, got.requestId);
+    EXPECT_EQ(wanted.community, got.community);
+    EXPECT_EQ(wanted.nonRepeaters, got.nonRepeaters);
+    EXPECT_EQ(wanted.maxRepetitions, got.maxRepetitions);
+    ExpectSame(wanted.bindings, got.bindings);
+}
+
 // That the wire library reads the same.
 void ExpectSame(const ber::Bytes& message, const SRead& read)
 {
@@ -90,14 +106,7 @@ void ExpectSame(const ber::Bytes& message, const SRead& read)
     ASSERT_TRUE(pdu);
     SRequest wanted;
     ASSERT_TRUE(ReadRequest(*pdu, wanted));
-    EXPECT_EQ(wanted.unfitStatus, 0);
-    EXPECT_EQ(wanted.protocol, read.request.protocol);
-    EXPECT_EQ(wanted.pduType, read.request.pduType);
-    EXPECT_EQ(wanted.requestId, read.request.requestId);
-    EXPECT_EQ(wanted.community, read.request.community);
-    EXPECT_EQ(wanted.nonRepeaters, read.request.nonRepeaters);
-    EXPECT_EQ(wanted.maxRepetitions, read.request.maxRepetitions);
-    ExpectSame(wanted.bindings, read.request.bindings);
+    ExpectSame(wanted, read.request);
 }
 
 ber::Bytes ByteString(std::initializer_list<int> values)
@@ -204,6 +213,71 @@ private:
 
     std::mt19937 m_random;
 };
+
+ber::Bytes Encoded(const std::vector<BVarBind>& bindings)
+{
+    SResponse response;
+    response.bindings = bindings;
+    return ber::ReadReply(Build(ber::Message(kV2c, "", ePduGet, 1, 0, 0, ""), response)).bindings;
+}
+
+// The first binding's length in one octet more than it takes.
+ber::Bytes WithLongLength(const ber::Bytes& bindings)
+{
+    const ber::Bytes content = ber::Reader(bindings).Element();
+    const ber::Bytes shortest = ber::Length(content.size());
+    ber::Bytes length = ByteString({0x81}) + shortest;
+    if (shortest.size() > 1)
+        length = static_cast<char>(shortest[0] + 1) + ByteString({0}) + shortest.substr(1);
+    return bindings[0] + length + bindings.substr(1 + shortest.size());
+}
+
+// A request twice: in the usual encoding, and in one that is left to the wire library.
+struct STwins {
+    ber::Bytes plain;
+    ber::Bytes other;
+};
+
+STwins AnyTwins(Values& values)
+{
+    const int tag = kTags[values.Below(4)];
+    std::vector<BVarBind> bindings;
+    for (unsigned count = 1 + values.Below(4); count; --count) {
+        bindings.push_back(values.Next());
+        if (tag != ePduSet)
+            bindings.back().Value().SetNull();
+    }
+    const auto version = static_cast<int>(values.Below(2));
+    const ber::Bytes community(values.Below(3) ? 6 : values.Below(256), 'c');
+    const auto id = static_cast<int>(values.Number() ^ (values.Below(2) ? UINT32_MAX : 0));
+    const auto first = static_cast<int>(values.Number());
+    const auto second = static_cast<int>(values.Number());
+    const ber::Bytes list = Encoded(bindings);
+    return {ber::Message(version, community, tag, id, first, second, list),
+            ber::Message(version, community, tag, id, first, second, WithLongLength(list))};
+}
+
+// Some of them about as long as a message may be, or longer.
+SResponse AnyResponse(Values& values)
+{
+    SResponse response;
+    response.status = static_cast<int>(values.Below(19));
+    response.index = static_cast<int>(values.Below(400));
+    response.echo = !values.Below(4);
+    if (response.echo)
+        return response;
+    for (unsigned count = values.Below(30); count; --count)
+        response.bindings.push_back(values.Next());
+    if (values.Below(4))
+        return response;
+    response.bindings.resize(1);
+    const std::vector<unsigned char> octets(65300 + values.Below(240), 'x');
+    response.bindings[0].Value().SetOctets(
+        BOctetString(static_cast<unsigned>(octets.size()), octets.data()));
+    return response;
+}
+
+class PlainMessageEngine : public VLK::Test::EngineTest {};
 
 } // namespace
 
@@ -370,4 +444,50 @@ TEST(PlainMessage, WhatNoMessageHoldsIsAnError)
     SResponse response;
     response.bindings = {BVarBind(BObjectIdentifier(129, arcs.data()))};
     EXPECT_EQ(BPlainAnswer().Write(read.request, read.bindings, response), eSnmpGenErr);
+}
+
+TEST_F(PlainMessageEngine, NoManagerCanTellWhichOfTheTwoHasAnswered)
+{
+    constexpr unsigned kPairs = 600;
+    const unsigned seed = VLK::Test::Seed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Values values(seed);
+    auto& traffic = Kept<STraffic>();
+    const UdpClient client(Engine().Open(VLK::Test::Address("udp:127.0.0.1:0"), traffic).Port());
+    const unsigned faults = Counters().inASNParseErrs;
+    std::mutex lock;
+    SResponse next;
+    Handler().onRequest = [&](const SRequest&, SResponse& response) {
+        const std::lock_guard<std::mutex> guard(lock);
+        response = next;
+    };
+    unsigned plain = 0;
+    ServeWhile([&] {
+        for (unsigned i = 0; i < kPairs; ++i) {
+            const STwins twins = AnyTwins(values);
+            plain += Read(twins.plain).isPlain;
+            ASSERT_FALSE(Read(twins.other).isPlain);
+            {
+                const std::lock_guard<std::mutex> guard(lock);
+                next = AnyResponse(values);
+            }
+            ASSERT_TRUE(client.Send(twins.other));
+            const ber::Bytes wanted = client.Receive(20000);
+            ASSERT_FALSE(wanted.empty()) << testing::PrintToString(twins.other);
+            ASSERT_TRUE(client.Send(twins.plain));
+            ASSERT_EQ(wanted, client.Receive(20000)) << testing::PrintToString(twins.plain);
+        }
+    });
+    EXPECT_GT(plain, kPairs / 4);
+    EXPECT_EQ(traffic.received, 2 * kPairs);
+    EXPECT_EQ(traffic.answered, 2 * kPairs);
+    EXPECT_EQ(Counters().inASNParseErrs, faults);
+    const std::vector<SRequest>& requests = Handler().requests;
+    ASSERT_EQ(requests.size(), size_t{2} * kPairs);
+    for (size_t i = 0; i < requests.size() && !HasFailure(); i += 2) {
+        ExpectSame(requests[i], requests[i + 1]);
+        EXPECT_EQ(requests[i].maxMessage, requests[i + 1].maxMessage);
+        EXPECT_EQ(requests[i].local.ToString(), requests[i + 1].local.ToString());
+        EXPECT_EQ(requests[i].remote.ToString(), requests[i + 1].remote.ToString());
+    }
 }
