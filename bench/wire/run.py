@@ -207,7 +207,7 @@ class Bench:
         line = [f"{self.build}/bin/wire_load", case.question, str(case.table), str(server.port),
                 str(server.pid), str(core), str(window), str(seconds)]
         ran = subprocess.run(line + (["echo"] if kind == ECHO else []), stdout=subprocess.PIPE,
-                             stderr=subprocess.PIPE, text=True, check=False, timeout=300)
+                             stderr=subprocess.PIPE, text=True, check=False, timeout=900)
         if ran.returncode:
             fail(f"{case.title}, {kind}: {ran.stderr.strip()}")
         asked, requests, passed, processor, bindings, p50, p99 = map(float, ran.stdout.split())

@@ -347,6 +347,14 @@ TEST(PlainMessage, LeavesTheRestToTheWireLibrary)
     EXPECT_FALSE(get(1, "public", ePduGet, ber::Tlv(0x04, "x")));
     const ber::Bytes whole = ber::Message(1, "public", ePduGet, 1, 0, 0, binding);
     EXPECT_FALSE(Read(whole + '\0').isPlain);
+    // Its length indefinite, reserved, in five octets, beyond the datagram, and as it may be.
+    const ber::Bytes body = whole.substr(2);
+    const ber::Bytes octet(1, static_cast<char>(body.size()));
+    for (const ber::Bytes& length :
+         {ByteString({0x80}), ByteString({0xff}), ByteString({0x85, 0, 0, 0, 0}) + octet,
+          ByteString({0x84, 0x80, 0, 0}) + octet, ByteString({0x84, 0xff, 0xff, 0xff}) + octet})
+        EXPECT_FALSE(Read('0' + length + body).isPlain) << testing::PrintToString(length);
+    EXPECT_TRUE(Read('0' + ByteString({0x84, 0, 0, 0}) + octet + body).isPlain);
     for (size_t length = 0; length < whole.size(); ++length)
         EXPECT_FALSE(Read(whole.substr(0, length)).isPlain) << length;
 }
@@ -448,7 +456,7 @@ TEST(PlainMessage, WhatNoMessageHoldsIsAnError)
 
 TEST_F(PlainMessageEngine, NoManagerCanTellWhichOfTheTwoHasAnswered)
 {
-    constexpr unsigned kPairs = 600;
+    constexpr unsigned kPairs = 200;
     const unsigned seed = VLK::Test::Seed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     Values values(seed);
@@ -478,7 +486,7 @@ TEST_F(PlainMessageEngine, NoManagerCanTellWhichOfTheTwoHasAnswered)
             ASSERT_EQ(wanted, client.Receive(20000)) << testing::PrintToString(twins.plain);
         }
     });
-    EXPECT_GT(plain, kPairs / 4);
+    EXPECT_GT(plain, kPairs / 20);
     EXPECT_EQ(traffic.received, 2 * kPairs);
     EXPECT_EQ(traffic.answered, 2 * kPairs);
     EXPECT_EQ(Counters().inASNParseErrs, faults);
