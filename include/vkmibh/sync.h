@@ -82,10 +82,8 @@ private:
 // A reader that asks to write is refused at once, for it would wait for itself.
 // A writer that still reads when it has done writing goes on as a reader.
 //
-// Ownership: when it is destroyed, it must be free and nobody inside a call: to have
-//            written last does not tell that a reader is back from DoneReading().
-//            Remembers its readers; memory is taken only when more threads than
-//            ever before read at once.
+// Ownership: free when destroyed, and no reader still on his way out of DoneReading().
+//            Takes memory, for readers, only when more than ever before read at once.
 // Threads:   for any number of threads; whoever took it gives it back. Waiting
 //            is no cancellation point.
 // Errors:    EWaitResult; refused also when memory for a reader is missing.
