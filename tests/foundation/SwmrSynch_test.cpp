@@ -1,6 +1,7 @@
 #include "tests/foundation/SwmrProbe.h"
 #include "tests/support/FailingAlloc.h"
 
+#include <deque>
 #include <gtest/gtest.h>
 #include <memory>
 #include <vector>
@@ -320,16 +321,16 @@ TEST(SwmrSynch, AThreadMayReadManyLocksAtOnce)
         EXPECT_EQ(TryWrite(lock), eWaitDone);
 }
 
+// More than the gate counts and than the list has room for at first. Those of the gate go
+// before those of the list.
 TEST(SwmrSynch, RemembersMoreReadersThanFitAtFirst)
 {
     TSWMRSynch lock;
-    std::vector<std::unique_ptr<Holder>> readers;
-    for (int i = 0; i < 40; ++i)
-        readers.push_back(std::make_unique<Holder>(lock, false));
-    for (auto& reader : readers)
-        EXPECT_TRUE(reader->WaitUntilHeld());
-    EXPECT_EQ(TryWrite(lock), eWaitTimeout);
-    readers.clear();
+    std::deque<Holder> readers;
+    for (int i = 0; i < 100; ++i)
+        ASSERT_TRUE(readers.emplace_back(lock, false).WaitUntilHeld());
+    for (; !readers.empty(); readers.pop_front())
+        EXPECT_EQ(TryWrite(lock), eWaitTimeout) << readers.size() << " read";
     EXPECT_EQ(TryWrite(lock), eWaitDone);
 }
 

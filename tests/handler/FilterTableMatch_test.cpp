@@ -205,6 +205,20 @@ TEST_F(FilterTableLimit, NoMoreThan32MatchesAreLookedAt)
     EXPECT_EQ("out 32", Ask("1.0.7"));
 }
 
+// After some look-ups the rows are no longer walked.
+TEST_F(FilterTableLimit, TheSame32AreLookedAtHoweverOftenATableIsAsked)
+{
+    Add({"v", "1.0.7", eFilterIncluded}, true);
+    AddWide(31);
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ("in 1", Ask("1.0.7")) << i;
+    table.Clear();
+    Add({"v", "1.0.7", eFilterIncluded}, true);
+    AddWide(1000);
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ("out 32", Ask("1.0.7")) << i;
+}
+
 TEST_F(FilterTableLimit, FamiliesThatDoNotMatchAreNoneOfThe32)
 {
     Add({"v", "1.0.7", eFilterIncluded}, true);

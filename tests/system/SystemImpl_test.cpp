@@ -1,6 +1,8 @@
 // The system group and the sysORTable as SNMP sees them.
 #include <vkmibh/testing/requests.h>
 
+#include "tests/support/Threads.h"
+
 #include "system/UptimeFile.h"
 
 #include <vkmibh/system.h>
@@ -11,6 +13,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -121,6 +124,20 @@ TEST(SystemImpl, SysUpTimeNeitherGoesBackNorStaysBehind)
     }
     for (std::thread& thread : threads)
         thread.join();
+}
+
+// What was read before is good for a hundredth, and no longer.
+TEST(SystemImpl, SysUpTimeThatCannotBeReadIsNotMadeUp)
+{
+    unsigned value = 0;
+    ASSERT_TRUE(ReadHostUptime(value));
+    rlimit limit;
+    ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &limit));
+    const rlimit none{0, limit.rlim_max};
+    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &none));
+    EXPECT_TRUE(Eventually([&] { return !ReadHostUptime(value); }));
+    EXPECT_EQ(0, setrlimit(RLIMIT_NOFILE, &limit));
+    EXPECT_TRUE(ReadHostUptime(value));
 }
 
 TEST(SystemImpl, NamesAndPlaces)
