@@ -8,9 +8,10 @@
 #include <sys/ioctl.h>
 
 // Readable by `public`, writable by `private`, on a port the system chose.
-inline Arguments ConsoleCommand(const std::string& store, const Arguments& options)
+inline Arguments ConsoleCommand(const std::string& store, const Arguments& options,
+                                const char* program)
 {
-    Arguments line{VKAGENTD,      "--store",   store,         "--listen",  "udp:127.0.0.1:0",
+    Arguments line{program,       "--store",   store,         "--listen",  "udp:127.0.0.1:0",
                    "--community", "public:ro", "--community", "private:rw"};
     line.insert(line.end(), options.begin(), options.end());
     return line;
@@ -18,8 +19,9 @@ inline Arguments ConsoleCommand(const std::string& store, const Arguments& optio
 
 class PipedAgent {
 public:
-    explicit PipedAgent(const std::string& store, const Arguments& options = {"--console"})
-        : m_process(ConsoleCommand(store, options), {m_pipe.ends[0], Log()})
+    explicit PipedAgent(const std::string& store, const Arguments& options = {"--console"},
+                        const char* program = VKAGENTD)
+        : m_process(ConsoleCommand(store, options, program), {m_pipe.ends[0], Log()})
     {
         close(m_pipe.ends[0]);
         signal(SIGPIPE, SIG_IGN); // an agent that ended fails the test, no more
@@ -44,6 +46,21 @@ public:
         return log.substr(at + ready.size(), end - at - ready.size());
     }
     std::string LogText() const { return ReadFile(Log()); }
+    // Whether the log comes to hold the text, behind the beginning of that length.
+    bool Logs(const std::string& text, size_t after) const
+    {
+        return VLK::Eventually([&] {
+            std::ifstream log(Log(), std::ios::binary);
+            log.seekg(static_cast<std::streamoff>(after));
+            return std::string(std::istreambuf_iterator<char>(log), {}).find(text) != text.npos;
+        });
+    }
+    size_t LogSize() const { return std::filesystem::file_size(Log()); }
+    unsigned Port() const
+    {
+        const std::string address = Address();
+        return static_cast<unsigned>(std::stoul(address.substr(address.rfind(':') + 1)));
+    }
 
     // All of it; may wait until the agent has read the beginning.
     void Type(const std::string& text)
