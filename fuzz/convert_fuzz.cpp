@@ -139,21 +139,50 @@ struct SPlain {
     std::vector<unsigned char> bindings;
 };
 
+std::vector<unsigned char> Element(unsigned char tag, std::vector<unsigned char> content)
+{
+    const size_t length = content.size();
+    const auto digit = [length](int shift) {
+        return static_cast<unsigned char>(length >> shift & 0xff);
+    };
+    content.insert(content.begin(), {tag, 0x83, digit(16), digit(8), digit(0)});
+    return content;
+}
+
+// By community.
+std::vector<unsigned char> MessageOf(const std::vector<unsigned char>& pdu)
+{
+    std::vector<unsigned char> message{0x02, 0x01, 0x01, 0x04, 0x01, kCommunity};
+    message.insert(message.end(), pdu.begin(), pdu.end());
+    return Element(0x30, message);
+}
+
+// Some managers send numbers with more octets than they need: the first of them again.
+void CheckPaddedNumber(const SPlain& plain)
+{
+    const auto id = static_cast<unsigned>(plain.request.requestId);
+    const unsigned char sign = id >> 31 ? 0xff : 0;
+    std::vector<unsigned char> content{0x02, 6, sign, sign};
+    for (int shift = 24; shift >= 0; shift -= 8)
+        content.push_back(static_cast<unsigned char>(id >> shift & 0xff));
+    content.insert(content.end(), {0x02, 1, 0, 0x02, 1, 0});
+    const std::vector<unsigned char> list = Element(0x30, plain.bindings);
+    content.insert(content.end(), list.begin(), list.end());
+    const std::vector<unsigned char> message = MessageOf(Element(ePduGet, content));
+    Require(host::IsSound(message.data(), message.size()), "a number that is padded");
+}
+
 // The octets as the PDU of a message, read without the wire library; null when they are
 // left to that.
 std::unique_ptr<SPlain> ReadPlain(const unsigned char* data, size_t size)
 {
-    std::vector<unsigned char> message{0x02, 0x01, 0x01, 0x04, 0x01, kCommunity};
-    message.insert(message.end(), data, data + size);
-    const size_t length = message.size();
-    const auto digit = [length](int shift) {
-        return static_cast<unsigned char>(length >> shift & 0xff);
-    };
-    message.insert(message.begin(), {0x30, 0x83, digit(16), digit(8), digit(0)});
+    const std::vector<unsigned char> message =
+        MessageOf(std::vector<unsigned char>(data, data + size));
     auto plain = std::make_unique<SPlain>();
     if (!host::ReadPlainRequest(message.data(), message.size(), plain->request, plain->bindings))
         return nullptr;
     Require(host::IsSound(message.data(), message.size()), "a plain request that is not sound");
+    CheckPaddedNumber(*plain);
     return plain;
 }
 

@@ -99,9 +99,21 @@ std::optional<Octets> AddressOf(const std::string& text)
     return text.size() <= 15 ? std::optional(octets) : std::nullopt;
 }
 
+// Four parts, of which most fit.
+std::string TakeParts(CBytes& bytes)
+{
+    static constexpr const char* kParts[] = {"0",   "1",   "99",  "100", "249", "250",
+                                             "255", "256", "260", "300", "007", ""};
+    std::string text;
+    for (int part = 0; part < 4; ++part)
+        text += (part ? "." : "") + std::string(bytes.PickValueInArray(kParts));
+    return text;
+}
+
 void CheckAddress(CBytes& bytes)
 {
-    const std::string text = TakeText(bytes, "0123456789....12");
+    const std::string text =
+        bytes.ConsumeBool() ? TakeParts(bytes) : TakeText(bytes, "0123456789....12");
     const std::optional<Octets> expected = AddressOf(text);
     BIpAddress address(9, 8, 7, 6);
     Require(address.AssignFromDottedDecimalStr(TextOf(text)) == expected.has_value(), "an address");
