@@ -83,6 +83,17 @@ void RequireValue(const netsnmp_variable_list& from, const BObjectSyntax& value)
     case ASN_TIMETICKS:
         isSame = isSame && value.Unsigned() == number;
         break;
+    case ASN_COUNTER64:
+        isSame = isSame && value.Ctr64().high == from.val.counter64->high &&
+                 value.Ctr64().low == from.val.counter64->low;
+        break;
+    case ASN_OBJECT_ID: {
+        const BObjectIdentifier id = isSame ? value.ObjectId() : BObjectIdentifier();
+        isSame = isSame && id.Length() * sizeof(oid) == from.val_len;
+        for (unsigned i = 0; isSame && i < id.Length(); ++i)
+            isSame = id[i] == from.val.objid[i];
+        break;
+    }
     case ASN_OCTET_STR:
     case ASN_OPAQUE:
         isSame =

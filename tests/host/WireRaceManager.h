@@ -6,9 +6,8 @@
 #include "UdpClient.h"
 #include "V3Message.h"
 
-#include "tests/support/Process.h"
-
 #include <array>
+#include <atomic>
 #include <gtest/gtest.h>
 #include <map>
 #include <optional>
