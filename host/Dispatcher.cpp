@@ -41,7 +41,7 @@ bool MayBeRefused(const SResponse& response)
 // A manager with SNMPv3 may take less than it has sent.
 bool FitsEcho(const SRequest& request)
 {
-    return request.protocol != eSnmpV3 || BMessageBudget(request).Take(request.bindings);
+    return request.protocol != eSnmpV3 || BMessageBudget(request).Fits(request.bindings);
 }
 
 void Finish(const SRequest& request, bool fitsEcho, SResponse& response)
@@ -180,15 +180,13 @@ void BDispatcher::AnswerList(SRequest& request, const SAsker& asker, SResponse& 
                                       asker.security, asker.context, list, response.index);
     if (response.status != eSnmpNoError)
         return;
-    BMessageBudget budget(request);
-    response.bindings.reserve(list.Count());
-    for (unsigned i = 0; i < list.Count(); ++i) {
-        if (!budget.Take(list[static_cast<int>(i)])) {
-            response.status = eSnmpTooBig;
-            return;
-        }
-        response.bindings.push_back(std::move(list[static_cast<int>(i)]));
+    if (!BMessageBudget(request).Fits(list)) {
+        response.status = eSnmpTooBig;
+        return;
     }
+    response.bindings.reserve(list.Count());
+    for (unsigned i = 0; i < list.Count(); ++i)
+        response.bindings.push_back(std::move(list[static_cast<int>(i)]));
 }
 
 void BDispatcher::AnswerBulk(const SRequest& request, const SAsker& asker, SResponse& response)

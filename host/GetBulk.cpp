@@ -18,6 +18,8 @@ public:
     bool Begin(const BVarBindList& request, int first)
     {
         m_ended.resize(request.Count() - static_cast<unsigned>(first));
+        if (!m_live.Reserve(static_cast<unsigned>(m_ended.size())))
+            return false;
         for (size_t i = 0; i < m_ended.size(); ++i) {
             if (!m_live.Append(request[first + static_cast<int>(i)].Name()))
                 return false;
@@ -101,6 +103,8 @@ int AnswerGetBulk(const FGetNextStep& step, const BVarBindList& request, int non
     int count = static_cast<int>(request.Count());
     int single = std::clamp(nonRepeaters, 0, count);
     BVarBindList singles;
+    if (!singles.Reserve(static_cast<unsigned>(single)))
+        return eSnmpGenErr;
     for (int i = 0; i < single; ++i) {
         if (!singles.Append(request[i].Name()))
             return eSnmpGenErr;

@@ -75,6 +75,21 @@ unsigned long ValueContent(const BObjectSyntax& value)
     }
 }
 
+// What the binding takes at most: found in less time than its size.
+unsigned long MostOf(const BVarBind& binding)
+{
+    const unsigned long header = 6;
+    const unsigned long arc = 5;
+    const unsigned long number = 9;
+    const BObjectSyntax& value = binding.Value();
+    unsigned long most = number;
+    if (value.Syntax() == eAsnOctetString || value.Syntax() == eAsnOpaque)
+        most = value.Octets().Length();
+    else if (value.Syntax() == eAsnObjectId)
+        most = 1 + arc * value.ObjectId().Length();
+    return 3 * header + 1 + arc * binding.Name().Length() + most;
+}
+
 const unsigned long kHeader = 4;  // tag and length of a message, PDU or list
 const unsigned long kInteger = 6; // of 32 bits, with tag and length
 
@@ -137,10 +152,17 @@ bool BMessageBudget::Take(const BVarBind& binding)
     return true;
 }
 
-bool BMessageBudget::Take(const BVarBindList& bindings)
+bool BMessageBudget::Fits(const BVarBindList& bindings) const
 {
-    for (int i = 0; i < static_cast<int>(bindings.Count()); ++i) {
-        if (!Take(bindings[i]))
+    const int count = static_cast<int>(bindings.Count());
+    unsigned long most = m_used;
+    for (int i = 0; i < count; ++i)
+        most += MostOf(bindings[i]);
+    if (most <= m_max)
+        return true;
+    BMessageBudget budget = *this;
+    for (int i = 0; i < count; ++i) {
+        if (!budget.Take(bindings[i]))
             return false;
     }
     return true;

@@ -17,8 +17,8 @@ public:
     BMessageBudget(unsigned maxMessage, unsigned long communityLength, int requestId);
     // Takes the binding's bytes; false, and nothing taken, when they do not fit.
     bool Take(const BVarBind& binding);
-    // The same for all of them.
-    bool Take(const BVarBindList& bindings);
+    // Whether all of them would fit together. Takes nothing.
+    bool Fits(const BVarBindList& bindings) const;
 
 private:
     unsigned long m_max;

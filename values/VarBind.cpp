@@ -99,6 +99,11 @@ bool BVarBindList::Append(const BVarBindList& other)
     return true;
 }
 
+bool BVarBindList::Reserve(unsigned capacity)
+{
+    return capacity <= m_capacity || Enlarge(m_bindings, m_count, m_capacity, capacity);
+}
+
 bool BVarBindList::Assign(const BVarBindList& other)
 {
     if (&other == this)

@@ -99,6 +99,11 @@ int ReadValue(const netsnmp_variable_list& from, BObjectSyntax& value)
 // Only a set carries values; the others' are ignored (RFC 3416 section 4.2).
 bool ReadBindings(const netsnmp_pdu& pdu, SRequest& request)
 {
+    unsigned count = 0;
+    for (const netsnmp_variable_list* from = pdu.variables; from; from = from->next_variable)
+        ++count;
+    if (!request.bindings.Reserve(count))
+        return false;
     int index = 0;
     for (const netsnmp_variable_list* from = pdu.variables; from; from = from->next_variable) {
         ++index;

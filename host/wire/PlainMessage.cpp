@@ -10,6 +10,8 @@ namespace VLK::host {
 namespace {
 
 constexpr unsigned kMostArcs = 128;
+constexpr size_t kLongestArc = 5; // octets
+constexpr size_t kShortestBinding = 7;
 constexpr size_t kLongestCommunity = 255;
 constexpr unsigned kSequence = 0x30;
 constexpr unsigned kResponse = 0xa2;
@@ -77,15 +79,29 @@ public:
         unsigned arcs[kMostArcs];
         unsigned count = 2;
         const unsigned char* at = content.m_at;
-        if (content.IsAtEnd() || *at & 0x80)
+        const unsigned char* const end = content.m_end;
+        if (at == end || *at & 0x80)
             return BreakOff();
         arcs[0] = std::min(*at / 40u, 2u);
         arcs[1] = *at - 40 * arcs[0];
-        for (++at; at != content.m_end; ++count) {
-            if (count == kMostArcs || !Arc(at, content.m_end, arcs[count]))
+        for (++at; at != end; ++count) {
+            if (count == kMostArcs)
+                return BreakOff();
+            if (!(*at & 0x80))
+                arcs[count] = *at++;
+            else if (!LongArc(at, end, arcs[count]))
                 return BreakOff();
         }
         return id.Set(count, arcs) || BreakOff();
+    }
+
+    // How many elements there are from here on. Takes none.
+    unsigned Count(unsigned tag, bool isShortest) const
+    {
+        unsigned count = 0;
+        for (CReader rest = *this; !rest.IsAtEnd(); ++count)
+            rest.Enter(tag, isShortest);
+        return count;
     }
 
 private:
@@ -123,7 +139,7 @@ private:
         return (at[0] == 0 && !(at[1] & 0x80)) || (at[0] == 0xff && at[1] & 0x80);
     }
 
-    static bool Arc(const unsigned char*& at, const unsigned char* end, unsigned& arc)
+    static bool LongArc(const unsigned char*& at, const unsigned char* end, unsigned& arc)
     {
         if (*at == 0x80)
             return false;
@@ -211,6 +227,10 @@ bool ReadNull(CReader& reader)
 bool ReadBindings(CReader list, SRequest& request)
 {
     static const BVarBind kEmpty;
+    const size_t most = list.Left() / kShortestBinding;
+    if (!request.bindings.Reserve(
+            std::min(list.Count(kSequence, true), static_cast<unsigned>(most))))
+        return false;
     while (!list.IsAtEnd()) {
         CReader binding = list.Enter(kSequence, true);
         // The name is read in its place: a copy would cost as much again.
@@ -249,7 +269,8 @@ bool IsRequest(unsigned tag)
     return tag == ePduGet || tag == ePduGetNext || tag == ePduGetBulk || tag == ePduSet;
 }
 
-// Writes elements from the last to the first, which needs no length beforehand.
+// Writes elements from the last to the first, which needs no length beforehand. It may be
+// full while there is some room yet, less than a name takes.
 class CWriter {
 public:
     CWriter(unsigned char* begin, unsigned char* end) : m_begin(begin), m_at(end) {}
@@ -259,7 +280,7 @@ public:
 
     void Bytes(const unsigned char* bytes, size_t count)
     {
-        if (static_cast<size_t>(m_at - m_begin) < count) {
+        if (Left() < count) {
             m_isFull = true;
             return;
         }
@@ -322,21 +343,29 @@ public:
         const unsigned second = count > 1 ? id[1] : 0;
         if (count > kMostArcs || first > 2 || (first < 2 && second >= 40))
             return false;
+        if (Left() < (count + 1) * kLongestArc) {
+            m_isFull = true;
+            return true;
+        }
+        unsigned char* at = m_at;
         for (unsigned i = count; i > 2; --i)
-            Arc(id[i - 1]);
-        Arc(count == 1 ? first : 40ull * first + second);
+            Arc(at, id[i - 1]);
+        Arc(at, count == 1 ? first : 40ull * first + second);
         if (count == 0)
-            Byte(0);
+            *--at = 0;
+        m_at = at;
         Wrap(eAsnObjectId, end);
         return true;
     }
 
 private:
-    void Arc(uint64_t arc)
+    size_t Left() const { return static_cast<size_t>(m_at - m_begin); }
+
+    static void Arc(unsigned char*& at, uint64_t arc)
     {
-        Byte(static_cast<unsigned>(arc & 0x7f));
+        *--at = static_cast<unsigned char>(arc & 0x7f);
         while (arc >>= 7)
-            Byte(0x80 | static_cast<unsigned>(arc & 0x7f));
+            *--at = static_cast<unsigned char>(0x80 | (arc & 0x7f));
     }
 
     unsigned char* const m_begin;

@@ -29,7 +29,11 @@ public:
     size_t Length() const { return m_room.size() - m_begin; }
 
 private:
-    std::vector<unsigned char> m_room = std::vector<unsigned char>(65536);
+    // Of a datagram, and what the longest name takes (RFC 3416 section 4.1) at most: so
+    // much is asked for before one is written.
+    static constexpr size_t kRoom = 65536 + 1024;
+
+    std::vector<unsigned char> m_room = std::vector<unsigned char>(kRoom);
     size_t m_begin = 0;
 };
 

@@ -82,8 +82,11 @@ private:
     unsigned m_capacity;
 };
 
-inline bool operator==(const BString& a, const BString& b) { return a.compare(b) == 0; }
-inline bool operator!=(const BString& a, const BString& b) { return a.compare(b) != 0; }
+inline bool operator==(const BString& a, const BString& b)
+{
+    return a.length() == b.length() && a.compare(b) == 0;
+}
+inline bool operator!=(const BString& a, const BString& b) { return !(a == b); }
 inline bool operator<(const BString& a, const BString& b) { return a.compare(b) < 0; }
 
 // Takes a text apart at any of some delimiter characters.

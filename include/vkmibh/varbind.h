@@ -75,6 +75,9 @@ public:
     bool Append(const BObjectIdentifier& name, const BObjectSyntax& value);
     // Stops at the first binding without memory; those before it stay.
     bool Append(const BVarBindList& other);
+    // Makes room for `capacity` bindings in all: growing by some at a time moves a
+    // long list many times. Never less room than before.
+    bool Reserve(unsigned capacity);
     bool Assign(const BVarBindList& other);
     bool Remove(int index);
     void Clear();

@@ -2,7 +2,9 @@
 
 #include "Ber.h"
 
+#include <climits>
 #include <gtest/gtest.h>
+#include <vector>
 
 using namespace VLK;
 using namespace VLK::host;
@@ -130,5 +132,34 @@ TEST(MessageSize, AnAnswerMayFillTheMessageToTheLastByte)
         auto size = static_cast<unsigned>(message.size());
         EXPECT_TRUE(BMessageBudget(size, 6, requestId).Take(binding)) << requestId;
         EXPECT_FALSE(BMessageBudget(size - 1, 6, requestId).Take(binding)) << requestId;
+    }
+}
+
+// Of whatever values: what one may take in most is a shortcut only.
+TEST(MessageSize, AListFitsWhereItsBindingsFitOneByOne)
+{
+    std::vector<BObjectSyntax> values(7);
+    values[1].SetInt(INT_MIN);
+    values[2].SetGauge(UINT_MAX);
+    values[3].SetCtr64(BCounter64(UINT_MAX, UINT_MAX));
+    values[4].SetOctets(BOctetString(300, nullptr));
+    values[5].SetObjectId(BObjectIdentifier(BString("2.4294967215.4294967295.4294967295")));
+    values[6].SetIpAddress(BIpAddress(192, 0, 2, 1));
+    BVarBindList list;
+    unsigned long size = 0;
+    for (const BObjectSyntax& value : values) {
+        BVarBind binding(BObjectIdentifier(BString("1.3.6.4294967295.4294967295.0")), value);
+        size += BindingSize(binding);
+        ASSERT_TRUE(list.Append(binding));
+        const unsigned frame = 40;
+        for (unsigned room = static_cast<unsigned>(size); room < size + 2 * frame; ++room) {
+            BMessageBudget oneByOne(room, 6, 1);
+            bool fits = true;
+            for (unsigned i = 0; i < list.Count(); ++i)
+                fits = fits && oneByOne.Take(list[static_cast<int>(i)]);
+            EXPECT_EQ(BMessageBudget(room, 6, 1).Fits(list), fits) << list.Count() << ' ' << room;
+        }
+        EXPECT_FALSE(BMessageBudget(static_cast<unsigned>(size), 6, 1).Fits(list));
+        EXPECT_TRUE(BMessageBudget(static_cast<unsigned>(size) + 2 * frame, 6, 1).Fits(list));
     }
 }

@@ -84,6 +84,28 @@ TEST(VarBindList, GrowingMovesBindingsWithoutCopyingWhatTheyOwn)
     EXPECT_EQ(Show(list), "1.0=v0 1.1=v1 1.2=v2 1.3=v3 9=Null");
 }
 
+TEST(VarBindList, WithRoomReservedAppendingMovesNothing)
+{
+    BVarBindList list = Make(3);
+    const unsigned* const arcs = list[0].Name().Arcs();
+    EXPECT_TRUE(list.Reserve(7));
+    EXPECT_EQ(list.Capacity(), 7u);
+    EXPECT_EQ(list[0].Name().Arcs(), arcs);
+    EXPECT_EQ(Show(list), Show(Make(3)));
+    const BVarBind* const first = &list.First();
+    for (unsigned i = 3; i < 7; ++i)
+        EXPECT_TRUE(list.Append(Oid({1, i}), Value("v" + std::to_string(i))));
+    EXPECT_EQ(&list.First(), first);
+    EXPECT_EQ(Show(list), Show(Make(7)));
+    for (unsigned less : {0u, 3u, 7u}) {
+        EXPECT_TRUE(list.Reserve(less));
+        EXPECT_EQ(list.Capacity(), 7u);
+        EXPECT_EQ(&list.First(), first);
+    }
+    EXPECT_TRUE(list.Append(Oid("9")));
+    EXPECT_EQ(list.Capacity(), 7 + BVarBindList::s_growBy);
+}
+
 TEST(VarBindList, AppendForms)
 {
     BVarBindList list;
