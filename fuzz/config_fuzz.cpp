@@ -154,6 +154,14 @@ void CheckLines(const std::vector<std::string>& lines)
     }
 }
 
+// Many dots of keys are never given to the parser, which would recurse for each of them.
+void CheckDots(const std::string& text, const std::vector<std::string>& lines)
+{
+    const bool hasTexts = text.find_first_of("\"'#") != text.npos;
+    if (!hasTexts && std::count(text.begin(), text.end(), '.') > 1000)
+        Require(lines.front().find("dots") != std::string::npos, "keys of many dots");
+}
+
 void CheckAccess(const host::SConfiguration& configuration)
 {
     host::BAccess access(configuration, nullptr);
@@ -179,6 +187,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
         Fuzz::CheckAccess(made);
     } catch (const host::BConfigError& error) {
         Fuzz::CheckLines(error.Lines());
+        Fuzz::CheckDots(text, error.Lines());
     }
     return 0;
 }
