@@ -1,6 +1,5 @@
 // The registry of agents, and its commands, when memory is short.
 #include "tests/support/AllocationSweep.h"
-#include "tests/support/FailingAllocOperators.h"
 #include "tests/support/Oids.h"
 
 #include <initializer_list>
@@ -60,6 +59,11 @@ private:
     const std::vector<const char*> m_whole;
 };
 
+constexpr char kUsage[] = "\nUsage:\n"
+                          " agents -l                  list registered agents\n"
+                          " agents -s[<agentName>]     suspend agent(s) \n"
+                          " agents -r[<agentName>]     resume agent(s) \n";
+
 struct Registry {
     FrugalAgent first;
     FrugalAgent second;
@@ -74,10 +78,7 @@ struct Registry {
                      "Unknown agent 'a name that needs memory of its own'\n",
                      "Unknown argument 'a name that needs memory of its own'\n",
                      "Unknown argument '-sfirst'\n",
-                     "\nUsage:\n"
-                     " agents -l                  list registered agents\n"
-                     " agents -s[<agentName>]     suspend agent(s) \n"
-                     " agents -r[<agentName>]     resume agent(s) \n"};
+                     kUsage};
 };
 
 std::unique_ptr<Registry> MakeRegistry()

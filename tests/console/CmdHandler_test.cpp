@@ -22,6 +22,7 @@ public:
 
 class Clock : public Plain {
 public:
+    // cppcheck-suppress duplInheritedMember ; each class has a map of its own
     static const SCmdMapEntry s_cliEntries[];
     const char* CmdGetHndlrName() const override { return "\"Clock\""; }
     const SCmdMapEntry* CmdGetMap() const override { return map; }

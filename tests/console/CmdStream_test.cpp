@@ -146,8 +146,10 @@ TEST_F(CmdStream, TerminalGoesOnAfterItsEndCharacter)
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_GE(terminal, 0);
     ASSERT_EQ(grantpt(terminal) + unlockpt(terminal), 0);
-    const int keyboard = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    ASSERT_GE(keyboard, 0);
+    char name[64];
+    ASSERT_EQ(ptsname_r(terminal, name, sizeof name), 0);
+    const int keyboard = open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(keyboard, 0); // cppcheck-suppress resourceLeak ; nothing is open
     {
         const Redirection redirection(STDIN_FILENO, keyboard);
         const std::string typed = "one\n\x04two\nth\x04ree\n";
@@ -189,7 +191,7 @@ TEST_F(CmdStream, SignalDoesNotEndALine)
 TEST_F(CmdStream, InputThatCannotBeReadIsAtItsEnd)
 {
     const int directory = open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    ASSERT_GE(directory, 0);
+    ASSERT_GE(directory, 0); // cppcheck-suppress resourceLeak ; nothing is open
     {
         const Redirection redirection(STDIN_FILENO, directory);
         EXPECT_EQ(Line(), "");

@@ -1,7 +1,6 @@
 // What the console promises when memory runs out: no half command runs, no half
 // message is written, and with memory it goes on as before.
 #include "tests/support/AllocationSweep.h"
-#include "tests/support/FailingAllocOperators.h"
 #include "tests/support/StandardStreams.h"
 
 #include <cstring>
@@ -106,7 +105,7 @@ TEST(ConsoleOutOfMemory, SwitchIsSplitOrBothPartsStay)
 }
 
 struct SConsole {
-    SConsole() : SConsole(&handler) {}
+    SConsole() : console(&handler, &stream) {}
     explicit SConsole(ICmdHandler* first) : console(first, &stream) {}
     FixedStream stream;
     FixedHandler handler;

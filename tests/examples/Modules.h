@@ -75,8 +75,8 @@ public:
     // "name=value " of all that the examples serve.
     std::string Walk(const std::string& below = "")
     {
-        BObjectIdentifier root =
-            MakeOid((kExamplesRoot + below + (below.empty() ? "0" : "")).c_str());
+        const std::string name = kExamplesRoot + below + (below.empty() ? "0" : "");
+        BObjectIdentifier root = MakeOid(name.c_str());
         if (below.empty())
             root.Truncate(root.Length() - 1);
         Client client(handler);

@@ -3,7 +3,6 @@
 #include "Modules.h"
 
 #include "tests/support/AllocationSweep.h"
-#include "tests/support/FailingAllocOperators.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -51,7 +51,7 @@ TEST_F(LinkList, FirstItemIsTheFirstField)
 {
     Fill(2);
     BLLItem* first;
-    std::memcpy(&first, static_cast<void*>(&list), sizeof first);
+    std::memcpy(&first, static_cast<void*>(&list), sizeof(void*));
     EXPECT_EQ(first, list.First());
     static_assert(offsetof(BLLItem, data) == 0, "");
     static_assert(offsetof(BLLItem, link) == sizeof(void*), "");

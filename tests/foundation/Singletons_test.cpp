@@ -104,6 +104,9 @@ TEST(Singletons, DestroyMayDestroyOthers)
 
 TEST(Singletons, VirtualsKeepTheirSlots) { EXPECT_EQ(VtableSlot(&BSingleton::Destroy), 2); }
 
+// The thread that ends it is the only one.
+[[noreturn]] void EndProcess(int status) { std::exit(status); } // NOLINT(concurrency-mt-unsafe)
+
 class Announcing : public BSingleton {
 public:
     ~Announcing() override { std::fputs("destroyed by itself\n", stderr); }
@@ -116,7 +119,7 @@ TEST(SingletonsDeathTest, AreDestroyedAtTheEndOfTheProcess)
     EXPECT_EXIT(
         {
             new Announcing;
-            std::exit(0);
+            EndProcess(0);
         },
         testing::ExitedWithCode(0), "destroyed by itself");
 }
@@ -134,12 +137,12 @@ TEST(SingletonsDeathTest, AForkedChildLeavesThemAlone)
             new Silent(getpid());
             const pid_t child = fork();
             if (child == 0)
-                std::exit(3);
+                EndProcess(3);
             int status = 0;
             waitpid(child, &status, 0);
             if (WEXITSTATUS(status) != 3)
                 _exit(1);
-            std::exit(0); // ends with 7: the parent's own
+            EndProcess(0); // ends with 7: the parent's own
         },
         testing::ExitedWithCode(7), "");
 }

@@ -1,4 +1,4 @@
-#include "tests/support/FailingAllocOperators.h"
+#include "tests/support/FailingAlloc.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

@@ -25,7 +25,8 @@ TEST(FilterTableMemory, InsertAddsAWholeRowOrNone)
 {
     const BString name("a name that needs memory of its own");
     const BObjectIdentifier subtree = MakeOid("1.4");
-    const BOctetString mask = MaskOf({1, 2, 3, 4, 5});
+    const Octets octets{1, 2, 3, 4, 5};
+    const BOctetString mask = MaskOf(octets);
     const unsigned allocations =
         SweepAllocations([] { return MakeTable(); },
                          [&](auto& table) {
@@ -225,7 +226,7 @@ class CountingStore : public FakeStore {
 public:
     int SetString(const char*, const char* key, const BString&, int, int) override
     {
-        last = std::atoi(key);
+        last = std::stoi(key);
         return 0;
     }
     int SetOid(const char*, const char*, const BObjectIdentifier&, int, int) override { return 0; }

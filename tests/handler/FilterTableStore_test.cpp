@@ -4,11 +4,21 @@
 #include "tests/support/TraceRecorder.h"
 #include "tests/support/ViewRows.h"
 
+#include <cstdarg>
 #include <functional>
 #include <gtest/gtest.h>
 #include <thread>
 
 namespace VLK {
+
+void VKDbgModuleTraceClass(int traceClass, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    Test::TraceRecorder::Note(traceClass, format, arguments);
+    va_end(arguments);
+}
+
 namespace Test {
 namespace {
 

@@ -20,7 +20,7 @@ std::string CompareAll(const std::vector<Arcs>& regions, const std::vector<Arcs>
             FillRegion(agent, i, patterns[(code >> (2 * i)) & 3], names);
         agent.Settle();
         for (const Arcs& name : names) {
-            const std::string difference = agent.Compare(name, false);
+            std::string difference = agent.Compare(name, false);
             if (!difference.empty())
                 return difference;
         }

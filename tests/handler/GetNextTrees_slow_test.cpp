@@ -24,7 +24,7 @@ long TreesToGrow()
     constexpr long kDefault = 20000;
 #endif
     const char* const text = std::getenv("VKMIBH_ORACLE_TREES");
-    const long trees = text ? std::atol(text) : kDefault;
+    const long trees = text ? std::strtol(text, nullptr, 10) : kDefault;
     return trees > 0 ? trees : kDefault;
 }
 
@@ -70,7 +70,7 @@ protected:
         for (Arcs next = agent.naive.Next(TreeBase(), isV1); !next.empty();
              next = agent.naive.Next(next, isV1))
             wanted.push_back(next);
-        const std::string difference = Walk(agent, isV1, found);
+        std::string difference = Walk(agent, isV1, found);
         if (!difference.empty() || found == wanted)
             return difference;
         return "finds " + std::to_string(found.size()) + " of " + std::to_string(wanted.size());
@@ -131,7 +131,7 @@ protected:
         plan.Fill(agent, false);
         for (const bool isV1 : {false, true}) {
             std::vector<Arcs> found;
-            const std::string difference = Walk(agent, isV1, found);
+            std::string difference = Walk(agent, isV1, found);
             steps += static_cast<long>(found.size());
             if (!difference.empty())
                 return difference + (isV1 ? " (v1)" : "") + agent.Describe();

@@ -118,9 +118,9 @@ std::string Wrong(const Words& words, bool triples)
     if (triples && plain.size() % 3)
         return "invalid argument(s)\nUsage " + usage + " [-aIpAddress]";
     for (std::size_t i = 0; i < plain.size(); i += triples ? 3 : 1) {
-        const std::string wrong = triples                ? WrongTriple(plain, i)
-                                  : IsGoodName(plain[i]) ? ""
-                                                         : "invalid oid '" + plain[i] + "'";
+        std::string wrong = triples                ? WrongTriple(plain, i)
+                            : IsGoodName(plain[i]) ? ""
+                                                   : "invalid oid '" + plain[i] + "'";
         if (!wrong.empty())
             return wrong;
     }

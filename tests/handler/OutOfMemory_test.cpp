@@ -2,7 +2,6 @@
 // leak nothing and leave no lock behind.
 #include "tests/support/AllocationSweep.h"
 #include "tests/support/CallbackHandler.h"
-#include "tests/support/FailingAllocOperators.h"
 #include "tests/support/Oids.h"
 #include <vkmibh/testing/requests.h>
 

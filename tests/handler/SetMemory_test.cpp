@@ -104,7 +104,7 @@ struct SAgent {
 BVarBindList Request()
 {
     BVarBindList list;
-    const auto number = [&list](Arcs name, int value) {
+    const auto number = [&list](const Arcs& name, int value) {
         BObjectSyntax syntax;
         syntax.SetInt(value);
         list.Append(MakeOid(name), syntax);

@@ -226,7 +226,7 @@ TEST_F(Transactions, LowestFreeSlotIsUsedAgain)
     std::vector<std::unique_ptr<BTransaction>> open;
     for (int i = 0; i < 8; ++i) {
         open.push_back(std::make_unique<BTransaction>(i));
-        ASSERT_TRUE(registry.StartTransaction(100u + static_cast<unsigned>(i), open[i].get()));
+        ASSERT_TRUE(registry.StartTransaction(100u + static_cast<unsigned>(i), open.back().get()));
     }
     registry.EndTransaction(105);
     registry.EndTransaction(102);

@@ -1,5 +1,5 @@
 // What the access control allocates, and what it does without memory.
-#include "tests/support/FailingAllocOperators.h"
+#include "tests/support/FailingAlloc.h"
 
 #include "host/Dispatcher.h"
 #include "host/Options.h"

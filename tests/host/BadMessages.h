@@ -61,8 +61,11 @@ private:
         case 1:
             return message + Octets(1 + Below(300));
         case 2:
-            for (unsigned flips = 1 + Below(3); flips > 0; --flips)
-                message[Below(message.size())] ^= static_cast<char>(1 << Below(8));
+            for (unsigned flips = 1 + Below(3); flips > 0; --flips) {
+                const int bit = 1 << Below(8);
+                char& octet = message[Below(message.size())];
+                octet = static_cast<char>(octet ^ bit);
+            }
             return message;
         case 3:
             for (unsigned count = 1 + Below(8); count > 0; --count)
@@ -281,7 +284,7 @@ private:
         request.engineId = Octets(Below(2) ? Below(40) : 300);
         request.contextEngineId = Below(2) ? request.engineId : Octets(Below(40));
         request.user = Below(8) ? OneOf(users) : Octets(Below(300));
-        request.context = Octets(Below(2) * Below(300));
+        request.context = Octets(size_t{Below(2)} * Below(300));
         request.flags = Octet();
         request.pduType = OneOf(types);
         request.maxSize = Below(2) ? 65507 : static_cast<int>(m_random());

@@ -10,10 +10,10 @@ constexpr int kMessages = 40000;
 constexpr int kMessages = 200000;
 #endif
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr long kMemoryMore = 1024 * 1024; // what was freed is held back
+constexpr long kMemoryMore = 1024L * 1024; // what was freed is held back
 #else
 // KiB. The allocator keeps what its threads had in pieces of a megabyte or more.
-constexpr long kMemoryMore = 32 * 1024;
+constexpr long kMemoryMore = 32L * 1024;
 #endif
 constexpr int kDescriptorsMore = 4; // those of a request that is at work just then
 

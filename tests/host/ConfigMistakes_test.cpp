@@ -300,7 +300,7 @@ TEST(ConfigMistakes, ObjectIdentifiersHaveUpTo128Arcs)
     auto problems = [](const std::string& subtree) {
         return Problems("[[view]]\nname = \"v\"\ninclude = [\"" + subtree + "\"]\n").size();
     };
-    EXPECT_EQ(problems(most.substr(0, most.size() - 15 * 11)), 0u);
+    EXPECT_EQ(problems(most.substr(0, most.size() - size_t{15} * 11)), 0u);
     EXPECT_EQ(problems(most), 1u) << "which is no number too many, but too many for an index";
     EXPECT_EQ(problems(most + ".1"), 1u);
 }

@@ -279,10 +279,10 @@ TEST_F(Console, AnOutputThatNobodyReadsHoldsUpNeitherTheWireNorTheEnd)
 
 TEST_F(Console, AClosedOutputEndsNothing)
 {
-    Outcome outcome = RunToEnd({"sh", "-c",
-                                "printf 'help get\\nset 1.3.6.1.2.1.1.4.0 4 me\\n' | "
-                                "\"$0\" \"$@\" --console >&- 2>&-; echo status $?",
-                                VKAGENTD, "--store", store, "--listen", "udp:127.0.0.1:0"});
+    const std::string line = "printf 'help get\\nset 1.3.6.1.2.1.1.4.0 4 me\\n' | "
+                             "\"$0\" \"$@\" --console >&- 2>&-; echo status $?";
+    Outcome outcome =
+        RunToEnd({"sh", "-c", line, VKAGENTD, "--store", store, "--listen", "udp:127.0.0.1:0"});
     EXPECT_EQ(outcome.output, "status 0\n");
     EXPECT_EQ(Answers(kGetContact), Contact("me"));
 }

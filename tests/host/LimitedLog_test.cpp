@@ -59,7 +59,7 @@ TEST_F(LimitedLog, QuietTimesGiveTheBurstBackAndNotMore)
     Write(kBurst + 1);
     now += 1000 * BLimitedLog::kInterval;
     Write(kBurst + 1);
-    EXPECT_EQ(lines.size(), size_t{2 * kBurst});
+    EXPECT_EQ(lines.size(), size_t{2} * kBurst);
     EXPECT_EQ(lines[kBurst], "line (1 before it were not logged)");
     EXPECT_EQ(lines[kBurst + 1], "line");
 }

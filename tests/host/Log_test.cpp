@@ -31,7 +31,7 @@ protected:
 
     std::string Written() const
     {
-        std::string text(2 * s_room, '\0');
+        std::string text(size_t{2} * s_room, '\0');
         ssize_t count = read(m_read, text.data(), text.size());
         text.resize(count > 0 ? static_cast<size_t>(count) : 0);
         return text;

@@ -78,7 +78,7 @@ public:
     bool IsAnswered() const { return m_status != kUnanswered; }
     const ber::Bytes& Request(int id) { return m_request.replace(m_requestId, 4, Octets(id)); }
     // The first answer is looked into, the others have to be the same.
-    bool IsAnswer(ber::Bytes datagram, int id)
+    bool IsAnswer(const ber::Bytes& datagram, int id)
     {
         if (m_answer.empty()) {
             const ber::Reply reply = ber::ReadReply(datagram);

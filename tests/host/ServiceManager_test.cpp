@@ -3,6 +3,8 @@
 
 #include "host/ServiceManager.h"
 
+#include "tests/support/EnvironmentVariable.h"
+
 #include <cstdlib>
 #include <regex>
 #include <sys/socket.h>
@@ -26,13 +28,9 @@ public:
         EXPECT_EQ(bind(m_socket, reinterpret_cast<sockaddr*>(&address),
                        static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + m_name.size())),
                   0);
-        setenv("NOTIFY_SOCKET", m_name.c_str(), 1);
+        m_variable.Set(m_name);
     }
-    ~Manager()
-    {
-        unsetenv("NOTIFY_SOCKET");
-        close(m_socket);
-    }
+    ~Manager() { close(m_socket); }
 
     // The next datagram; empty when none comes for long.
     std::string Told(int milliseconds = 20000) const
@@ -47,6 +45,7 @@ public:
 
 private:
     std::string m_name;
+    EnvironmentVariable m_variable{"NOTIFY_SOCKET"};
     int m_socket;
 };
 
@@ -91,12 +90,12 @@ TEST(ServiceManager, ThatIsNotThereHarmsNobody)
 {
     for (const char* name : {"/nowhere/at/all", "@nobody listens", "relative", "", "/", "@"}) {
         SCOPED_TRACE(name);
-        setenv("NOTIFY_SOCKET", name, 1);
+        const EnvironmentVariable variable("NOTIFY_SOCKET", name);
         const host::BServiceManager told;
         told.TellReady("on x");
         EXPECT_FALSE(std::getenv("NOTIFY_SOCKET"));
     }
-    setenv("NOTIFY_SOCKET", ("/" + std::string(200, 'x')).c_str(), 1);
+    const EnvironmentVariable variable("NOTIFY_SOCKET", "/" + std::string(200, 'x'));
     host::BServiceManager().TellReady("on x");
     host::BServiceManager().TellStopping(); // no variable at all
 }

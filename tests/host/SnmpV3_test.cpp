@@ -2,6 +2,7 @@
 #include "RunningAgent.h"
 #include "UdpProxy.h"
 #include "V3Message.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/Threads.h"
 
 #include <csignal>
@@ -436,10 +437,11 @@ TEST_F(SnmpV3, NoFileIsWrittenBesideTheStore)
 {
     std::string home = m_directory.File("home");
     ASSERT_TRUE(std::filesystem::create_directory(home));
-    setenv("HOME", home.c_str(), 1);
-    setenv("SNMP_PERSISTENT_DIR", (home + "/persistent").c_str(), 1);
-    Start();
-    unsetenv("SNMP_PERSISTENT_DIR");
+    const EnvironmentVariable itsHome("HOME", home);
+    {
+        const EnvironmentVariable persistent("SNMP_PERSISTENT_DIR", home + "/persistent");
+        Start();
+    }
     ExpectData(Reader());
     EXPECT_EQ(m_agent->Kill(SIGTERM), 0);
     EXPECT_TRUE(std::filesystem::is_empty(home));

@@ -96,7 +96,7 @@ private:
         ++m_asked;
         for (int tries = 0; tries < 3; ++tries) {
             EXPECT_TRUE(m_client->Send(request));
-            const ber::Bytes answer = m_client->Receive(kPatience);
+            ber::Bytes answer = m_client->Receive(kPatience);
             if (!answer.empty())
                 return answer;
         }

@@ -10,14 +10,14 @@
 namespace {
 
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr long kMemoryMore = 1024 * 1024; // what was freed is held back
+constexpr long kMemoryMore = 1024L * 1024; // what was freed is held back
 #else
 // KiB. The allocator keeps what its threads had in pieces of a megabyte or more.
-constexpr long kMemoryMore = 16 * 1024;
+constexpr long kMemoryMore = 16L * 1024;
 #endif
 constexpr int kDescriptorsMore = 4; // those of a request that is at work just then
 // What one large request takes for a moment.
-constexpr long kMemoryAtOnce = 16 * 1024;
+constexpr long kMemoryAtOnce = 16L * 1024;
 constexpr long kMostThreads = 2 + 8 + 6; // of the engine with its workers, and others
 constexpr size_t kLooks = 20;
 

@@ -2,6 +2,7 @@
 #include "host/Store.h"
 #include "host/StorePath.h"
 
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TempDir.h"
 
 #include <sqlite3.h>
@@ -78,9 +79,16 @@ protected:
 
     void SetEnvironment(const char* state, const char* home)
     {
-        state ? setenv("XDG_STATE_HOME", state, 1) : unsetenv("XDG_STATE_HOME");
-        setenv("HOME", home, 1);
+        if (state)
+            m_state.Set(state);
+        else
+            m_state.Unset();
+        m_home.Set(home);
     }
+
+private:
+    EnvironmentVariable m_state{"XDG_STATE_HOME"};
+    EnvironmentVariable m_home{"HOME"};
 };
 
 } // namespace

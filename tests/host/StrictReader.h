@@ -62,9 +62,9 @@ public:
     {
         const ber::Bytes content = Next(2);
         Require(!content.empty() && content.size() <= 8);
-        long long value = static_cast<signed char>(content[0]);
-        for (size_t i = 1; i < content.size(); ++i)
-            value = value * 256 + static_cast<unsigned char>(content[i]);
+        long long value = (content[0] & 0x80) != 0 ? -1 : 0;
+        for (const char octet : content)
+            value = value * 256 + static_cast<unsigned char>(octet);
         Require(value >= -2147483648LL && value <= 4294967295LL);
         return static_cast<int>(value);
     }
@@ -142,7 +142,7 @@ inline ber::Bytes ReadUsm(const ber::Bytes& security)
     usm.Next(4);
     usm.Number();
     usm.Number();
-    const ber::Bytes user = usm.Next(4);
+    ber::Bytes user = usm.Next(4);
     usm.Next(4);
     usm.Next(4);
     usm.End();
@@ -156,7 +156,7 @@ inline void ReadV3(Cursor& parts, Message& message)
     global.Number();
     const ber::Bytes flags = global.Next(4);
     Cursor::Require(flags.size() == 1);
-    message.flags = flags[0];
+    message.flags = static_cast<unsigned char>(flags[0]);
     const bool isUsm = global.Number() == 3;
     global.End();
     const ber::Bytes security = parts.Next(4);

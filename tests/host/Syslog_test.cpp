@@ -3,6 +3,8 @@
 
 #include "host/Log.h"
 
+#include "tests/support/EnvironmentVariable.h"
+
 #include <cstdlib>
 #include <regex>
 #include <sys/socket.h>
@@ -14,11 +16,7 @@ namespace {
 
 // All as it was at first.
 struct LogReset {
-    ~LogReset()
-    {
-        SetLog(eLogStderr, eLogInfo);
-        unsetenv("JOURNAL_STREAM");
-    }
+    ~LogReset() { SetLog(eLogStderr, eLogInfo); }
 };
 
 // The log service of a host: what syslog(3) sends to, in the test's own namespace.
@@ -56,13 +54,9 @@ private:
 // test's, and as little else in /dev as a program needs.
 Arguments WithOwnDevices(const std::string& directory, const Arguments& line)
 {
-    Arguments whole{"unshare",
-                    "-rm",
-                    "sh",
-                    "-c",
-                    "d=$0; touch $d/null && mount --bind /dev/null $d/null && "
-                    "mount --rbind $d /dev && exec \"$@\"",
-                    directory};
+    const std::string command = "d=$0; touch $d/null && mount --bind /dev/null $d/null && "
+                                "mount --rbind $d /dev && exec \"$@\"";
+    Arguments whole{"unshare", "-rm", "sh", "-c", command, directory};
     whole.insert(whole.end(), line.begin(), line.end());
     return whole;
 }
@@ -90,10 +84,10 @@ TEST(LogLevels, TheJournalIsToldTheLevelOfEachLine)
     struct stat status = {};
     ASSERT_EQ(fstat(STDERR_FILENO, &status), 0);
     const std::string here = std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
-    setenv("JOURNAL_STREAM", here.c_str(), 1);
+    const EnvironmentVariable journal("JOURNAL_STREAM", here);
     LogLine(eLogError, "one");
     LogLine(eLogInfo, "two");
-    setenv("JOURNAL_STREAM", (here + "0").c_str(), 1);
+    journal.Set(here + "0");
     LogLine(eLogInfo, "elsewhere");
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "<3>test_host: one\n<6>test_host: two\ntest_host: elsewhere\n");

@@ -4,12 +4,12 @@
 #include "tests/support/Process.h"
 #include "tests/support/Threads.h"
 
-#include <cstring>
+#include <algorithm>
 #include <pty.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <termios.h>
-#include <utmp.h>
+#include <tuple>
 
 // Like the first program of a login on that terminal.
 class TerminalSession {
@@ -28,7 +28,10 @@ public:
         m_pid = fork();
         if (m_pid != 0)
             return;
-        login_tty(m_slave);
+        setsid();
+        ioctl(m_slave, TIOCSCTTY, 0);
+        for (int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            dup2(m_slave, standard);
         rlimit none{0, 0};
         setrlimit(RLIMIT_CORE, &none);
         execvp(argv[0], argv.data());
@@ -116,15 +119,20 @@ public:
             close(std::exchange(*end, -1));
     }
     // As an operator does by Ctrl-S and Ctrl-Q.
-    void StopOutput() const { tcflow(m_slave, TCOOFF); }
-    void ResumeOutput() const { tcflow(m_slave, TCOON); }
+    void StopOutput() const { ioctl(m_slave, TCXONC, TCOOFF); }
+    void ResumeOutput() const { ioctl(m_slave, TCXONC, TCOON); }
 
     // From now on the settings of now are those at first.
     void RememberSettings() { m_settings = Settings(); }
     bool IsAsAtFirst() const
     {
-        termios now = Settings();
-        return std::memcmp(&now, &m_settings, sizeof now) == 0;
+        const auto fields = [](const termios& all) {
+            return std::tie(all.c_iflag, all.c_oflag, all.c_cflag, all.c_lflag, all.c_line,
+                            all.c_ispeed, all.c_ospeed);
+        };
+        const termios now = Settings();
+        return fields(now) == fields(m_settings) &&
+               std::equal(std::begin(now.c_cc), std::end(now.c_cc), m_settings.c_cc);
     }
     // Lines that were typed and that no program read.
     int Unread() const
@@ -158,8 +166,7 @@ private:
 
     termios Settings() const
     {
-        termios settings;
-        std::memset(&settings, 0, sizeof settings);
+        termios settings = {};
         tcgetattr(m_slave, &settings);
         return settings;
     }

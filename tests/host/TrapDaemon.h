@@ -20,8 +20,8 @@ public:
         own.sin_family = AF_INET;
         own.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t length = sizeof own;
-        bind(m_socket, reinterpret_cast<sockaddr*>(&own), length);
-        getsockname(m_socket, reinterpret_cast<sockaddr*>(&own), &length);
+        EXPECT_EQ(bind(m_socket, reinterpret_cast<sockaddr*>(&own), length), 0);
+        EXPECT_EQ(getsockname(m_socket, reinterpret_cast<sockaddr*>(&own), &length), 0);
         m_port = ntohs(own.sin_port);
     }
     ~BoundPort() { close(m_socket); }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <arpa/inet.h>
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <string>
 #include <sys/socket.h>
@@ -15,7 +16,7 @@ public:
         to.sin_family = AF_INET;
         to.sin_port = htons(static_cast<unsigned short>(port));
         to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        connect(m_socket, reinterpret_cast<sockaddr*>(&to), sizeof to);
+        EXPECT_EQ(connect(m_socket, reinterpret_cast<sockaddr*>(&to), sizeof to), 0);
     }
     ~UdpClient() { close(m_socket); }
     UdpClient(const UdpClient&) = delete;

@@ -9,7 +9,8 @@
 
 class UdpProxy {
 public:
-    explicit UdpProxy(unsigned port) : m_agent(port), m_socket(socket(AF_INET, SOCK_DGRAM, 0))
+    explicit UdpProxy(unsigned port)
+        : m_agent(port), m_socket(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
     {
         sockaddr_in own = {};
         own.sin_family = AF_INET;

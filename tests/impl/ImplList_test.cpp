@@ -19,7 +19,7 @@ public:
         m_log.push_back("get " + std::to_string(id) + " " + std::to_string(arc));
         binding.Value().SetInt(static_cast<int>(arc));
         if (m_throws && arc == m_failAt)
-            throw arc;
+            throw unsigned{arc};
         return arc == m_failAt ? eSnmpTooBig : 0;
     }
     int Set(unsigned id, ESnmpSetOpCode op, void** slot, const BVarBind& binding) override
@@ -28,7 +28,7 @@ public:
         m_log.push_back(std::to_string(op) + " " + std::to_string(arc));
         m_slots.push_back(slot);
         if (m_throws && Fails(arc, op))
-            throw arc;
+            throw unsigned{arc};
         if (m_adapter) {
             const SRqHndlrMapEntry entry = RowOf(eKindInteger);
             m_status = Fails(arc, op) ? static_cast<int>(20 + arc) : 0;

@@ -1,5 +1,4 @@
 // No memory: a status, never a value that was not asked for.
-#include "tests/support/FailingAllocOperators.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

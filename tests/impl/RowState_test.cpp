@@ -63,10 +63,10 @@ std::string KnownOf(int before, int requested)
     set.Status("7", requested);
     const int status = set.Phase(eSetTest);
     const BObjectIdentifier row = MakeOid("7");
-    const std::string known = std::to_string(status) + (table.IsRowCreation(row) ? " made" : "") +
-                              (table.IsRowDeletion(row) ? " destroyed" : "") + " from " +
-                              std::to_string(table.GetRowStatusUndoValue(row)) + " to " +
-                              std::to_string(table.GetRowState(row));
+    std::string known = std::to_string(status) + (table.IsRowCreation(row) ? " made" : "") +
+                        (table.IsRowDeletion(row) ? " destroyed" : "") + " from " +
+                        std::to_string(table.GetRowStatusUndoValue(row)) + " to " +
+                        std::to_string(table.GetRowState(row));
     EXPECT_EQ(int(table.GetRowStatusUndoValue(row)), int(table.GetEntryStatusUndoValue(row)))
         << "are one computation";
     EXPECT_FALSE(table.IsRowCreation(MakeOid("7.0"))) << "is another row";

@@ -259,7 +259,7 @@ TEST(RowStatusMaps, OneSetMayMakeThousandsOfRows)
     EXPECT_EQ(0, set.Phase(eSetTest));
     for (int row = 0; row < kRows; ++row) {
         ASSERT_EQ(eRowNotInService, table.GetRowState(MakeOid(Arcs{unsigned(row)})));
-        ASSERT_EQ(2 * row + 1, set.slots[2 * row].position);
+        ASSERT_EQ(2 * row + 1, set.slots[size_t{2} * row].position);
     }
     EXPECT_EQ(0, set.Phase(eSetCommit));
     EXPECT_EQ(0, set.Phase(eSetCleanup));

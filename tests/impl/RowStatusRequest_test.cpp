@@ -201,7 +201,7 @@ TEST_F(RowStatusRequest, MarksTellWhichHandlersWereCalled)
             if (op == last)
                 break;
         }
-        const std::string marks = set.Marks();
+        std::string marks = set.Marks();
         table.answers.clear();
         set.Phase(eSetUndo);
         set.Phase(eSetCleanup);

@@ -9,7 +9,8 @@ using Log = std::vector<std::string>;
 
 class CRow : public BMibRowImpl {
 public:
-    CRow(unsigned low, unsigned high, std::vector<unsigned> columns, const char* suffix = "7.8")
+    CRow(unsigned low, unsigned high, const std::vector<unsigned>& columns,
+         const char* suffix = "7.8")
         : BMibRowImpl("row", OidOf("1.3.9"), low, high, OidOf(suffix))
     {
         for (unsigned column : columns)

@@ -13,7 +13,7 @@ using Log = std::vector<std::string>;
 // Rows by dotted index, in OID order; a column may be without some of them.
 class CTable : public BMibTableImpl {
 public:
-    CTable(std::vector<SRqHndlrMapEntry> map, std::vector<const char*> rows)
+    CTable(std::vector<SRqHndlrMapEntry> map, const std::vector<const char*>& rows)
         : BMibTableImpl("table", OidOf("1.3.9")), m_map(std::move(map))
     {
         m_map.push_back(kRqEnd);

@@ -37,30 +37,32 @@ std::size_t SlotOf(TMember member)
 #define SLOT_OF_CONST(type, name, result, ...)                                                     \
     SlotOf(static_cast<result (type::*)(__VA_ARGS__) const>(&type::name))
 
-// Ends a class to count the slots before it.
-#define SLOTS_IN(type)                                                                             \
-    [] {                                                                                           \
-        struct SProbe : type {                                                                     \
-            using type::type;                                                                      \
-            virtual void LastSlot() {}                                                             \
-        };                                                                                         \
-        return SLOT(SProbe, LastSlot);                                                             \
-    }()
+// A class with one more, to count the slots before it.
+template <class T>
+struct SEnded : T {
+    using T::T;
+    virtual void LastSlot() {}
+};
+template <class T>
+std::size_t SlotsIn()
+{
+    return SLOT(SEnded<T>, LastSlot);
+}
 
 } // namespace
 
 TEST(Vtable, Singleton)
 {
     EXPECT_EQ(SLOT(BSingleton, Destroy), 2u);
-    EXPECT_EQ(SLOTS_IN(BSingleton), 3u);
+    EXPECT_EQ(SlotsIn<BSingleton>(), 3u);
     EXPECT_EQ(SLOT(BTimer, Destroy), 2u);
-    EXPECT_EQ(SLOTS_IN(BTimer), 3u);
+    EXPECT_EQ(SlotsIn<BTimer>(), 3u);
     EXPECT_EQ(SLOT(BTransactions, Destroy), 2u);
-    EXPECT_EQ(SLOTS_IN(BTransactions), 3u);
+    EXPECT_EQ(SlotsIn<BTransactions>(), 3u);
     EXPECT_EQ(SLOT(BTransactionIdGenerator, Destroy), 2u);
-    EXPECT_EQ(SLOTS_IN(BTransactionIdGenerator), 3u);
+    EXPECT_EQ(SlotsIn<BTransactionIdGenerator>(), 3u);
     EXPECT_EQ(SLOT(BTrapOIDs, Destroy), 2u);
-    EXPECT_EQ(SLOTS_IN(BTrapOIDs), 3u);
+    EXPECT_EQ(SlotsIn<BTrapOIDs>(), 3u);
 }
 
 TEST(Vtable, Thread)
@@ -72,19 +74,19 @@ TEST(Vtable, Thread)
     EXPECT_EQ(SLOT(TThread, ResetMembers), 6u);
     EXPECT_EQ(SLOT(TThread, Run), 7u);
     EXPECT_EQ(SLOT(TThread, OnThreadEnd), 8u);
-    EXPECT_EQ(SLOTS_IN(TThread), 9u);
+    EXPECT_EQ(SlotsIn<TThread>(), 9u);
 }
 
 TEST(Vtable, StringArrayAndNodeHaveOnlyDestructors)
 {
-    EXPECT_EQ(SLOTS_IN(BStringArray), 2u);
-    EXPECT_EQ(SLOTS_IN(BMibNode), 2u);
+    EXPECT_EQ(SlotsIn<BStringArray>(), 2u);
+    EXPECT_EQ(SlotsIn<BMibNode>(), 2u);
 }
 
 TEST(Vtable, TimeSubscriber)
 {
     EXPECT_EQ(SLOT(ITimeSubscriber, OnTimeout), 2u);
-    EXPECT_EQ(SLOTS_IN(ITimeSubscriber), 3u);
+    EXPECT_EQ(SlotsIn<ITimeSubscriber>(), 3u);
 }
 
 TEST(Vtable, Tree)
@@ -92,7 +94,7 @@ TEST(Vtable, Tree)
     EXPECT_EQ(SLOT(BMibTree, Register), 2u);
     EXPECT_EQ(SLOT_OF(BMibTree, Unregister, int, BMibSubtreeHandler*), 3u);
     EXPECT_EQ(SLOT_OF(BMibTree, Unregister, int, BObjectIdentifier&), 4u);
-    EXPECT_EQ(SLOTS_IN(BMibTree), 5u);
+    EXPECT_EQ(SlotsIn<BMibTree>(), 5u);
 }
 
 TEST(Vtable, MibInfo)
@@ -110,8 +112,8 @@ TEST(Vtable, MibInfo)
     EXPECT_EQ(SLOT_OF_CONST(T, IsTable, bool, const BString&), 11u);
     EXPECT_EQ(SLOT_OF_CONST(T, IsTable, bool, const BObjectIdentifier&), 12u);
     EXPECT_EQ(SLOT(T, NextInstanceInColumn), 13u);
-    EXPECT_EQ(SLOTS_IN(T), 14u);
-    EXPECT_EQ(SLOTS_IN(BMibInfo), 14u);
+    EXPECT_EQ(SlotsIn<T>(), 14u);
+    EXPECT_EQ(SlotsIn<BMibInfo>(), 14u);
 }
 
 TEST(Vtable, SubtreeHandler)
@@ -125,7 +127,7 @@ TEST(Vtable, SubtreeHandler)
     EXPECT_EQ(SLOT(T, HandlesInstance), 7u);
     EXPECT_EQ(SLOT(T, GetIMibInfo), 8u);
     EXPECT_EQ(SLOT(T, ToString), 9u);
-    EXPECT_EQ(SLOTS_IN(T), 10u);
+    EXPECT_EQ(SlotsIn<T>(), 10u);
 }
 
 TEST(Vtable, Implementation)
@@ -147,20 +149,20 @@ TEST(Vtable, Implementation)
     EXPECT_EQ(SLOT(T, Cleanup), 14u);
     EXPECT_EQ(SLOT(T, GetRqHndlrMap), 15u);
     EXPECT_EQ(SLOT(T, GetConstraintMap), 16u);
-    EXPECT_EQ(SLOTS_IN(T), 17u);
-    EXPECT_EQ(SLOTS_IN(BMibScalarImpl), 17u);
-    EXPECT_EQ(SLOTS_IN(BMibScalarGroupImpl), 17u);
-    EXPECT_EQ(SLOTS_IN(BMibRowImpl), 17u);
-    EXPECT_EQ(SLOTS_IN(CSystem), 17u);
-    EXPECT_EQ(SLOTS_IN(CSystemV2), 17u);
+    EXPECT_EQ(SlotsIn<T>(), 17u);
+    EXPECT_EQ(SlotsIn<BMibScalarImpl>(), 17u);
+    EXPECT_EQ(SlotsIn<BMibScalarGroupImpl>(), 17u);
+    EXPECT_EQ(SlotsIn<BMibRowImpl>(), 17u);
+    EXPECT_EQ(SlotsIn<CSystem>(), 17u);
+    EXPECT_EQ(SlotsIn<CSystemV2>(), 17u);
     EXPECT_EQ(SLOT(BMibTableImpl, NextIndex), 17u);
-    EXPECT_EQ(SLOTS_IN(BMibTableImpl), 18u);
-    EXPECT_EQ(SLOTS_IN(CSysORTableV2), 18u);
+    EXPECT_EQ(SlotsIn<BMibTableImpl>(), 18u);
+    EXPECT_EQ(SlotsIn<CSysORTableV2>(), 18u);
     EXPECT_EQ(SLOT(BMibTableImplEx, OnTimeout), 2u);
     EXPECT_EQ(SLOT(BMibTableImplEx, RowActivationTimeout), 18u);
-    EXPECT_EQ(SLOTS_IN(BMibTableImplEx), 19u);
+    EXPECT_EQ(SlotsIn<BMibTableImplEx>(), 19u);
     EXPECT_EQ(SLOT(BMibTableImplEx2, PreIxAllocOrDealloc), 19u);
-    EXPECT_EQ(SLOTS_IN(BMibTableImplEx2), 20u);
+    EXPECT_EQ(SlotsIn<BMibTableImplEx2>(), 20u);
 }
 
 TEST(Vtable, ImplementationGroup)
@@ -172,7 +174,7 @@ TEST(Vtable, ImplementationGroup)
     EXPECT_EQ(SLOT(T, GetImplAt), 5u);
     EXPECT_EQ(SLOT(T, GetTCConstraintMap), 6u);
     EXPECT_EQ(SLOT(T, InitDefVals), 7u);
-    EXPECT_EQ(SLOTS_IN(T), 8u);
+    EXPECT_EQ(SlotsIn<T>(), 8u);
 }
 
 TEST(Vtable, Transactions)
@@ -182,23 +184,23 @@ TEST(Vtable, Transactions)
     EXPECT_EQ(SLOT(BTransaction, GetRemoteIpAddress), 4u);
     EXPECT_EQ(SLOT(BTransaction, GetLocalUdpPort), 5u);
     EXPECT_EQ(SLOT(BTransaction, GetRemoteUdpPort), 6u);
-    EXPECT_EQ(SLOTS_IN(BTransaction), 7u);
+    EXPECT_EQ(SlotsIn<BTransaction>(), 7u);
     using TConsole = BMibHandler::BCLITransaction;
     EXPECT_EQ(SLOT(TConsole, GetParams), 2u);
     EXPECT_EQ(SLOT(TConsole, GetLocalIpAddress), 3u);
-    EXPECT_EQ(SLOTS_IN(TConsole), 7u);
+    EXPECT_EQ(SlotsIn<TConsole>(), 7u);
     EXPECT_EQ(SLOT(ITransactions, GetParameters), 2u);
-    EXPECT_EQ(SLOTS_IN(ITransactions), 3u);
+    EXPECT_EQ(SlotsIn<ITransactions>(), 3u);
 }
 
 TEST(Vtable, Console)
 {
     EXPECT_EQ(SLOT(ICmdStream, GetLine), 2u);
     EXPECT_EQ(SLOT(ICmdStream, Write), 3u);
-    EXPECT_EQ(SLOTS_IN(ICmdStream), 4u);
+    EXPECT_EQ(SlotsIn<ICmdStream>(), 4u);
     EXPECT_EQ(SLOT(BCmdStream, GetLine), 2u);
     EXPECT_EQ(SLOT(BCmdStream, Write), 3u);
-    EXPECT_EQ(SLOTS_IN(BCmdStream), 4u);
+    EXPECT_EQ(SlotsIn<BCmdStream>(), 4u);
 
     using T = ICmdHandler;
     EXPECT_EQ(SLOT(T, CmdHndlrName), 2u);
@@ -208,11 +210,11 @@ TEST(Vtable, Console)
     EXPECT_EQ(SLOT(T, CmdGetDescr), 6u);
     EXPECT_EQ(SLOT(T, CmdGetArgsDescr), 7u);
     EXPECT_EQ(SLOT(T, CmdExecute), 8u);
-    EXPECT_EQ(SLOTS_IN(T), 9u);
+    EXPECT_EQ(SlotsIn<T>(), 9u);
     EXPECT_EQ(SLOT(BCmdHandler, CmdExecute), 8u);
     EXPECT_EQ(SLOT(BCmdHandler, CmdGetHndlrName), 9u);
     EXPECT_EQ(SLOT(BCmdHandler, CmdGetMap), 10u);
-    EXPECT_EQ(SLOTS_IN(BCmdHandler), 11u);
+    EXPECT_EQ(SlotsIn<BCmdHandler>(), 11u);
 }
 
 TEST(Vtable, MibHandler)
@@ -224,20 +226,20 @@ TEST(Vtable, MibHandler)
     EXPECT_EQ(SLOT(T, UnregisterGroup), 5u);
     EXPECT_EQ(SLOT(T, Query), 6u);
     EXPECT_EQ(SLOT(T, GetITransactions), 7u);
-    EXPECT_EQ(SLOTS_IN(T), 8u);
+    EXPECT_EQ(SlotsIn<T>(), 8u);
     // The primary table goes on with the command handler's operations.
     EXPECT_EQ(SLOT(BMibHandler, Query), 6u);
     EXPECT_EQ(SLOT(BMibHandler, CmdExecute), 8u);
     EXPECT_EQ(SLOT(BMibHandler, CmdGetHndlrName), 9u);
     EXPECT_EQ(SLOT(BMibHandler, CmdGetMap), 10u);
-    EXPECT_EQ(SLOTS_IN(BMibHandler), 11u);
+    EXPECT_EQ(SlotsIn<BMibHandler>(), 11u);
     EXPECT_EQ(SLOT(IAccessControl, CheckAccess), 2u);
 }
 
 TEST(Vtable, Store)
 {
     EXPECT_EQ(SLOT(INVCallback, Update), 2u);
-    EXPECT_EQ(SLOTS_IN(INVCallback), 3u);
+    EXPECT_EQ(SlotsIn<INVCallback>(), 3u);
     using T = INonVolatile;
     EXPECT_EQ(SLOT(T, GetStringAt), 2u);
     EXPECT_EQ(SLOT(T, GetString), 3u);
@@ -252,7 +254,7 @@ TEST(Vtable, Store)
     EXPECT_EQ(SLOT(T, OpenSection), 12u);
     EXPECT_EQ(SLOT(T, GetRecordCount), 13u);
     EXPECT_EQ(SLOT(T, RequestUpdate), 14u);
-    EXPECT_EQ(SLOTS_IN(T), 15u);
+    EXPECT_EQ(SlotsIn<T>(), 15u);
 }
 
 TEST(Vtable, Traps)
@@ -261,10 +263,10 @@ TEST(Vtable, Traps)
     EXPECT_EQ(SLOT(BTrap, GetV1TrapParams), 3u);
     EXPECT_EQ(SLOT(BTrapV1, GetV2TrapOid), 2u);
     EXPECT_EQ(SLOT(BTrapV1, GetV1TrapParams), 3u);
-    EXPECT_EQ(SLOTS_IN(BTrapV1), 4u);
+    EXPECT_EQ(SlotsIn<BTrapV1>(), 4u);
     EXPECT_EQ(SLOT(BTrapV2, GetV2TrapOid), 2u);
     EXPECT_EQ(SLOT(BTrapV2, GetV1TrapParams), 3u);
-    EXPECT_EQ(SLOTS_IN(BTrapV2), 4u);
+    EXPECT_EQ(SlotsIn<BTrapV2>(), 4u);
 }
 
 TEST(Vtable, Agents)
@@ -277,14 +279,14 @@ TEST(Vtable, Agents)
     EXPECT_EQ(SLOT(T, Start), 6u);
     EXPECT_EQ(SLOT(T, Stop), 7u);
     EXPECT_EQ(SLOT(T, GetParams), 8u);
-    EXPECT_EQ(SLOTS_IN(T), 9u);
+    EXPECT_EQ(SlotsIn<T>(), 9u);
 
     EXPECT_EQ(SLOT(ITrapSender, SendTrap), 2u);
-    EXPECT_EQ(SLOTS_IN(ITrapSender), 3u);
+    EXPECT_EQ(SlotsIn<ITrapSender>(), 3u);
     // The primary table goes on with the command handler's operations.
     EXPECT_EQ(SLOT(BAgents, SendTrap), 2u);
     EXPECT_EQ(SLOT(BAgents, CmdExecute), 3u);
     EXPECT_EQ(SLOT(BAgents, CmdGetHndlrName), 4u);
     EXPECT_EQ(SLOT(BAgents, CmdGetMap), 5u);
-    EXPECT_EQ(SLOTS_IN(BAgents), 6u);
+    EXPECT_EQ(SlotsIn<BAgents>(), 6u);
 }

@@ -16,7 +16,7 @@ protected:
     void Pass(int seconds, std::vector<uint64_t> busy = {})
     {
         host.Set([&](SFakeHost& now) {
-            now.milliseconds += seconds * 1000;
+            now.milliseconds += int64_t{1000} * seconds;
             for (size_t i = 0; i < now.processors.size(); ++i) {
                 const uint64_t part = i < busy.size() ? busy[i] : 0;
                 now.processors[i].busy += part * static_cast<uint64_t>(seconds);

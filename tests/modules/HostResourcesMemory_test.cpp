@@ -4,7 +4,6 @@
 
 #include "modules/hostresources/ProcHostSource.h"
 #include "tests/support/AllocationSweep.h"
-#include "tests/support/FailingAllocOperators.h"
 
 #include <gtest/gtest.h>
 

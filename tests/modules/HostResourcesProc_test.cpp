@@ -1,6 +1,7 @@
 // The files of /proc, made up line by line.
 #include "modules/hostresources/ProcHostSource.h"
 
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TempDir.h"
 
 #include <cstring>
@@ -125,11 +126,10 @@ TEST_F(ProcHost, WhatCannotBeReadIsNotKnown)
 
 TEST_F(ProcHost, DateHasTheZoneOfTheHost)
 {
-    const char* const before = getenv("TZ");
-    const std::string kept = before ? before : "";
+    const EnvironmentVariable own("TZ");
     for (const auto& [zone, minutes] : std::vector<std::pair<const char*, int>>{
              {"ABC-05:45", 345}, {"ABC+03:30", -210}, {"ABC0", 0}}) {
-        setenv("TZ", zone, 1);
+        own.Set(zone);
         const time_t first = Now();
         const SHostDate date = host.ReadDate();
         const time_t last = Now();
@@ -140,17 +140,13 @@ TEST_F(ProcHost, DateHasTheZoneOfTheHost)
         local.tm_hour = date.hour;
         local.tm_min = date.minute;
         local.tm_sec = date.second;
-        const time_t told = timegm(&local) - minutes * 60;
+        const time_t told = timegm(&local) - time_t{60} * minutes;
         EXPECT_LE(first, told) << zone;
         EXPECT_GE(last, told) << zone;
         EXPECT_EQ(date.zoneMinutes, minutes);
         EXPECT_GE(date.deciSecond, 0);
         EXPECT_LE(date.deciSecond, 9);
     }
-    if (before)
-        setenv("TZ", kept.c_str(), 1);
-    else
-        unsetenv("TZ");
 }
 
 TEST_F(ProcHost, LoadParametersAreTheKernelsCommandLine)

@@ -307,7 +307,7 @@ TEST_F(HostResources, DisksOfAnySizeAreToldInUnitsThatFit)
     SetDisks({{"/most", eFixedDisk, 4096, kMost, 0},
               {"/more", eFixedDisk, 4096, kMost + 1, 1},
               {"/16T", eFixedDisk, 512, 16 * kTebibyte / 512, 8 * kTebibyte / 512},
-              {"/1E", eFixedDisk, 4096, 1024 * 1024 * kTebibyte / 4096, 0},
+              {"/1E", eFixedDisk, 4096, uint64_t{1024} * 1024 * kTebibyte / 4096, 0},
               {"/end", eFixedDisk, 1, ~uint64_t(0), 0},
               {"/wide", eFixedDisk, uint64_t(1) << 33, 3, 1},
               {"/odd", eFixedDisk, 4096, 10, 11}});

@@ -7,6 +7,7 @@
 #include "tests/support/Threads.h"
 
 #include <arpa/inet.h>
+#include <cmath>
 #include <condition_variable>
 #include <dirent.h>
 #include <map>
@@ -213,7 +214,7 @@ TEST(InterfacesKernel, TheUptimeIsThatOfSysUpTime)
 {
     const auto upTime = [] {
         const std::string text = ReadFile("/proc/uptime");
-        return static_cast<unsigned>(std::stod(text.substr(0, text.find(' '))) * 100 + 0.5);
+        return static_cast<unsigned>(std::lround(std::stod(text.substr(0, text.find(' '))) * 100));
     };
     const unsigned before = upTime();
     const unsigned ticks = TicksOf(HostUptime());
@@ -228,7 +229,7 @@ TEST(InterfacesKernel, CountsTheTrafficOfTheLoopback)
         const SInterface before = ReadByName().at("lo");
         SendToOneself(50);
         const SInterface after = ReadByName().at("lo");
-        EXPECT_GE(*after.counters.inOctets, *before.counters.inOctets + 50 * 1000);
+        EXPECT_GE(*after.counters.inOctets, *before.counters.inOctets + 50000);
         EXPECT_GE(*after.counters.outUcastPkts, *before.counters.outUcastPkts + 50);
         const std::vector<std::uint64_t> line = ProcNetDev().at("lo");
         EXPECT_EQ(after.counters.inOctets, line[0]);
@@ -391,7 +392,7 @@ TEST(InterfacesKernel, WatchingSleepsEndsAndBeginsAgain)
     const auto processorTime = [] {
         rusage usage{};
         getrusage(RUSAGE_SELF, &usage);
-        return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
+        return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
                1e-6 * double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
     };
     const double before = processorTime();
@@ -478,7 +479,8 @@ TEST(InterfacesKernel, MessagesThatAreLostAreMadeUpForByComparing)
         TempDir directory;
         std::string batch;
         for (int i = 0; i < 3000; ++i)
-            batch += "link set left alias " + std::string(200, 'a' + char(i % 20)) + "\n";
+            batch +=
+                "link set left alias " + std::string(200, static_cast<char>('a' + i % 20)) + "\n";
         WriteFile(directory.File("batch"), batch);
         ASSERT_EQ(Ip("-batch " + directory.File("batch")), "");
         ASSERT_EQ(Ip("link add late type veth peer name later"), "");

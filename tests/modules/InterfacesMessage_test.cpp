@@ -263,8 +263,9 @@ TEST(InterfacesMessage, UnicastsAreToldWhereThereIsNothingElse)
 
 TEST(InterfacesMessage, CountersOfOlderAndNewerKernelsAreRead)
 {
-    EXPECT_EQ(Told(Message::Usual().Stats(Stats(), 21 * 8)).counters.inDiscards, 1007u);
-    EXPECT_FALSE(Told(Message::Usual().Stats(Stats(), 20 * 8)).counters.inDiscards);
+    EXPECT_EQ(Told(Message::Usual().Stats(Stats(), std::size_t{21} * 8)).counters.inDiscards,
+              1007u);
+    EXPECT_FALSE(Told(Message::Usual().Stats(Stats(), std::size_t{20} * 8)).counters.inDiscards);
     struct SNewer {
         rtnl_link_stats64 known;
         std::uint64_t more[8];

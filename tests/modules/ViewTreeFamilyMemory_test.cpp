@@ -3,7 +3,6 @@
 #include <vkmibh/testing/module.h>
 
 #include "tests/support/AllocationSweep.h"
-#include "tests/support/FailingAllocOperators.h"
 #include "tests/support/ViewRows.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 #include <vkmibh/tree.h>
 
 #include "registry/MibChildIndex.h"
-#include "tests/support/FailingAllocOperators.h"
+#include "tests/support/FailingAlloc.h"
 #include "tests/support/PlainHandler.h"
 
 #include <algorithm>

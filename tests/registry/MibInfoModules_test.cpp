@@ -229,7 +229,7 @@ TEST_F(MibInfoModules, LeavesAreTheObjectsAndNothingElse)
             EXPECT_TRUE(info.IsLeaf(names[i]));
             EXPECT_FALSE(info.IsTable(oids[i]));
             EXPECT_FALSE(info.IsTable(names[i]));
-            BObjectIdentifier instance = oids[i];
+            BObjectIdentifier instance = oids[static_cast<int>(i)];
             instance.Append(0u);
             EXPECT_FALSE(info.IsLeaf(instance));
             EXPECT_TRUE(info.IsLeaf(BString((std::string(object.name) + ".0").c_str())));

@@ -21,11 +21,12 @@ using VLKTest::SweepAllocations;
 // Names and identifiers near those of an implementation.
 class CGuesses {
 public:
-    CGuesses(const BMibImpl& impl, unsigned seed) : m_oid(impl.Oid()), m_random(seed)
+    CGuesses(const BMibImpl& impl, unsigned seed)
+        : m_oid(impl.Oid()),
+          m_random(seed), m_words{"",           "INFO-MIB",    "OTHER-MIB", "0",        "1.2.3",
+                                  "4294967295", "99999999999", "A",         "z",        "-",
+                                  " ",          "\xc3\xa4",    "..",        "borrowed", "joined"}
     {
-        m_words = {"",           "INFO-MIB",    "OTHER-MIB", "0",        "1.2.3",
-                   "4294967295", "99999999999", "A",         "z",        "-",
-                   " ",          "\xc3\xa4",    "..",        "borrowed", "joined"};
         m_words.push_back(std::string(1, '\0'));
         m_words.push_back(impl.Name().c_str());
         m_words.push_back(m_words.back().substr(m_words.back().find('.') + 1));

@@ -156,7 +156,7 @@ private:
         CPlainHandler* handler = Draw(2) ? NewHandler() : nullptr;
         auto node = std::make_unique<BMibNode>("", Draw(m_span), handler);
         if (parent.AddChildNode(node.get()))
-            node.release();
+            static_cast<void>(node.release()); // the parent's now
     }
 
     void CutOff()
@@ -176,7 +176,7 @@ private:
             return;
         std::swap(m_cutOff[Draw(m_cutOff.size())], m_cutOff.back());
         if (AnyNode(*m_top)->AddChildNode(m_cutOff.back().get()))
-            m_cutOff.back().release();
+            static_cast<void>(m_cutOff.back().release());
         m_cutOff.pop_back();
     }
 

@@ -107,7 +107,7 @@ public:
             Path match = oid;
             while (!m_nodes.count(match))
                 match.pop_back();
-            const Path holder = FindHandler(match);
+            Path holder = FindHandler(match);
             if (!holder.empty())
                 return holder;
             at = m_nodes.find(match);

@@ -8,7 +8,7 @@
 //       [](BOidArray& array) { return array.PushBack(oid); },
 //       [](BOidArray& array, bool done) { EXPECT_EQ(array.Count(), done ? 1u : 0u); });
 //
-// Needs tests/support/FailingAllocOperators.h in the program.
+// The program has to link failing_alloc.
 #pragma once
 
 #include "tests/support/FailingAlloc.h"

@@ -9,9 +9,8 @@
 //           break; // went through without an allocation refused
 //   }
 //
-// Exactly one source file of a test program includes
-// tests/support/FailingAllocOperators.h, without which nothing is refused.
-// tests/support/AllocationSweep.h has the loop ready made.
+// The test program has to link failing_alloc, the operators new and delete that
+// refuse. tests/support/AllocationSweep.h has the loop ready made.
 #pragma once
 
 namespace VLK {
@@ -20,35 +19,20 @@ class FailingAlloc {
 public:
     enum EThen { eAllLater, eNextOnly };
 
-    explicit FailingAlloc(int allowed, EThen then = eAllLater) : m_before(s_state)
-    {
-        s_state = SState{allowed, then, false};
-    }
-    ~FailingAlloc() { s_state = m_before; }
+    explicit FailingAlloc(int allowed, EThen then = eAllLater);
+    ~FailingAlloc();
     FailingAlloc(const FailingAlloc&) = delete;
     FailingAlloc& operator=(const FailingAlloc&) = delete;
 
-    bool Failed() const { return s_state.failed; }
+    bool Failed() const;
 
     // How many blocks this thread has taken and not given back.
-    static long Live() { return s_live; }
+    static long Live();
 
     // The rest is for operator new and delete.
-    static bool Refuses()
-    {
-        if (s_state.allowed < 0)
-            return false;
-        if (s_state.allowed > 0) {
-            --s_state.allowed;
-            return false;
-        }
-        s_state.failed = true;
-        if (s_state.then == eNextOnly)
-            s_state.allowed = -1;
-        return true;
-    }
-    static void Took() { ++s_live; }
-    static void GaveBack() { --s_live; }
+    static bool Refuses();
+    static void Took();
+    static void GaveBack();
 
 private:
     struct SState {
@@ -56,8 +40,8 @@ private:
         EThen then;
         bool failed;
     };
-    static inline thread_local SState s_state{-1, eAllLater, false};
-    static inline thread_local long s_live = 0;
+    static thread_local SState s_state;
+    static thread_local long s_live;
     const SState m_before;
 };
 

@@ -98,7 +98,7 @@ public:
         std::string number;
         if (!ReadField("GetIntAt", section, position, field, "number:", number))
             return 1;
-        value = std::atoi(number.c_str());
+        value = std::stoi(number);
         return 0;
     }
     int GetInt(const char* section, const char* key, int& value, int field) override

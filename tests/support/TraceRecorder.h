@@ -1,5 +1,5 @@
-// What the library traces. This program has the hook below instead of the
-// library's empty one, so exactly one source file of a test program includes it.
+// What the library traces. A test program that has one tells it from a
+// VKDbgModuleTraceClass of its own, instead of the library's empty one.
 #pragma once
 
 #include <vkmibh/base.h>
@@ -41,13 +41,4 @@ private:
 };
 
 } // namespace Test
-
-void VKDbgModuleTraceClass(int traceClass, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    Test::TraceRecorder::Note(traceClass, format, arguments);
-    va_end(arguments);
-}
-
 } // namespace VLK

@@ -27,7 +27,7 @@ inline std::chrono::seconds RaceTime()
     constexpr int kDefault = 2;
 #endif
     const char* const text = std::getenv("VKMIBH_RACE_SECONDS");
-    const int seconds = text ? std::atoi(text) : kDefault;
+    const int seconds = text ? static_cast<int>(std::strtol(text, nullptr, 10)) : kDefault;
     return std::chrono::seconds(seconds > 0 ? seconds : kDefault);
 }
 
@@ -46,7 +46,7 @@ public:
         m_workers.push_back(std::make_unique<SWorker>());
         SWorker& worker = *m_workers.back();
         worker.name = name;
-        worker.thread = std::thread([this, &worker, step] {
+        worker.thread = std::thread([this, &worker, step = std::move(step)] {
             do {
                 step();
                 ++worker.steps;

@@ -1,6 +1,5 @@
 // The system group without memory: its texts are whole, or as they were.
 #include "tests/support/AllocationSweep.h"
-#include "tests/support/FailingAllocOperators.h"
 
 #include <cstring>
 #include <memory>
@@ -23,7 +22,7 @@ public:
     int SetString(const char*, const char* key, const BString& value, int, int) override
     {
         ++written;
-        wrong += std::strcmp(key, "sysObjectID") && value != wanted ? 1 : 0;
+        wrong += std::strcmp(key, "sysObjectID") != 0 && value != wanted ? 1 : 0;
         return 0;
     }
     int GetInt(const char*, const char*, int& value, int) override

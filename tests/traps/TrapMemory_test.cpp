@@ -1,6 +1,5 @@
 // Notifications whose allocations fail one after the other.
 #include "tests/support/AllocationSweep.h"
-#include "tests/support/FailingAllocOperators.h"
 #include "tests/support/Oids.h"
 
 #include <memory>

@@ -1,6 +1,5 @@
 // What values and containers promise when memory runs out.
 #include "tests/support/AllocationSweep.h"
-#include "tests/support/FailingAllocOperators.h"
 #include "tests/support/ValueText.h"
 
 #include <cstring>
@@ -248,7 +247,7 @@ TEST(AllocationSweep, ATextFormIsWholeOrEmpty)
         BObjectSyntax value;
         value.SetObjectId(oid);
         SweepText<BObjectSyntax>(value, [](const auto& v) { return v.ValToStr(); });
-        const BOctetString octets = Octets(std::string(arcs * 4, '\x80'));
+        const BOctetString octets = Octets(std::string(std::size_t{4} * arcs, '\x80'));
         SweepText<BOctetString>(octets, [](const auto& o) { return o.ToString(); });
     }
     SweepText<BCounter64>(BCounter64(~0u, ~0u), [](const auto& c) { return c.ToString(); });
