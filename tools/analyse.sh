@@ -32,7 +32,7 @@ found=0
 # Its "style" would be a rule set of its own: it holds functions that only maps of
 # handlers name for unused, and would have an algorithm for each loop.
 cppcheck --project="$scratch/compile_commands.json" --cppcheck-build-dir="$scratch/cppcheck" \
-    --enable=warning,performance,portability --library=posix,googletest \
+    --enable=warning,performance,portability --library=posix,googletest,tools/cppcheck.cfg \
     --inline-suppr --suppressions-list=tools/cppcheck.txt \
     --error-exitcode=1 --quiet -j "$(nproc)" || found=1
 # Standard error has but the number of findings in headers of the system.

@@ -99,8 +99,8 @@ TEST_F(HostResourcesKernel, DateIsNow)
     told.tm_hour = date[4];
     told.tm_min = date[5];
     told.tm_sec = date[6];
-    const time_t utc =
-        timegm(&told) - (date[8] == '-' ? -1 : 1) * (date[9] * 60 + date[10]) * time_t{60};
+    const time_t minute = date[8] == '-' ? -60 : 60;
+    const time_t utc = timegm(&told) - minute * (date[9] * 60 + date[10]);
     EXPECT_GE(utc, before);
     EXPECT_LE(utc, after);
 }
