@@ -151,7 +151,7 @@ TEST(DatagramCheck, AgreesWithAStrictReaderOnBadMessages)
         const ber::Bytes message = messages.Next();
         const std::vector<unsigned char> exact(message.begin(), message.end());
         const bool isSound = IsSound(exact.data(), exact.size());
-        const std::optional<int> version = MessageVersion(exact.data(), exact.size());
+        const int version = MessageVersion(exact.data(), exact.size()).value_or(-1);
         sound += isSound;
         // Wide numbers in values are well formed, and do not pass.
         if (isSound && (version == 0 || version == 1 || version == 3)) {

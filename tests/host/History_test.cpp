@@ -64,7 +64,9 @@ TEST_F(HistoryFileTest, KeepsTheNewestLines)
 
 TEST_F(HistoryFileTest, NothingTypedWritesNothing)
 {
-    BHistory(std::string(file));
+    {
+        const BHistory lines(file);
+    }
     EXPECT_FALSE(std::filesystem::exists(directory.File("state")));
 }
 
@@ -82,7 +84,7 @@ TEST_F(HistoryFileTest, AFileThatCannotBeUsedIsNoError)
 TEST_F(HistoryFileTest, ADamagedFileIsReplaced)
 {
     std::filesystem::create_directory(directory.File("state"));
-    WriteFile(file, std::string(1000, '\xff') + "\n\0x");
+    WriteFile(file, std::string(1000, '\xff') + std::string("\n\0x", 3));
     {
         BHistory lines(file);
         EXPECT_EQ(LinesOf(lines), Lines{});
