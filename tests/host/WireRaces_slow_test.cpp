@@ -5,6 +5,7 @@
 #include "SoakReceiver.h"
 #include "WireRaceManager.h"
 
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/Workers.h"
 
 #include <list>
@@ -31,9 +32,6 @@ protected:
 
     std::unique_ptr<PipedAgent> Start() const
     {
-        // While it stays the same, the C library makes no new text of it: ThreadSanitizer
-        // does not know the lock that it has for that.
-        setenv("TZ", ":/etc/localtime", 0);
         return std::make_unique<PipedAgent>(directory.File("store.db"), Options(), TRAPPING_AGENT);
     }
 
@@ -309,6 +307,9 @@ protected:
     }
 
     TempDir directory;
+    // While it stays the same, the C library makes no new text of it: ThreadSanitizer
+    // does not know the lock that it has for that.
+    const EnvironmentVariable zone{"TZ", ":/etc/localtime"};
     std::atomic<long> notified{0};
     SoakReceiver receiver{[this](const ber::Bytes& one) { CheckNotification(one, notified); }};
     const std::string config;
@@ -342,7 +343,7 @@ TEST_F(WireRacesSlow, OperatorAgainstManagersOverUdp)
 
     unsigned upTime = 0;
     VLK::Test::Workers workers(VLK::Test::RaceTime(), [&] { return HasMet(reader); });
-    const auto add = [&](const char* name, std::function<void(long)> step) {
+    const auto add = [&](const char* name, const std::function<void(long)>& step) {
         workers.Add(name, [step, n = 1L]() mutable {
             if (!testing::Test::HasFailure())
                 step(n++);
