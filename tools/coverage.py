@@ -21,7 +21,9 @@ PAGE = pathlib.Path("tests/COVERAGE.md")
 FOLDERS = {
     "library": ["include/vkmibh", "foundation", "values", "registry", "impl", "handler", "console",
                 "timer", "traps", "system", "agents"],
-    "agent": ["host", "modules"],
+    # Each of the two with its subfolders, which follow it.
+    "agent": ["host", "host/access", "host/agents", "host/config", "host/verbs", "host/wire",
+              "modules", "modules/hostresources", "modules/interfaces", "modules/rmon", "modules/targets"],
 }
 # What the agent makes of the library's headers is not the library's to test.
 # The headers of the testing kit are no part of the library.

@@ -39,10 +39,8 @@ public:
     }
     ~TerminalSession()
     {
-        if (m_pid > 0) {
-            kill(m_pid, SIGKILL);
-            waitpid(m_pid, nullptr, 0);
-        }
+        if (m_pid > 0)
+            EndChild(m_pid);
         close(m_master);
         close(m_slave);
     }
