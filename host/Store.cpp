@@ -255,7 +255,10 @@ bool BStore::WasSaved(const char* section)
     CLock lock(m_lock);
     BUse use(m_findRecord);
     m_findRecord.Bind(1, kSections).Bind(2, section);
-    return m_findRecord.Step() == BStatement::eRow;
+    const BStatement::EStep step = m_findRecord.Step();
+    if (step == BStatement::eFailed)
+        NoteUnread();
+    return step == BStatement::eRow;
 }
 
 void BStore::Reset(const char* keptSection)
