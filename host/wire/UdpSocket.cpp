@@ -47,7 +47,8 @@ void ReadLocalEnd(msghdr& message, netsnmp_indexed_addr_pair& ends)
             in_pktinfo info;
             std::memcpy(&info, CMSG_DATA(part), sizeof info);
             ends.local_addr.sin.sin_family = AF_INET;
-            ends.local_addr.sin.sin_addr = info.ipi_addr;
+            ends.local_addr.sin.sin_addr =
+                info.ipi_spec_dst; // nothing is sent from a broadcast one
             ends.if_index = info.ipi_ifindex;
         }
     }
@@ -189,18 +190,7 @@ bool BUdpSocket::Take(netsnmp_transport& transport, bool isV6)
 int BUdpSocket::Send(const unsigned char* message, size_t length,
                      const netsnmp_indexed_addr_pair& ends) const
 {
-    if (SendTo(Descriptor(), message, length, ends) >= 0)
-        return 0;
-    if (errno != EINVAL || ends.remote_addr.sa.sa_family != AF_INET)
-        return errno;
-    // Asked by broadcast, which nothing can be sent from: the wire library knows a way.
-    netsnmp_indexed_addr_pair copy = ends;
-    void* opaque = &copy;
-    int opaqueLength = sizeof copy;
-    errno = 0;
-    const int sent =
-        m_transport->f_send(m_transport, message, static_cast<int>(length), &opaque, &opaqueLength);
-    return sent >= 0 ? 0 : errno ? errno : EINVAL;
+    return SendTo(Descriptor(), message, length, ends) >= 0 ? 0 : errno;
 }
 
 int BUdpSocket::HandOver(session_list* session, int descriptor, const unsigned char* message,

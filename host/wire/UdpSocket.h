@@ -41,7 +41,8 @@ private:
 
 // Reads and writes datagrams with both their ends, for itself or for the wire library:
 // the address that a message went to is the one that its answer leaves from, also over
-// IPv6, of which the wire library's own functions keep the sender only.
+// IPv6, of which the wire library's own functions keep the sender only. One that went to a
+// broadcast or multicast address is answered from an address of the interface.
 //
 // Ownership: the transport outlives it, and it the transport's use.
 // Threads:   that of the wire library.

@@ -20,18 +20,6 @@ size_t CountOf(const std::string& text, const std::string& part)
     return count;
 }
 
-bool HasLoopbackV6()
-{
-    int descriptor = socket(AF_INET6, SOCK_DGRAM, 0);
-    sockaddr_in6 address = {};
-    address.sin6_family = AF_INET6;
-    address.sin6_addr = in6addr_loopback;
-    bool bound = descriptor >= 0 &&
-                 bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    close(descriptor);
-    return bound;
-}
-
 } // namespace
 
 TEST_F(Lifecycle, EveryAddressIsReadyOnceAnswersAndSigtermEndsWithZero)

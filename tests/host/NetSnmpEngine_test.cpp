@@ -17,14 +17,21 @@ using namespace VLK::Test;
 
 namespace {
 
+ber::Bytes Get(const std::string& community, int requestId = 1)
+{
+    return ber::Message(1, community, 0xa0, requestId, 0, 0,
+                        ber::Binding({1, 3, 6, 1, 2, 1, 1, 1, 0}));
+}
+
 class NetSnmpEngine : public EngineTest {
 protected:
     // Sends from one address to the other and serves until the answer is
     // there; returns where it came from.
     template <class TAddress>
-    TAddress Exchange(const TAddress& from, const TAddress& to)
+    TAddress Exchange(const TAddress& from, const TAddress& to,
+                      const ber::Bytes& datagram = Get("any"))
     {
-        int client = SendFrom(from, to);
+        int client = SendFrom(from, to, datagram);
         pollfd wait{client, POLLIN, 0};
         ServeWhile([&] { EXPECT_EQ(poll(&wait, 1, 10000), 1); });
         char answer[1000];
@@ -41,7 +48,7 @@ protected:
     template <class TAddress, class TCount>
     void SendAndServe(const TAddress& from, const TAddress& to, TCount count, unsigned expected)
     {
-        int client = SendFrom(from, to);
+        int client = SendFrom(from, to, Get("any"));
         ServeWhile([&] { EXPECT_TRUE(Eventually([&] { return count() == expected; })); });
         pollfd wait{client, POLLIN, 0};
         EXPECT_EQ(poll(&wait, 1, 0), 0);
@@ -49,12 +56,12 @@ protected:
     }
 
     template <class TAddress>
-    static int SendFrom(const TAddress& from, const TAddress& to)
+    static int SendFrom(const TAddress& from, const TAddress& to, const ber::Bytes& datagram)
     {
         int client = socket(reinterpret_cast<const sockaddr&>(from).sa_family, SOCK_DGRAM, 0);
+        const int on = 1;
+        EXPECT_EQ(setsockopt(client, SOL_SOCKET, SO_BROADCAST, &on, sizeof on), 0);
         EXPECT_EQ(bind(client, reinterpret_cast<const sockaddr*>(&from), sizeof from), 0);
-        ber::Bytes datagram =
-            ber::Message(1, "any", 0xa0, 1, 0, 0, ber::Binding({1, 3, 6, 1, 2, 1, 1, 1, 0}));
         EXPECT_EQ(sendto(client, datagram.data(), datagram.size(), 0,
                          reinterpret_cast<const sockaddr*>(&to), sizeof to),
                   static_cast<ssize_t>(datagram.size()));
@@ -82,20 +89,23 @@ sockaddr_in6 LoopbackV6(unsigned port)
     return out;
 }
 
-ber::Bytes Get(int requestId)
+bool LoopbackBroadcasts()
 {
-    return ber::Message(1, "public", 0xa0, requestId, 0, 0,
-                        ber::Binding({1, 3, 6, 1, 2, 1, 1, 1, 0}));
-}
-
-bool HasLoopbackV6()
-{
-    int descriptor = socket(AF_INET6, SOCK_DGRAM, 0);
-    sockaddr_in6 address = LoopbackV6(0);
-    bool bound = descriptor >= 0 &&
-                 bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    const int on = 1;
+    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    setsockopt(descriptor, SOL_SOCKET, SO_BROADCAST, &on, sizeof on);
+    sockaddr_in address = V4("udp:0.0.0.0:0", 0);
+    socklen_t length = sizeof address;
+    bind(descriptor, reinterpret_cast<sockaddr*>(&address), length);
+    getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length);
+    const unsigned port = ntohs(address.sin_port);
+    address = V4("udp:127.255.255.255:0", port);
+    pollfd wait{descriptor, POLLIN, 0};
+    const bool comes =
+        sendto(descriptor, "x", 1, 0, reinterpret_cast<sockaddr*>(&address), length) == 1 &&
+        poll(&wait, 1, 1000) == 1;
     close(descriptor);
-    return bound;
+    return comes;
 }
 
 } // namespace
@@ -108,6 +118,25 @@ TEST_F(NetSnmpEngine, OnEveryAddressTheAnswerLeavesFromTheOneAsked)
     ASSERT_EQ(Handler().requests.size(), 1u);
     EXPECT_EQ(Handler().requests[0].local.ToString(), "udp:127.0.0.9:" + std::to_string(port));
     EXPECT_EQ(Handler().requests[0].remote.V4Bytes()[3], 3);
+}
+
+// Of a message that is read here, and of one that is left to the wire library.
+TEST_F(NetSnmpEngine, ABroadcastIsAnsweredFromAnAddressOfItsInterface)
+{
+    if (!LoopbackBroadcasts())
+        GTEST_SKIP() << "the loopback interface passes no broadcasts on";
+    unsigned port = Engine().Open(Address("udp:0.0.0.0:0"), Kept<STraffic>()).Port();
+    ber::Bytes unusual = Get("any");
+    unusual.insert(1, 1, '\x81'); // the length takes two octets
+    for (const ber::Bytes& datagram : {Get("any"), unusual}) {
+        sockaddr_in source =
+            Exchange(V4("udp:127.0.0.1:0", 0), V4("udp:127.255.255.255:0", port), datagram);
+        EXPECT_EQ(source.sin_addr.s_addr, htonl(INADDR_LOOPBACK));
+        ASSERT_FALSE(Handler().requests.empty());
+        EXPECT_EQ(Handler().requests.back().local.ToString(),
+                  "udp:127.0.0.1:" + std::to_string(port));
+    }
+    EXPECT_EQ(Handler().requests.size(), 2u);
 }
 
 TEST_F(NetSnmpEngine, OnEveryIPv6AddressTheOneAskedIsKnown)
@@ -219,9 +248,9 @@ TEST_F(NetSnmpEngine, ASlowRequestHoldsUpNoneThatHasWaitedWithIt)
     const unsigned port = Engine().Open(Address("udp:127.0.0.1:0"), Kept<STraffic>()).Port();
     const UdpClient slow(port);
     const UdpClient quick(port);
-    ASSERT_TRUE(slow.Send(Get(kSlow)));
+    ASSERT_TRUE(slow.Send(Get("public", kSlow)));
     for (int i = 0; i < kQuick; ++i)
-        ASSERT_TRUE(quick.Send(Get(i)));
+        ASSERT_TRUE(quick.Send(Get("public", i)));
     std::atomic<bool> isHeld{true};
     Handler().onRequest = [&](const SRequest& request, SResponse&) {
         if (request.requestId == kSlow) {
@@ -244,10 +273,10 @@ TEST_F(NetSnmpEngine, WhatHasBeenTakenIsAnsweredBeforeTheEnd)
     const unsigned ports[] = {Engine().Open(Address("udp:127.0.0.1:0"), Kept<STraffic>()).Port(),
                               Engine().Open(Address("udp:127.0.0.1:0"), Kept<STraffic>()).Port()};
     const UdpClient clients[] = {UdpClient(ports[0]), UdpClient(ports[1])};
-    ASSERT_TRUE(clients[1].Send(Get(kSlow)));
+    ASSERT_TRUE(clients[1].Send(Get("public", kSlow)));
     for (int i = 0; i < kQuick; ++i) {
         for (const UdpClient& client : clients)
-            ASSERT_TRUE(client.Send(Get(i)));
+            ASSERT_TRUE(client.Send(Get("public", i)));
     }
     std::atomic<bool> isHeld{true};
     Handler().onRequest = [&](const SRequest& request, SResponse&) {

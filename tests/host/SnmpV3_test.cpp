@@ -199,6 +199,15 @@ TEST_F(SnmpV3, EveryLevelIsAnswered)
                     "another \\\" word", "AES-256"));
 }
 
+TEST_F(SnmpV3, IsAnsweredOverIPv6)
+{
+    if (!HasLoopbackV6())
+        GTEST_SKIP() << "no IPv6 on this machine";
+    Start({"--listen", "udp6:[::1]:0"});
+    for (const Arguments& who : {NoAuth("anyone"), Reader(), Writer()})
+        ExpectData(who);
+}
+
 TEST_F(SnmpV3, WhoeverIsNotWhoHeSaysGetsNoData)
 {
     Start();

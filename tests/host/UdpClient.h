@@ -8,6 +8,19 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+// Whether the machine has IPv6.
+inline bool HasLoopbackV6()
+{
+    const int descriptor = socket(AF_INET6, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_in6 address = {};
+    address.sin6_family = AF_INET6;
+    address.sin6_addr = in6addr_loopback;
+    const bool isBound = descriptor >= 0 && bind(descriptor, reinterpret_cast<sockaddr*>(&address),
+                                                 sizeof address) == 0;
+    close(descriptor);
+    return isBound;
+}
+
 class UdpClient {
 public:
     explicit UdpClient(unsigned port) : m_socket(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
