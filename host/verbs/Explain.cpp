@@ -91,15 +91,15 @@ std::string SourcesText(const std::vector<BNetwork>& sources)
 std::string SecurityText(const SAsked& asked)
 {
     const BSecurityParams& security = asked.security;
-    return "name " + Quoted(TextOf(security.securityName)) + ", " +
+    return "name " + InQuotes(TextOf(security.securityName)) + ", " +
            NameOfModel(security.securityModel) + ", " +
            LabelSecurityLevel(static_cast<ESecurityLevel>(security.securityLevel)) + ", context " +
-           Quoted(TextOf(asked.context));
+           InQuotes(TextOf(asked.context));
 }
 
 std::string EntryText(const SAccess& entry)
 {
-    return (entry.isPrefix ? "contexts that begin with " : "context ") + Quoted(entry.context) +
+    return (entry.isPrefix ? "contexts that begin with " : "context ") + InQuotes(entry.context) +
            ", model " + NameOfModel(entry.model) + ", at least " + LabelSecurityLevel(entry.level);
 }
 
@@ -115,8 +115,8 @@ std::string ViewText(const BVacm& vacm, const std::string& view, const BObjectId
 {
     const SViewChoice choice = vacm.ChooseRow(view, name);
     if (choice.row)
-        return "view " + Quoted(view) + ", row " + RowText(*choice.row);
-    return "view " + Quoted(view) +
+        return "view " + InQuotes(view) + ", row " + RowText(*choice.row);
+    return "view " + InQuotes(view) +
            (choice.hasRows ? ", no row of it matches" : ", which has no rows");
 }
 
@@ -125,7 +125,7 @@ std::string ReasonText(const BVacm& vacm, const SVacmDecision& decision, const S
 {
     switch (decision.answer) {
     case eVacmNoSuchContext:
-        return "there is no context " + Quoted(TextOf(asked.context));
+        return "there is no context " + InQuotes(TextOf(asked.context));
     case eVacmNoGroupName:
         return "it is in no group";
     case eVacmNoAccessEntry:
@@ -142,7 +142,7 @@ void AddGroup(CLines& lines, const BVacm& vacm, const SVacmDecision& decision, c
 {
     if (decision.answer == eVacmNoSuchContext)
         return;
-    lines.push_back(Row("group", decision.group ? Quoted(*decision.group) : "none"));
+    lines.push_back(Row("group", decision.group ? InQuotes(*decision.group) : "none"));
     if (!decision.group)
         return;
     const std::optional<SAccess> entry = vacm.EntryFor(asked.security, asked.context);

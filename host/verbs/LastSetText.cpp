@@ -13,7 +13,7 @@ const char* NameOfVersion(EProtocol protocol)
 
 std::string WhoText(const SLastSet& last)
 {
-    std::string name = Quoted(TextOf(last.security.securityName));
+    std::string name = InQuotes(TextOf(last.security.securityName));
     if (last.isNameSecret)
         name = "a community (not shown)";
     else if (last.isConsole && last.security.securityName.empty())
@@ -23,7 +23,7 @@ std::string WhoText(const SLastSet& last)
             ? name + " with " + NameOfModel(last.security.securityModel) + " at the console"
             : name + " with " + NameOfVersion(last.protocol) + " from " + last.remote.ToString();
     if (!last.context.empty())
-        text += " in context " + Quoted(TextOf(last.context));
+        text += " in context " + InQuotes(TextOf(last.context));
     return text;
 }
 

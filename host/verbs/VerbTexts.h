@@ -1,6 +1,7 @@
 // What the console's commands of the agent print, one line each, without line ends.
 #pragma once
 
+#include "host/OneLine.h"
 #include "host/verbs/Verbs.h"
 
 namespace VLK::host {
@@ -30,7 +31,8 @@ inline BString StringOf(const std::string& text)
     return BString(text.data(), static_cast<unsigned>(text.size()));
 }
 
-inline std::string Quoted(const std::string& text) { return "'" + text + "'"; }
+// A name on one line, whoever gave it.
+inline std::string InQuotes(const std::string& text) { return "'" + OnOneLine(text) + "'"; }
 
 // In the time of this machine: "2026-01-31 12:00:00".
 std::string TimeText(std::chrono::system_clock::time_point at);

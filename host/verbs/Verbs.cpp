@@ -19,7 +19,7 @@ BObjectIdentifier ReadOid(const std::string& word)
 {
     BObjectIdentifier oid;
     if (!oid.AssignFromDottedDecimalStr(StringOf(word)))
-        throw SMistake{"invalid oid " + Quoted(word)};
+        throw SMistake{"invalid oid " + InQuotes(word)};
     return oid;
 }
 
@@ -29,7 +29,7 @@ ESecurityLevel ReadLevel(const std::string& word)
         if (word == LabelSecurityLevel(level))
             return level;
     }
-    throw SMistake{"invalid level " + Quoted(word) + ": noAuthNoPriv, authNoPriv or authPriv"};
+    throw SMistake{"invalid level " + InQuotes(word) + ": noAuthNoPriv, authNoPriv or authPriv"};
 }
 
 // The words behind the object: who, and how he asks.
@@ -47,7 +47,7 @@ SWho ReadWho(const std::vector<std::string>& words)
     who.version = words.size() > 2 ? words[2] : "";
     const bool isV3 = who.version == "v3";
     if (!who.version.empty() && !isV3 && who.version != "v1" && who.version != "v2c")
-        throw SMistake{"invalid version " + Quoted(who.version) + ": v1, v2c or v3"};
+        throw SMistake{"invalid version " + InQuotes(who.version) + ": v1, v2c or v3"};
     if (words.size() > (isV3 ? 5u : 3u))
         throw SMistake{};
     who.level = words.size() > 3 ? words[3] : "";
@@ -58,7 +58,7 @@ SWho ReadWho(const std::vector<std::string>& words)
 SAsked AskedCommunity(const SCommunity& community, EProtocol protocol)
 {
     SAsked asked;
-    asked.who = "community " + Quoted(community.name);
+    asked.who = "community " + InQuotes(community.name);
     asked.sources = community.sources;
     asked.security = SecurityOf(community, protocol);
     asked.context = StringOf(community.context);
@@ -69,12 +69,12 @@ SAsked AskedCommunity(const SCommunity& community, EProtocol protocol)
 SAsked AskedUser(const SKnownUser& user, const SWho& who)
 {
     SAsked asked;
-    asked.who = "user " + Quoted(user.name);
+    asked.who = "user " + InQuotes(user.name);
     asked.security.securityModel = eModelUsm;
     asked.security.securityName = StringOf(user.name);
     asked.security.securityLevel = who.level.empty() ? user.strongest : ReadLevel(who.level);
     if (asked.security.securityLevel > user.strongest)
-        throw SMistake{"the user " + Quoted(user.name) + " has no level above " +
+        throw SMistake{"the user " + InQuotes(user.name) + " has no level above " +
                        LabelSecurityLevel(user.strongest)};
     asked.context = StringOf(who.context);
     return asked;
@@ -97,7 +97,7 @@ SAsked FindAsked(const SRights& rights, const SWho& who)
     const char* kind = who.version.empty()   ? "community or user"
                        : who.version == "v3" ? "user"
                                              : "community";
-    throw SMistake{std::string("there is no ") + kind + " " + Quoted(who.name)};
+    throw SMistake{std::string("there is no ") + kind + " " + InQuotes(who.name)};
 }
 
 void Expect(const std::vector<std::string>& words, size_t least, size_t most)

@@ -109,6 +109,36 @@ TEST_F(Explain, TheRowWithAMask)
               "view 'mine', row 1.3.6.1.4.1.32473.1.3.0 mask ff:80 included");
 }
 
+TEST_F(Explain, WhatIsTypedMovesNoCursorWhenItIsRepeated)
+{
+    EXPECT_EQ(Type("explain 1.3\x1b[2J"), "explain: invalid oid '1.3\\u001B[2J'\n");
+}
+
+TEST_F(Explain, AnInstanceOfEveryType)
+{
+    BObjectSyntax value;
+    module.onGet = [&](BVarBind& binding) {
+        binding.Value() = value;
+        return 0;
+    };
+    const auto instance = [&] { return Line("explain 1.3.6.1.4.1.32473.1.1.0", "instance"); };
+    EXPECT_EQ(instance(), "there is one, of no type that is known");
+    value.SetOctets(BString("x"));
+    EXPECT_EQ(instance(), "there is one, an OCTET STRING");
+    value.SetObjectId(MakeOid("1.3"));
+    EXPECT_EQ(instance(), "there is one, an OBJECT IDENTIFIER");
+    value.SetIpAddress(BIpAddress());
+    EXPECT_EQ(instance(), "there is one, an IpAddress");
+    value.SetCounter(1);
+    EXPECT_EQ(instance(), "there is one, a Counter32");
+    value.SetGauge(1);
+    EXPECT_EQ(instance(), "there is one, a Gauge32");
+    value.SetTimeTicks(1);
+    EXPECT_EQ(instance(), "there is one, a TimeTicks");
+    value.SetOpaque(BOctetString(BString("x")));
+    EXPECT_EQ(instance(), "there is one, an Opaque");
+}
+
 TEST_F(Explain, AnObjectInNoRowOfTheView)
 {
     const std::string command = "explain 1.3.6.1.2.1.1.1.0 look";
