@@ -9,6 +9,7 @@ With a page the figures are written into it, between the markers of the part.
 Lines that no test runs are shown unless the page of the tree lists them with a
 reason. Branches that the compiler adds for exceptions are not counted.
 """
+import fnmatch
 import json
 import pathlib
 import re
@@ -84,14 +85,14 @@ def below_floors(rows):
 
 
 def unlisted(missed):
-    """Lines that did not run and that the page has no reason for: | `file` | `text` | reason |"""
+    """Lines that did not run and that the page has no reason for: | `files` | `text` | reason |"""
     rows = re.findall(r"^\| `([^`|]+)` \| (.+) \| [^|]+\|$", PAGE.read_text(), re.MULTILINE)
-    listed = {(name, code) for name, cell in rows for code in re.findall("`([^`]+)`", cell)}
+    listed = [(files, code) for files, cell in rows for code in re.findall("`([^`]+)`", cell)]
     for name in sorted(missed):
         text = pathlib.Path(name).read_text().splitlines() if missed[name] else []
         for number in missed[name]:
             code = text[number - 1].strip()
-            if (name, code) not in listed:
+            if not any(code == known and fnmatch.fnmatch(name, files) for files, known in listed):
                 yield f"{name}:{number}: {code}"
 
 
