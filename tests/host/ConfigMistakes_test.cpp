@@ -264,6 +264,9 @@ const std::vector<SMistake> kTrapSinkMistakes = {
     {kTraps + "[[trapSink]]\naddress = \"udp:192.0.2.1:162\"\ncommunity = \"c\"\nversion = \"1\"\n"
               "inform = true\n",
      {"f:8: inform 'true' is not for version '1', which has no informs"}},
+    {kTraps + "[[trapSink]]\naddress = \"udp:192.0.2.1:162\"\ncommunity = \"c\"\n"
+              "user = \"noc\"\nlevel = \"authPriv\"\n",
+     {"f:7: user 'noc' is for version '3' only", "f:8: level 'authPriv' is for version '3' only"}},
 };
 
 void ExpectAll(const std::vector<SMistake>& mistakes)

@@ -34,6 +34,62 @@ TEST_F(HostSinks, SinksThatStayKeepTheirAgentsAndCounters)
     EXPECT_EQ(Receivers(), Numbers());
 }
 
+TEST_F(HostSinks, TotalsAreThoseOfTheSinksThatThereAre)
+{
+    agents.Start();
+    gate.SendTrap(BTrapV2(MakeOid(kAuthenticationFailure)), nullptr); // two are not shown it
+    unsigned count = 0;
+    for (const auto& delivery : engine.deliveries) {
+        ++count;
+        delivery->sent = count;
+        delivery->failed = 10 * count;
+        delivery->overflowed = 100 * count;
+        delivery->acknowledged = 1000 * count;
+        delivery->retried = 10000 * count;
+        delivery->givenUp = 100000 * count;
+    }
+    engine.traffics[0]->overload = 3;
+    engine.traffics[1]->overload = 4;
+    SAgentTotals totals = agents.Totals();
+    EXPECT_EQ(totals.overload, 7u);
+    EXPECT_EQ(totals.receivers, 4u);
+    EXPECT_EQ(totals.sent, 10u);
+    EXPECT_EQ(totals.failed, 100u);
+    EXPECT_EQ(totals.notShown, 3u) << "one of them was not shown coldStart either";
+    EXPECT_EQ(totals.overflowed, 1000u);
+    EXPECT_EQ(totals.acknowledged, 10000u);
+    EXPECT_EQ(totals.retried, 100000u);
+    EXPECT_EQ(totals.givenUp, 1000000u);
+    agents.SetSinks({configuration.trapSinks[2]});
+    totals = agents.Totals();
+    EXPECT_EQ(totals.receivers, 1u);
+    EXPECT_EQ(totals.sent, 3u);
+    EXPECT_EQ(totals.notShown, 1u);
+}
+
+TEST_F(HostSinks, ASinkOfSnmpV3TellsItsUserAndLevel)
+{
+    STrapSink sink = configuration.trapSinks[0];
+    sink.protocol = eSnmpV3;
+    sink.user = "noc";
+    sink.level = eAuthPriv;
+    sink.security.securityModel = eModelUsm;
+    sink.security.securityName = BString("noc");
+    sink.security.securityLevel = eAuthPriv;
+    SUser user;
+    user.name = "noc";
+    user.auth = "SHA-256";
+    user.priv = "AES";
+    agents.SetUsers({user});
+    agents.SetSinks({sink});
+    ASSERT_EQ(engine.receivers.back().user, "noc");
+    const std::string parameters = Parameters("trap:udp:192.0.2.1:162");
+    EXPECT_NE(parameters.find("version: 3\n"), std::string::npos) << parameters;
+    EXPECT_NE(parameters.find("user: noc\n"), std::string::npos) << parameters;
+    EXPECT_NE(parameters.find("level: authPriv\n"), std::string::npos) << parameters;
+    EXPECT_EQ(parameters.find("community"), std::string::npos) << parameters;
+}
+
 TEST_F(HostSinks, TwoSinksThatAreAlikeAreTwo)
 {
     std::vector<STrapSink> sinks(2, configuration.trapSinks[0]);
@@ -58,6 +114,20 @@ TEST_F(HostSinks, ASinkThatCannotBeSentToIsLeftOutAndTriedTheNextTime)
     engine.refused.clear();
     agents.SetSinks(sinks);
     EXPECT_NE(agents.Registry()->GetAgent(BString("trap:udp:192.0.2.9:162")), nullptr);
+}
+
+TEST_F(HostSinks, AnAgentDoesNotStartWithASinkThatCannotBeSentTo)
+{
+    modules::CTargetRows others{nullptr};
+    BHostAgents starting(time, access, gate, others);
+    FakeEngine refusing;
+    refusing.refused = "udp:192.0.2.2:1162";
+    try {
+        starting.Open(refusing, configuration);
+        ADD_FAILURE() << "it starts";
+    } catch (const BHostError& error) {
+        EXPECT_STREQ(error.what(), "cannot send to udp:192.0.2.2:1162");
+    }
 }
 
 TEST_F(HostSinks, WithoutMemoryTheSinksStayAsTheyWere)

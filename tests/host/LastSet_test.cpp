@@ -16,6 +16,8 @@ using VLK::Test::RecorderHandler;
 namespace {
 
 const char kConfiguration[] = R"(
+contexts = ["sun"]
+
 [[view]]
 name = "mine"
 include = ["1.3.6.1.4.1.32473.1"]
@@ -209,6 +211,30 @@ TEST_F(LastSet, OfACommunityWithANameForItAndOfTheConsole)
               "authorizationError at binding 1: there is no such context");
 }
 
+TEST_F(LastSet, OfWhoHasNoRightsIsToldSo)
+{
+    VLK::Test::ScriptedStream out;
+    const BStringArray words = VLK::Test::ArgsOf({"1.3.6.1.4.1.32473.1.1.0", "2", "5"});
+    console.securityModel = eModelV2c;
+    console.securityName = BString("nobody");
+    handler.CmdExecute(out, BString("set"), words, console, context);
+    EXPECT_EQ(Line("lastset", "answer"),
+              "authorizationError at binding 1: who asked is in no group");
+    console.securityName = BString("noc");
+    handler.CmdExecute(out, BString("set"), words, console, BString("sun"));
+    EXPECT_EQ(Line("lastset", "answer"),
+              "authorizationError at binding 1: no access entry of the group fits");
+}
+
+TEST_F(LastSet, WithoutBindings)
+{
+    SRequest request = Three("secret");
+    request.bindings = BVarBindList();
+    Set(std::move(request));
+    EXPECT_EQ(Line("lastset", "bindings"), "none");
+    EXPECT_EQ(Line("lastset", "answer"), "Success");
+}
+
 TEST_F(LastSet, OfManyBindingsAndRunsIsCutAndTheFailureIsShown)
 {
     SRequest request = WireRequest("secret", ePduSet, "1.3.6.1.4.1.32473.1.0");
@@ -240,4 +266,8 @@ TEST_F(LastSet, WithALongValueIsCut)
               std::string::npos);
     Set(Three("secret"));
     EXPECT_EQ(Lines().find("octets more"), std::string::npos);
+    request = WireRequest("secret", ePduSet, "1.3.6.1.4.1.32473.1.0");
+    request.bindings[0].Value().SetOpaque(BOctetString(BString(std::string(257, 'b').c_str())));
+    Set(std::move(request));
+    EXPECT_NE(Type("lastset").find(" (and 1 octets more)\n"), std::string::npos);
 }

@@ -6,12 +6,12 @@
 #include "Ber.h"
 #include "EngineTest.h"
 
+#include "tests/support/NoDescriptors.h"
 #include "tests/support/Oids.h"
 
 #include <arpa/inet.h>
 #include <atomic>
 #include <chrono>
-#include <sys/resource.h>
 
 using namespace VLK;
 using namespace VLK::host;
@@ -173,17 +173,13 @@ TEST_F(NetSnmpReceivers, AReceiverThatNoSocketIsLeftForIsRefusedWithTheReason)
     GTEST_SKIP() << "the sanitizer of undefined behaviour needs descriptors itself";
 #endif
     Engine();
-    rlimit limit;
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
-    rlimit none{0, limit.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
     std::string error;
     try {
+        const NoDescriptors none;
         Add(eSnmpV2c);
     } catch (const BHostError& refused) {
         error = refused.what();
     }
-    EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
     EXPECT_EQ(error, "cannot send to " + listener.Address().ToString() + ": Too many open files");
 }
 
@@ -207,6 +203,23 @@ TEST_F(NetSnmpReceivers, AnAcknowledgedInformIsNotSentAgain)
     EXPECT_EQ(delivery.sent, 1u);
     EXPECT_EQ(delivery.givenUp, 0u);
     EXPECT_EQ(Counters().inPkts - packets, 1u) << "the acknowledgement is a packet that came";
+}
+
+TEST_F(NetSnmpReceivers, RubbishBeforeTheAcknowledgementIsCountedAndDropped)
+{
+    const unsigned receiver = Add(eSnmpV2c, true);
+    const unsigned errors = Counters().inASNParseErrs;
+    const unsigned versions = Counters().inBadVersions;
+    Engine().Notify(receiver, Notification());
+    ServeWhile([&] {
+        const ber::Reply inform = Inform();
+        listener.Answer("rubbish");
+        listener.Answer(ber::Message(7, "traps", kResponse, inform.requestId, 0, 0, ""));
+        listener.Answer(Acknowledgement(inform));
+        EXPECT_TRUE(Eventually([&] { return delivery.acknowledged == 1; }));
+    });
+    EXPECT_EQ(Counters().inASNParseErrs - errors, 1u);
+    EXPECT_EQ(Counters().inBadVersions - versions, 1u);
 }
 
 TEST_F(NetSnmpReceivers, AnInformIsSentAgainUnderItsRequestIdAndThenGivenUp)

@@ -3,8 +3,10 @@
 #include "host/StorePath.h"
 
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/NoDescriptors.h"
 #include "tests/support/TempDir.h"
 
+#include <pwd.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -208,6 +210,30 @@ TEST_F(StoreFile, PathsThatCannotBeOpenedAreRefused)
               std::string::npos);
 }
 
+TEST_F(StoreFile, WithoutADescriptorItIsRefusedWithTheReason)
+{
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer of undefined behaviour needs descriptors itself";
+#endif
+    std::string refusals[2];
+    {
+        const NoDescriptors none;
+        refusals[0] = Refusal(file);
+    }
+    EXPECT_NE(refusals[0].find("cannot be created: Too many open files"), std::string::npos)
+        << refusals[0];
+    MakeStore();
+    {
+        const NoDescriptors none;
+        refusals[1] = Refusal(file);
+    }
+    EXPECT_NE(refusals[1].find("cannot be opened: unable to open database file (Too many open "
+                               "files)"),
+              std::string::npos)
+        << refusals[1];
+    EXPECT_EQ(Refusal(file), "");
+}
+
 TEST_F(StoreFile, TheDefaultIsUnderTheStateDirectoryWithMode0700)
 {
     SetEnvironment(directory.File("state").c_str(), "/nowhere");
@@ -224,6 +250,17 @@ TEST_F(StoreFile, WithoutAStateDirectoryTheHomeDirectoryHoldsIt)
         EXPECT_EQ(DefaultStorePath(), directory.File(".local/state/vkagentd/store.db"));
     }
     EXPECT_EQ(ModeOf(directory.File(".local/state/vkagentd")), 0700u);
+}
+
+TEST_F(StoreFile, WithoutAnyOfTheseItIsInTheHomeDirectoryOfTheUser)
+{
+    const passwd* const user = getpwuid(geteuid());
+    if (!user)
+        GTEST_SKIP() << "this user is not known by name";
+    for (const char* home : {"", "relative/path"}) {
+        SetEnvironment(nullptr, home);
+        EXPECT_EQ(StateDirectory(), user->pw_dir + std::string("/.local/state/vkagentd"));
+    }
 }
 
 TEST_F(StoreFile, ADirectoryThatCannotBeMadeIsOneLine)

@@ -3,6 +3,7 @@
 
 #include "OwnNetwork.h"
 
+#include "tests/support/NoDescriptors.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/Threads.h"
 
@@ -500,4 +501,66 @@ TEST(InterfacesKernel, MessagesThatAreLostAreMadeUpForByComparing)
         history.Stamp(snapshot, ~0ull);
         EXPECT_NE(snapshot.tableLastChange, ~0ull) << "it knows them all";
     });
+}
+
+// As when there is no memory for a message.
+TEST(InterfacesKernel, AMessageThatCouldNotBeTakenIsMadeUpForByComparing)
+{
+    InOwnNetwork([] {
+        if (!IsPairAdded())
+            return;
+        CountedKernel kernel;
+        CLinkHistory history;
+        CLinkTrapEnables enables(nullptr);
+        FakeTraps sent;
+        CLinkTraps traps(sent, enables);
+        std::atomic<bool> fails{false};
+        CLinkWatch watch(kernel, history, traps, [&] {
+            if (fails.exchange(false))
+                throw std::bad_alloc();
+            return HostUptime();
+        });
+        watch.Begin();
+        ASSERT_EQ(Ip("link set left up"), "");
+        ASSERT_EQ(Ip("link set right up"), "");
+        const unsigned left = ReadByName().at("left").index;
+        const auto comes = [&](const std::string& trap) {
+            return Eventually([&] {
+                const std::vector<std::string> all = sent.Sent();
+                return std::find(all.begin(), all.end(), trap) != all.end();
+            });
+        };
+        ASSERT_TRUE(comes(LinkUp(left, eIfUp, eIfUp)));
+        ASSERT_EQ(kernel.reads, 1);
+        fails = true;
+        ASSERT_EQ(Ip("link set right down"), "");
+        EXPECT_TRUE(comes(LinkDown(left, eIfUp, eIfUp)));
+        EXPECT_TRUE(Eventually([&] { return kernel.reads == 2; }));
+        watch.End();
+        EXPECT_EQ(kernel.reads, 2) << "once is enough";
+    });
+}
+
+TEST(InterfacesKernel, WithoutDescriptorsTheyAreServedAndNotWatched)
+{
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer of undefined behaviour needs descriptors itself";
+#endif
+    SWatching agent;
+    agent.module.Cleanup();
+    int error = 0;
+    {
+        const NoDescriptors none;
+        EXPECT_EQ(agent.module.Init(), 4);
+        try {
+            CKernelInterfaces().Read();
+        } catch (const std::system_error& failure) {
+            error = failure.code().value();
+        }
+    }
+    EXPECT_EQ(agent.module.WatchProblem(), "rtnetlink: Too many open files");
+    EXPECT_EQ(error, EMFILE);
+    EXPECT_NE(agent.client.Get("2.1.0"), "0") << "ifNumber";
+    EXPECT_EQ(agent.module.Init(), 4);
+    EXPECT_EQ(agent.module.WatchProblem(), "");
 }

@@ -234,6 +234,34 @@ TEST_F(Targets, OneStatusForARow)
     EXPECT_TRUE(module.Rows().notifies.Copy().empty());
 }
 
+TEST_F(Targets, AStorageTypeMayBeSetToWhatItIs)
+{
+    ASSERT_EQ(client.Set(Address(eRowCreateAndGo)), 0);
+    EXPECT_EQ(SetOne(Addr(8), Number(eStorageNonVolatile)), 0);
+    EXPECT_EQ(SetOne(Addr(8), Number(eStoragePermanent)), eSnmpInconsistentValue);
+    EXPECT_EQ(client.Get(Addr(8)), "3");
+}
+
+TEST_F(Targets, AnIndexThatNoNameHasLiesBetweenThoseThatThereAre)
+{
+    for (const char* name : {"97", "97.255", "98"}) {
+        ASSERT_EQ(SetOne(Notify(5, name), Number(eRowCreateAndGo)), 0) << name;
+        ASSERT_EQ(SetOne(Notify(2, name), Bytes(name)), 0) << name;
+    }
+    Client manager(client.handler);
+    const auto next = [&](const std::string& row) {
+        const std::string from = kTable + "." + Notify(2, row);
+        EXPECT_EQ(manager.GetNext({from.c_str()}), 0);
+        return manager.NameAt(0).substr(kTable.size() + 1);
+    };
+    EXPECT_EQ(next("97"), Notify(2, "97.255"));
+    EXPECT_EQ(next("97.256"), Notify(2, "98"));
+    EXPECT_EQ(next("97.4294967295"), Notify(2, "98"));
+    EXPECT_EQ(next("97.255.255"), Notify(2, "98"));
+    EXPECT_EQ(next("96.300.1"), Notify(2, "97"));
+    EXPECT_EQ(next("300"), Notify(3, "97"));
+}
+
 TEST_F(Targets, ReadOnlyRowsStayAsTheyAre)
 {
     STargets rows;

@@ -1,6 +1,7 @@
 // The system group and the sysORTable as SNMP sees them.
 #include <vkmibh/testing/requests.h>
 
+#include "tests/support/NoDescriptors.h"
 #include "tests/support/Threads.h"
 
 #include "system/UptimeFile.h"
@@ -13,7 +14,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -131,12 +131,10 @@ TEST(SystemImpl, SysUpTimeThatCannotBeReadIsNotMadeUp)
 {
     unsigned value = 0;
     ASSERT_TRUE(ReadHostUptime(value));
-    rlimit limit;
-    ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &limit));
-    const rlimit none{0, limit.rlim_max};
-    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &none));
-    EXPECT_TRUE(Eventually([&] { return !ReadHostUptime(value); }));
-    EXPECT_EQ(0, setrlimit(RLIMIT_NOFILE, &limit));
+    {
+        const NoDescriptors none;
+        EXPECT_TRUE(Eventually([&] { return !ReadHostUptime(value); }));
+    }
     EXPECT_TRUE(ReadHostUptime(value));
 }
 
