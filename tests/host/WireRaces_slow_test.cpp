@@ -145,7 +145,11 @@ protected:
         WriteConfig(turn);
         const size_t before = agent->LogSize();
         kill(agent->Pid(), SIGHUP);
-        EXPECT_TRUE(agent->Logs("read " + config + " again\n", before)) << turn;
+        // It waits for a gap between SETs, which others wait for, too.
+        bool isRead = false;
+        for (int patience = 0; patience < 5 && !isRead; ++patience)
+            isRead = agent->Logs("read " + config + " again\n", before);
+        EXPECT_TRUE(isRead) << turn;
         const auto both =
             manager.Ask(CManager::kGet, ber::Binding(kDescr) + ber::Binding(kObjectId));
         EXPECT_TRUE(!both || both->index == (turn % 2 ? 1 : 2)) << "not as the file says";
