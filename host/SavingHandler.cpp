@@ -1,5 +1,7 @@
 #include "host/SavingHandler.h"
 
+#include <mutex>
+
 namespace VLK::host {
 
 namespace {
@@ -107,7 +109,7 @@ bool BSavingHandler::IsSave(const BObjectIdentifier& region)
 
 void BSavingHandler::BetweenSets(const std::function<void()>& work)
 {
-    std::lock_guard<std::mutex> lock(m_setAndSave);
+    const std::lock_guard<BTurnLock> lock(m_setAndSave);
     work();
 }
 
@@ -126,7 +128,7 @@ bool BSavingHandler::BeginSet(BVarBindList& list)
 int BSavingHandler::QuerySet(int transactionId, const BSecurityParams& security,
                              const BString& context, BVarBindList& list, int& errorIndex)
 {
-    std::lock_guard<std::mutex> lock(m_setAndSave);
+    const std::lock_guard<BTurnLock> lock(m_setAndSave);
     const int count = static_cast<int>(list.Count());
     if (!BeginSet(list)) {
         errorIndex = 0;

@@ -3,10 +3,10 @@
 
 #include "host/LimitedLog.h"
 #include "host/SetSaves.h"
+#include "host/TurnLock.h"
 
 #include <atomic>
 #include <functional>
-#include <mutex>
 #include <vkmibh/handler.h>
 
 namespace VLK::host {
@@ -34,7 +34,7 @@ public:
     int Query(int pduType, int transactionId, const BSecurityParams& security,
               const BString& context, BVarBindList& list, int& errorIndex) override;
 
-    // Does what must not happen while a SET is at work.
+    // Does what must not happen while a SET is at work: after that one, whichever follow.
     void BetweenSets(const std::function<void()>& work);
 
 private:
@@ -71,7 +71,7 @@ private:
     CAccess m_access;
     CKeeper m_keeper;
     ISetSaves& m_saves;
-    std::mutex m_setAndSave;
+    BTurnLock m_setAndSave;
     BLimitedLog m_lost{eLogError};
     bool m_isRegistered = false; // under the lock: the keeper
 };

@@ -239,3 +239,23 @@ TEST_F(SavingHandler, ASetWaitsUntilTheOneBeforeItIsSaved)
     second.join();
     EXPECT_EQ(saves.saves, 2);
 }
+
+TEST_F(SavingHandler, WhatComesBetweenSetsMeetsNone)
+{
+    std::atomic<bool> isSaving{false};
+    std::atomic<bool> isDone{false};
+    saves.saving = [&] {
+        isSaving = true;
+        GiveOthersTime();
+    };
+    std::thread manager([&] {
+        while (!isDone)
+            EXPECT_EQ(Ask(ePduSet), eSnmpNoError);
+    });
+    EXPECT_TRUE(Eventually([&] { return isSaving.load(); }));
+    handler.BetweenSets([&] {
+        EXPECT_FALSE(saves.held);
+        isDone = true;
+    });
+    manager.join();
+}
