@@ -301,6 +301,33 @@ TEST(PlainMessage, ReadsRequestsLikeTheWireLibrary)
     ExpectSame(empty, Read(empty));
 }
 
+// Whoever sends them: nobody knows yet who asks. A list that grows as it is read is moved
+// hundreds of times.
+TEST(PlainMessage, ManyBindingsFindTheirRoomAtOnce)
+{
+    ber::Bytes names;
+    for (unsigned count = 1; count <= 9000; ++count) {
+        names += ber::Binding({1, 3});
+        if (count != 1 && count != 13 && count != 9000)
+            continue;
+        const ber::Bytes message = ber::Message(kV2c, "public", ePduGet, 1, 0, 0, names);
+        const SRead read = Read(message);
+        ASSERT_TRUE(read.isPlain);
+        EXPECT_EQ(read.request.bindings.Count(), count);
+        EXPECT_EQ(read.request.bindings.Capacity(), count);
+        SRequest byLibrary;
+        ASSERT_TRUE(ReadRequest(*Parse(message), byLibrary));
+        EXPECT_EQ(byLibrary.bindings.Count(), count);
+        EXPECT_EQ(byLibrary.bindings.Capacity(), count);
+    }
+    ber::Bytes none;
+    for (int i = 0; i < 30000; ++i)
+        none += ber::Tlv(0x30, "");
+    const SRead broken = Read(ber::Message(kV2c, "public", ePduGet, 1, 0, 0, none));
+    EXPECT_FALSE(broken.isPlain);
+    EXPECT_LE(broken.request.bindings.Capacity(), none.size() / ber::Binding({1, 3}).size());
+}
+
 TEST(PlainMessage, ReadsValuesLikeTheWireLibrary)
 {
     for (const ber::Bytes& value :
