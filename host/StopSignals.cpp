@@ -1,10 +1,5 @@
 #include "host/StopSignals.h"
 
-#include "host/HostError.h"
-#include "host/SystemError.h"
-
-#include <cerrno>
-#include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/signalfd.h>
 
@@ -44,24 +39,17 @@ sigset_t Read(BStopSignals::EHangup hangup)
     return signals;
 }
 
-bool Add(const BDescriptor& to, const BDescriptor& added)
-{
-    epoll_event event = {};
-    event.events = EPOLLIN;
-    return epoll_ctl(to.Get(), EPOLL_CTL_ADD, added.Get(), &event) == 0;
-}
-
 } // namespace
 
 BStopSignals::BStopSignals(EHangup hangup)
     : m_signals(BlockAndOpen(Ending(hangup))), m_hangups(BlockAndOpen(Read(hangup))),
-      m_request(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), m_either(epoll_create1(EPOLL_CLOEXEC))
+      m_request(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     // A write that cannot be done shall fail, not end the agent.
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);
-    if (!Add(m_either, m_signals) || !Add(m_either, m_request))
-        throw BHostError(eExitUsage, "no signals: " + SystemError(errno));
+    m_either.Add(m_signals.Get(), 0);
+    m_either.Add(m_request.Get(), 0);
 }
 
 void BStopSignals::Request() { eventfd_write(m_request.Get(), 1); }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/Descriptor.h"
+#include "host/PollSet.h"
 
 #include <csignal>
 
@@ -25,7 +26,7 @@ public:
     BStopSignals(const BStopSignals&) = delete;
     BStopSignals& operator=(const BStopSignals&) = delete;
 
-    int Descriptor() const { return m_either.Get(); }
+    int Descriptor() const { return m_either.Descriptor(); }
     // A signalfd that becomes readable with SIGHUP; never for one that it ends.
     int Hangups() const { return m_hangups.Get(); }
     // Ends the agent as a signal does.
@@ -35,7 +36,7 @@ private:
     BDescriptor m_signals;
     BDescriptor m_hangups;
     BDescriptor m_request;
-    BDescriptor m_either; // an epoll over signals and request
+    BPollSet m_either; // signals and request
 };
 
 } // namespace VLK::host

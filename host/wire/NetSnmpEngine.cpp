@@ -2,6 +2,7 @@
 
 #include "host/HostError.h"
 #include "host/LimitedLog.h"
+#include "host/PollSet.h"
 #include "host/Relay.h"
 #include "host/SystemError.h"
 #include "host/verbs/RequestClock.h"
@@ -18,7 +19,6 @@
 #include <fcntl.h>
 #include <mutex>
 #include <optional>
-#include <poll.h>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -32,6 +32,9 @@ namespace {
 constexpr std::chrono::milliseconds kPatience{1};
 
 constexpr size_t kMostQueuedSets = 64;
+
+// Of what is polled for.
+enum { kStop, kReceivers, kFirstSession };
 
 struct SPduEnd {
     void operator()(netsnmp_pdu* pdu) const { snmp_free_pdu(pdu); }
@@ -83,10 +86,11 @@ struct BNetSnmpEngine::SState {
           workers(requestWorkers)
     {
     }
-    void Serve(BRelay& relay, int stopDescriptor);
+    void PollFor(BPollSet& polled, int stopDescriptor) const;
+    void Serve(BRelay& relay, const BPollSet& polled);
     void SetSenders(const std::vector<SUser>& senders);
     bool ServeArrivals(BRelay& relay, SSession& session);
-    int PrepareReceivers(std::vector<pollfd>& waits, size_t first);
+    int Patience();
     bool Accept(BRelay& relay, SArrival& arrival);
     bool Answer(BRelay* relay, SArrival& arrival);
     bool Run(SArrival& arrival, SResponse& response);
@@ -451,7 +455,7 @@ BTransportAddress BNetSnmpEngine::Open(const BTransportAddress& address, STraffi
     netsnmp_session settings;
     snmp_sess_init(&settings);
     netsnmp_transport* transport = OpenTransport(address);
-    // A datagram that poll() saw may still be dropped for its checksum.
+    // A datagram that was polled for may still be dropped for its checksum.
     fcntl(transport->sock, F_SETFL, fcntl(transport->sock, F_GETFL) | O_NONBLOCK);
     auto session = std::make_unique<SSession>();
     session->handler = &m_state->handler;
@@ -510,7 +514,9 @@ void BNetSnmpEngine::Serve(int stopDescriptor)
 {
     BRelay relay(m_state->workers, kPatience);
     const SServingRelay serving(*m_state, relay);
-    relay.Run([&] { m_state->Serve(relay, stopDescriptor); });
+    BPollSet polled;
+    m_state->PollFor(polled, stopDescriptor);
+    relay.Run([&] { m_state->Serve(relay, polled); });
     m_state->queuedSets.clear();
 }
 
@@ -521,10 +527,19 @@ void BNetSnmpEngine::SState::SetSenders(const std::vector<SUser>& senders)
     receivers.SpeakV3(senders);
 }
 
-int BNetSnmpEngine::SState::PrepareReceivers(std::vector<pollfd>& waits, size_t first)
+void BNetSnmpEngine::SState::PollFor(BPollSet& polled, int stopDescriptor) const
+{
+    polled.Add(stopDescriptor, kStop);
+    polled.Add(receivers.Descriptor(), kReceivers);
+    unsigned key = kFirstSession;
+    for (const std::unique_ptr<SSession>& session : sessions)
+        polled.Add(session->socket.Descriptor(), key++);
+}
+
+int BNetSnmpEngine::SState::Patience()
 {
     std::lock_guard<std::mutex> lock(wire);
-    return receivers.Prepare(waits, first);
+    return receivers.Patience();
 }
 
 // Those that one call brings. Whether the thread has its role still; if not, there may be
@@ -543,28 +558,23 @@ bool BNetSnmpEngine::SState::ServeArrivals(BRelay& relay, SSession& session)
 }
 
 // Returns when it is to end, or when the thread has lost its role.
-void BNetSnmpEngine::SState::Serve(BRelay& relay, int stopDescriptor)
+void BNetSnmpEngine::SState::Serve(BRelay& relay, const BPollSet& polled)
 {
     if (reader.HasMore() && !ServeArrivals(relay, *reading))
         return;
-    std::vector<pollfd> waits{{stopDescriptor, POLLIN, 0}};
-    for (const std::unique_ptr<SSession>& session : sessions)
-        waits.push_back({session->socket.Descriptor(), POLLIN, 0});
-    const size_t firstOfReceivers = waits.size();
     for (;;) {
-        if (poll(waits.data(), waits.size(), PrepareReceivers(waits, firstOfReceivers)) < 0) {
-            if (errno == EINTR)
-                continue;
-            throw BHostError(eExitUsage, "cannot wait: " + SystemError(errno));
-        }
-        if (waits[0].revents)
+        const int patience = Patience();
+        const BPollSet::CReady ready = polled.Wait(patience);
+        if (ready.Has(kStop))
             return;
-        for (size_t i = 0; i < sessions.size(); ++i) {
-            if (waits[i + 1].revents && !ServeArrivals(relay, *sessions[i]))
+        for (unsigned key : ready) {
+            if (key >= kFirstSession && !ServeArrivals(relay, *sessions[key - kFirstSession]))
                 return;
         }
-        std::lock_guard<std::mutex> lock(wire);
-        receivers.Serve(waits, firstOfReceivers);
+        if (patience >= 0 || ready.Has(kReceivers)) {
+            std::lock_guard<std::mutex> lock(wire);
+            receivers.Serve();
+        }
     }
 }
 

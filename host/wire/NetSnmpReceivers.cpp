@@ -18,8 +18,9 @@ namespace {
 
 using CClock = std::chrono::steady_clock;
 
-constexpr size_t kWake = 0;  // of the waits
-constexpr size_t kFirst = 1; // of the links'
+// Of what is polled for.
+constexpr unsigned kWake = 0;
+unsigned KeyOf(unsigned receiver) { return receiver + 1; }
 
 // Of one try: that the engine is another one, and its time.
 constexpr unsigned kMostReports = 2;
@@ -31,8 +32,7 @@ constexpr std::chrono::milliseconds kProbeInterval{1000};
 constexpr size_t kShortestEngineId = 5;
 constexpr size_t kLongestEngineId = 32;
 
-constexpr int kPatienceWithoutMemory = 100; // milliseconds
-constexpr int kMostPatience = 3600000;
+constexpr int kMostPatience = 3600000; // milliseconds
 
 // The address that datagrams to the receiver leave from now, as SNMPv1 tells it:
 // 0.0.0.0 when it is none of IPv4 (RFC 3584 section 3.2).
@@ -214,6 +214,7 @@ BNetSnmpReceivers::BNetSnmpReceivers(BMessageReader& reader)
 {
     if (!m_wake.IsOpen())
         throw BHostError(eExitUsage, "no event: " + SystemError(errno));
+    m_polled.Add(m_wake.Get(), kWake);
 }
 
 BNetSnmpReceivers::~BNetSnmpReceivers() { Close(); }
@@ -258,6 +259,7 @@ unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, std::shared_ptr<SDeli
     if (isV3)
         LeaveEngineToUs(*snmp_sess_session(link->session), receiver);
     const unsigned number = m_next;
+    m_polled.Add(link->descriptor, KeyOf(number));
     {
         std::lock_guard<std::mutex> lock(m_lock);
         m_removed.reserve(m_links.size() + 1);
@@ -271,7 +273,6 @@ unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, std::shared_ptr<SDeli
         throw;
     }
     ++m_next;
-    eventfd_write(m_wake.Get(), 1); // so that it is polled for
     return number;
 }
 
@@ -301,21 +302,6 @@ void BNetSnmpReceivers::Notify(unsigned receiver, SNotification&& notification)
     eventfd_write(m_wake.Get(), 1);
 }
 
-// Without memory they are polled for the next time.
-int BNetSnmpReceivers::Prepare(std::vector<pollfd>& waits, size_t first) const
-{
-    waits.resize(first);
-    try {
-        waits.reserve(first + kFirst + m_links.size());
-        waits.push_back({m_wake.Get(), POLLIN, 0});
-        for (const auto& [number, link] : m_links)
-            waits.push_back({link->descriptor, POLLIN, 0});
-    } catch (const std::bad_alloc&) {
-        return kPatienceWithoutMemory;
-    }
-    return Patience();
-}
-
 int BNetSnmpReceivers::Patience() const
 {
     auto next = CClock::time_point::max();
@@ -331,16 +317,12 @@ int BNetSnmpReceivers::Patience() const
         std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, kMostPatience) + 1);
 }
 
-// Receivers that were added since then are behind those that were polled for.
-void BNetSnmpReceivers::Serve(const std::vector<pollfd>& waits, size_t first)
+void BNetSnmpReceivers::Serve()
 {
-    size_t at = first + kFirst;
-    for (const auto& [number, link] : m_links) {
-        const bool wasPolled = at < waits.size();
-        ServeLink(*link, wasPolled && waits[at].revents);
-        ++at;
-    }
-    if (waits.size() > first && waits[first + kWake].revents)
+    const BPollSet::CReady ready = m_polled.Wait(0);
+    for (const auto& [number, link] : m_links)
+        ServeLink(*link, ready.Has(KeyOf(number)));
+    if (ready.Has(kWake))
         CarryOut();
 }
 
@@ -364,8 +346,11 @@ void BNetSnmpReceivers::CarryOut()
     eventfd_t wakes;
     eventfd_read(m_wake.Get(), &wakes);
     std::unique_lock<std::mutex> lock(m_lock);
-    for (unsigned removed : m_removed)
-        m_links.erase(removed);
+    for (unsigned removed : m_removed) {
+        const auto found = m_links.find(removed);
+        m_polled.Remove(found->second->descriptor);
+        m_links.erase(found);
+    }
     m_removed.clear();
     for (size_t count = m_queue.size(); count > 0; --count) {
         SQueued queued = std::move(m_queue.front());

@@ -3,6 +3,7 @@
 
 #include "host/Descriptor.h"
 #include "host/Notification.h"
+#include "host/PollSet.h"
 #include "host/access/Users.h"
 #include "host/wire/MessageReader.h"
 
@@ -11,16 +12,15 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <poll.h>
 
 namespace VLK::host {
 
 // Sends what is queued, and asks for informs until they are acknowledged. Nothing
-// waits for a receiver: sockets do not block, and a deadline is one of the poll.
+// waits for a receiver: sockets do not block, and Patience() tells the next deadline.
 //
 // Ownership: the reader outlives it.
 // Threads:   Notify() and Remove() on any; all else under the wire library's lock, and
-//            Prepare() and Serve() on the thread that serves.
+//            Patience() and Serve() on the thread that serves.
 // Errors:    Add() throws BHostError. What cannot be sent for want of memory is counted
 //            as failed.
 class BNetSnmpReceivers {
@@ -43,11 +43,11 @@ public:
     void Remove(unsigned receiver);
     void Notify(unsigned receiver, SNotification&& notification);
 
-    // Makes what Serve() waits for of the waits from `first` on. Milliseconds after
-    // which Serve() has something to do anyway; -1 for none.
-    int Prepare(std::vector<pollfd>& waits, size_t first) const;
-    // Does what is to be done, given those waits as poll() left them.
-    void Serve(const std::vector<pollfd>& waits, size_t first);
+    // Readable when Serve() has something to do.
+    int Descriptor() const { return m_polled.Descriptor(); }
+    // Milliseconds after which it has anyway; -1 for none.
+    int Patience() const;
+    void Serve();
 
 private:
     struct SPending;
@@ -57,7 +57,6 @@ private:
         SNotification notification;
     };
 
-    int Patience() const;
     void ServeLink(SLink& link, bool hasMessage);
     void CarryOut();
     void Send(SQueued& queued);
@@ -69,7 +68,7 @@ private:
     BMessageReader& m_reader;
     std::vector<SUser> m_users;
     BDescriptor m_wake; // readable when there is something to carry out
-    // In the order of their numbers: what is polled for keeps its place when more come.
+    BPollSet m_polled;  // that, and the links by their numbers
     std::map<unsigned, std::unique_ptr<SLink>> m_links;
     unsigned m_next = 0;
     std::mutex m_lock;

@@ -12,6 +12,7 @@
 #include <arpa/inet.h>
 #include <atomic>
 #include <chrono>
+#include <poll.h>
 
 using namespace VLK;
 using namespace VLK::host;
