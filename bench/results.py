@@ -89,6 +89,10 @@ TABLES = [
         Row("GET by the dispatcher", "DispatchGet", "QueryGet"),
         Row("GETBULK of ten by the dispatcher", "DispatchBulk"),
         Row("SET by the dispatcher", "DispatchSet"),
+        Row("GET of one, from datagram to datagram", "AnswerGet", "DispatchGet"),
+        Row("GET of ten, from datagram to datagram", "AnswerGetOfTen"),
+        Row("ten bindings read, a binding", "ReadBindings/10", per=10),
+        Row("9,000 bindings read, a binding", "ReadBindings/9000", per=9000),
     ]),
 ]
 
