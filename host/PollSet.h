@@ -26,7 +26,7 @@ public:
     private:
         friend BPollSet;
         static constexpr size_t kMost = 16;
-        unsigned m_keys[kMost];
+        unsigned m_keys[kMost] = {};
         size_t m_count = 0;
     };
 

@@ -38,8 +38,10 @@ private:
 
 std::set<unsigned> Ready(const BPollSet& polled, int milliseconds)
 {
-    const BPollSet::CReady ready = polled.Wait(milliseconds);
-    return {ready.begin(), ready.end()};
+    std::set<unsigned> keys;
+    for (unsigned key : polled.Wait(milliseconds))
+        keys.insert(key);
+    return keys;
 }
 
 // Has a signal interrupt whatever waits, again and again.
