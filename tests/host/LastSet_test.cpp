@@ -10,7 +10,6 @@
 
 using namespace VLK;
 using namespace VLK::host;
-using VLK::Test::MakeOid;
 using VLK::Test::RecorderHandler;
 
 namespace {

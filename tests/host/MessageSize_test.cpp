@@ -151,15 +151,16 @@ TEST(MessageSize, AListFitsWhereItsBindingsFitOneByOne)
         BVarBind binding(BObjectIdentifier(BString("1.3.6.4294967295.4294967295.0")), value);
         size += BindingSize(binding);
         ASSERT_TRUE(list.Append(binding));
-        const unsigned frame = 40;
-        for (unsigned room = static_cast<unsigned>(size); room < size + 2 * frame; ++room) {
+        const unsigned least = static_cast<unsigned>(size);
+        const unsigned most = least + 80; // more than the frames take
+        for (unsigned room = least; room < most; ++room) {
             BMessageBudget oneByOne(room, 6, 1);
             bool fits = true;
             for (unsigned i = 0; i < list.Count(); ++i)
                 fits = fits && oneByOne.Take(list[static_cast<int>(i)]);
             EXPECT_EQ(BMessageBudget(room, 6, 1).Fits(list), fits) << list.Count() << ' ' << room;
         }
-        EXPECT_FALSE(BMessageBudget(static_cast<unsigned>(size), 6, 1).Fits(list));
-        EXPECT_TRUE(BMessageBudget(static_cast<unsigned>(size) + 2 * frame, 6, 1).Fits(list));
+        EXPECT_FALSE(BMessageBudget(least, 6, 1).Fits(list));
+        EXPECT_TRUE(BMessageBudget(most, 6, 1).Fits(list));
     }
 }

@@ -96,7 +96,7 @@ bool LoopbackBroadcasts()
     setsockopt(descriptor, SOL_SOCKET, SO_BROADCAST, &on, sizeof on);
     sockaddr_in address = V4("udp:0.0.0.0:0", 0);
     socklen_t length = sizeof address;
-    bind(descriptor, reinterpret_cast<sockaddr*>(&address), length);
+    EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), length), 0);
     getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length);
     const unsigned port = ntohs(address.sin_port);
     address = V4("udp:127.255.255.255:0", port);

@@ -10,6 +10,7 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 using namespace VLK;
 using namespace VLK::host;
@@ -254,12 +255,14 @@ TEST_F(StoreFile, WithoutAStateDirectoryTheHomeDirectoryHoldsIt)
 
 TEST_F(StoreFile, WithoutAnyOfTheseItIsInTheHomeDirectoryOfTheUser)
 {
-    const passwd* const user = getpwuid(geteuid());
-    if (!user)
+    passwd user = {};
+    passwd* found = nullptr;
+    std::vector<char> texts(65536);
+    if (getpwuid_r(geteuid(), &user, texts.data(), texts.size(), &found) != 0 || !found)
         GTEST_SKIP() << "this user is not known by name";
     for (const char* home : {"", "relative/path"}) {
         SetEnvironment(nullptr, home);
-        EXPECT_EQ(StateDirectory(), user->pw_dir + std::string("/.local/state/vkagentd"));
+        EXPECT_EQ(StateDirectory(), user.pw_dir + std::string("/.local/state/vkagentd"));
     }
 }
 
