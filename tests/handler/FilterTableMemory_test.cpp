@@ -90,6 +90,7 @@ TEST(FilterTableMemory, ManyRowsAreFoundWithAndWithout)
                 EXPECT_TRUE(table->Insert("v", MakeOid(Arcs{1, 3, arc}), BOctetString(),
                                           arc % 2 ? eFilterIncluded : eFilterExcluded,
                                           eStorageVolatile, eRowActive, false));
+            EXPECT_NE(nullptr, table->RowAt(5)); // and may be changed behind the table's back
             return table;
         },
         [&](auto& table) {
