@@ -98,11 +98,7 @@ ssize_t SendTo(int descriptor, const void* bytes, size_t length,
     msghdr message = MakeMessage(&remote.sa, SizeOf(remote), data);
     SPacketInfo room;
     WriteLocalEnd(message, room, ends);
-    ssize_t sent;
-    do
-        sent = sendmsg(descriptor, &message, 0);
-    while (sent < 0 && errno == EINTR);
-    return sent;
+    return sendmsg(descriptor, &message, MSG_DONTWAIT);
 }
 
 // The wire library frees what is put into `*opaque`.

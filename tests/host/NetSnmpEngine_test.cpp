@@ -6,9 +6,13 @@
 
 #include <atomic>
 #include <cstring>
+#include <ifaddrs.h>
+#include <map>
+#include <net/if.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <set>
+#include <string>
 #include <sys/socket.h>
 
 using namespace VLK;
@@ -89,23 +93,79 @@ sockaddr_in6 LoopbackV6(unsigned port)
     return out;
 }
 
-bool LoopbackBroadcasts()
+void SetPort(sockaddr_in& address, unsigned port)
+{
+    address.sin_port = htons(static_cast<uint16_t>(port));
+}
+
+void SetPort(sockaddr_in6& address, unsigned port)
+{
+    address.sin6_port = htons(static_cast<uint16_t>(port));
+}
+
+unsigned PortOf(const sockaddr_in& address) { return ntohs(address.sin_port); }
+unsigned PortOf(const sockaddr_in6& address) { return ntohs(address.sin6_port); }
+
+// Whether this machine has a datagram that is sent to the address come to who listens.
+template <class TAddress>
+bool Comes(TAddress own, TAddress to)
 {
     const int on = 1;
-    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    auto& address = reinterpret_cast<sockaddr&>(own);
+    const int descriptor = socket(address.sa_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     setsockopt(descriptor, SOL_SOCKET, SO_BROADCAST, &on, sizeof on);
-    sockaddr_in address = V4("udp:0.0.0.0:0", 0);
-    socklen_t length = sizeof address;
-    EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), length), 0);
-    getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length);
-    const unsigned port = ntohs(address.sin_port);
-    address = V4("udp:127.255.255.255:0", port);
+    socklen_t length = sizeof own;
+    bool comes =
+        bind(descriptor, &address, length) == 0 && getsockname(descriptor, &address, &length) == 0;
+    SetPort(to, PortOf(own));
     pollfd wait{descriptor, POLLIN, 0};
-    const bool comes =
-        sendto(descriptor, "x", 1, 0, reinterpret_cast<sockaddr*>(&address), length) == 1 &&
-        poll(&wait, 1, 1000) == 1;
+    comes = comes && sendto(descriptor, "x", 1, 0, reinterpret_cast<sockaddr*>(&to), length) == 1 &&
+            poll(&wait, 1, 1000) == 1;
     close(descriptor);
     return comes;
+}
+
+sockaddr_in6 AnyV6()
+{
+    sockaddr_in6 any = {};
+    any.sin6_family = AF_INET6;
+    return any;
+}
+
+// Addresses of one interface; without a scope there is none that has both in use.
+struct SOwnV6 {
+    sockaddr_in6 link; // link-local
+    sockaddr_in6 world;
+};
+
+SOwnV6 OwnV6()
+{
+    std::map<std::string, SOwnV6> interfaces;
+    ifaddrs* all = nullptr;
+    EXPECT_EQ(getifaddrs(&all), 0);
+    for (const ifaddrs* at = all; at; at = at->ifa_next) {
+        if (!at->ifa_addr || at->ifa_addr->sa_family != AF_INET6)
+            continue;
+        sockaddr_in6 address;
+        std::memcpy(&address, at->ifa_addr, sizeof address);
+        SOwnV6& own = interfaces[at->ifa_name];
+        if (Comes(address, address))
+            (IN6_IS_ADDR_LINKLOCAL(&address.sin6_addr) ? own.link : own.world) = address;
+    }
+    freeifaddrs(all);
+    for (const auto& [name, own] : interfaces) {
+        if (own.link.sin6_scope_id != 0 && own.world.sin6_family == AF_INET6)
+            return own;
+    }
+    return {};
+}
+
+// One that is read here, and one that is left to the wire library.
+std::vector<ber::Bytes> PlainAndUnusual()
+{
+    ber::Bytes unusual = Get("any");
+    unusual.insert(1, 1, '\x81'); // the length takes two octets
+    return {Get("any"), unusual};
 }
 
 } // namespace
@@ -120,15 +180,12 @@ TEST_F(NetSnmpEngine, OnEveryAddressTheAnswerLeavesFromTheOneAsked)
     EXPECT_EQ(Handler().requests[0].remote.V4Bytes()[3], 3);
 }
 
-// Of a message that is read here, and of one that is left to the wire library.
 TEST_F(NetSnmpEngine, ABroadcastIsAnsweredFromAnAddressOfItsInterface)
 {
-    if (!LoopbackBroadcasts())
+    if (!Comes(V4("udp:0.0.0.0:0", 0), V4("udp:127.255.255.255:0", 0)))
         GTEST_SKIP() << "the loopback interface passes no broadcasts on";
     unsigned port = Engine().Open(Address("udp:0.0.0.0:0"), Kept<STraffic>()).Port();
-    ber::Bytes unusual = Get("any");
-    unusual.insert(1, 1, '\x81'); // the length takes two octets
-    for (const ber::Bytes& datagram : {Get("any"), unusual}) {
+    for (const ber::Bytes& datagram : PlainAndUnusual()) {
         sockaddr_in source =
             Exchange(V4("udp:127.0.0.1:0", 0), V4("udp:127.255.255.255:0", port), datagram);
         EXPECT_EQ(source.sin_addr.s_addr, htonl(INADDR_LOOPBACK));
@@ -151,6 +208,40 @@ TEST_F(NetSnmpEngine, OnEveryIPv6AddressTheOneAskedIsKnown)
     ASSERT_EQ(Handler().requests.size(), 1u);
     EXPECT_EQ(Handler().requests[0].local.ToString(), "udp6:[::1]:" + std::to_string(port));
     EXPECT_EQ(Handler().requests[0].remote.ToString().find("udp6:[::1]:"), 0u);
+}
+
+TEST_F(NetSnmpEngine, AMulticastIsAnsweredFromAnAddressOfItsInterface)
+{
+    const sockaddr_in6 own = OwnV6().link;
+    sockaddr_in6 all = own;
+    ASSERT_EQ(inet_pton(AF_INET6, "ff01::1", &all.sin6_addr), 1); // of this machine alone
+    if (own.sin6_scope_id == 0 || !Comes(AnyV6(), all))
+        GTEST_SKIP() << "no interface with all kinds of addresses";
+    SetPort(all, Engine().Open(Address("udp6:[::]:0"), Kept<STraffic>()).Port());
+    for (const ber::Bytes& datagram : PlainAndUnusual()) {
+        const sockaddr_in6 source = Exchange(own, all, datagram);
+        EXPECT_FALSE(IN6_IS_ADDR_MULTICAST(&source.sin6_addr));
+        EXPECT_EQ(source.sin6_scope_id, own.sin6_scope_id);
+    }
+}
+
+// Whoever asks: the system alone would answer the loopback from the loopback.
+TEST_F(NetSnmpEngine, EveryIPv6AddressIsAnsweredFromItself)
+{
+    const auto [link, world] = OwnV6();
+    if (link.sin6_scope_id == 0)
+        GTEST_SKIP() << "no interface with all kinds of addresses";
+    const unsigned port = Engine().Open(Address("udp6:[::]:0"), Kept<STraffic>()).Port();
+    const std::pair<sockaddr_in6, sockaddr_in6> pairs[] = {
+        {link, link}, {world, link}, {world, world}, {LoopbackV6(0), world}};
+    for (auto [from, to] : pairs) {
+        SetPort(to, port);
+        for (const ber::Bytes& datagram : PlainAndUnusual()) {
+            const sockaddr_in6 source = Exchange(from, to, datagram);
+            EXPECT_TRUE(IN6_ARE_ADDR_EQUAL(&source.sin6_addr, &to.sin6_addr));
+            EXPECT_EQ(source.sin6_port, to.sin6_port);
+        }
+    }
 }
 
 TEST_F(NetSnmpEngine, AnswersCountAndThoseForWhichNoneFitsAreSilentDrops)
