@@ -100,13 +100,25 @@ protected:
         wait();
         Stop();
         serving.join();
-        char taken;
-        EXPECT_EQ(read(m_stop[0], &taken, 1), 1);
+        ForgetStop();
+    }
+
+    void ServeThoughStopped()
+    {
+        Stop();
+        Engine().Serve(m_stop[0]);
+        ForgetStop();
     }
 
     void Stop() { EXPECT_EQ(write(m_stop[1], "x", 1), 1); }
 
 private:
+    void ForgetStop()
+    {
+        char taken;
+        EXPECT_EQ(read(m_stop[0], &taken, 1), 1);
+    }
+
     int m_stop[2] = {-1, -1};
 };
 

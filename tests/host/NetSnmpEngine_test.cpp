@@ -244,6 +244,19 @@ TEST_F(NetSnmpEngine, EveryIPv6AddressIsAnsweredFromItself)
     }
 }
 
+// However many there are: a flood would keep the agent from ending.
+TEST_F(NetSnmpEngine, TheEndGoesBeforeWhatHasNotBeenTaken)
+{
+    const unsigned port = Engine().Open(Address("udp:127.0.0.1:0"), Kept<STraffic>()).Port();
+    const int client = SendFrom(V4("udp:127.0.0.1:0", 0), V4("udp:127.0.0.1:0", port), Get("any"));
+    ServeThoughStopped();
+    EXPECT_EQ(Handler().requests.size(), 0u);
+    pollfd wait{client, POLLIN, 0};
+    ServeWhile([&] { EXPECT_EQ(poll(&wait, 1, 10000), 1); });
+    EXPECT_EQ(Handler().requests.size(), 1u);
+    close(client);
+}
+
 TEST_F(NetSnmpEngine, AnswersCountAndThoseForWhichNoneFitsAreSilentDrops)
 {
     STraffic& traffic = Kept<STraffic>();
