@@ -11,7 +11,7 @@ namespace VLK::host {
 // ask for each of them twice.
 //
 // Ownership: the descriptors stay their owner's. One that is closed leaves the set, unless
-//            another process has it too.
+//            there is a copy of it.
 // Threads:   any; several may wait, each of which sees what is readable.
 // Errors:    BHostError.
 class BPollSet {

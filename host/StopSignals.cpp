@@ -1,5 +1,9 @@
 #include "host/StopSignals.h"
 
+#include "host/HostError.h"
+#include "host/SystemError.h"
+
+#include <cerrno>
 #include <sys/eventfd.h>
 #include <sys/signalfd.h>
 
@@ -45,6 +49,8 @@ BStopSignals::BStopSignals(EHangup hangup)
     : m_signals(BlockAndOpen(Ending(hangup))), m_hangups(BlockAndOpen(Read(hangup))),
       m_request(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
+    if (!m_signals.IsOpen() || !m_hangups.IsOpen() || !m_request.IsOpen())
+        throw BHostError(eExitUsage, "no signals: " + SystemError(errno));
     // A write that cannot be done shall fail, not end the agent.
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);

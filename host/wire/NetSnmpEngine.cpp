@@ -89,6 +89,8 @@ struct BNetSnmpEngine::SState {
     void PollFor(BPollSet& polled, int stopDescriptor) const;
     void Serve(BRelay& relay, const BPollSet& polled);
     void SetSenders(const std::vector<SUser>& senders);
+    void ServeReceivers();
+    bool ServeSessions(BRelay& relay, const BPollSet::CReady& ready);
     bool ServeArrivals(BRelay& relay, SSession& session);
     int Patience();
     bool Accept(BRelay& relay, SArrival& arrival);
@@ -109,6 +111,7 @@ struct BNetSnmpEngine::SState {
     BPlainAnswer plainAnswer;
     BNetSnmpReceivers receivers{reader};
     std::vector<std::unique_ptr<SSession>> sessions;
+    size_t servedLast = 0; // of these; of the thread with the role
     const unsigned workers;
     bool speaksV3 = false;
     SEngineIdentity identity; // with SNMPv3
@@ -557,6 +560,26 @@ bool BNetSnmpEngine::SState::ServeArrivals(BRelay& relay, SSession& session)
     return true;
 }
 
+// From behind the one that was served last: a thread that loses its role at one comes to
+// no other, and the next thread would begin with the same one again.
+bool BNetSnmpEngine::SState::ServeSessions(BRelay& relay, const BPollSet::CReady& ready)
+{
+    for (size_t left = sessions.size(); left > 0; --left) {
+        servedLast = (servedLast + 1) % sessions.size();
+        if (ready.Has(static_cast<unsigned>(kFirstSession + servedLast)) &&
+            !ServeArrivals(relay, *sessions[servedLast]))
+            return false;
+    }
+    return true;
+}
+
+// Before the requests, at any of which the thread may lose its role.
+void BNetSnmpEngine::SState::ServeReceivers()
+{
+    std::lock_guard<std::mutex> lock(wire);
+    receivers.Serve();
+}
+
 // Returns when it is to end, or when the thread has lost its role.
 void BNetSnmpEngine::SState::Serve(BRelay& relay, const BPollSet& polled)
 {
@@ -567,14 +590,10 @@ void BNetSnmpEngine::SState::Serve(BRelay& relay, const BPollSet& polled)
         const BPollSet::CReady ready = polled.Wait(patience);
         if (ready.Has(kStop))
             return;
-        for (unsigned key : ready) {
-            if (key >= kFirstSession && !ServeArrivals(relay, *sessions[key - kFirstSession]))
-                return;
-        }
-        if (patience >= 0 || ready.Has(kReceivers)) {
-            std::lock_guard<std::mutex> lock(wire);
-            receivers.Serve();
-        }
+        if (patience >= 0 || ready.Has(kReceivers))
+            ServeReceivers();
+        if (!ServeSessions(relay, ready))
+            return;
     }
 }
 
