@@ -84,13 +84,13 @@ TABLES = [
         Row("set", "ConsoleLine/set", "ConsoleLineFloor/set"),
     ]),
     ("The agent, in process", AGENT, [
-        Row("an access decision, no other view rows", "Decide/0"),
-        Row("an access decision, 10,000 view rows", "Decide/10000"),
+        Row("an access decision, no other view rows", "Decide/0", "DecideFloor"),
+        Row("an access decision, 10,000 view rows", "Decide/10000", "DecideFloor"),
         Row("GET by the dispatcher", "DispatchGet", "QueryGet"),
-        Row("GETBULK of ten by the dispatcher", "DispatchBulk"),
-        Row("SET by the dispatcher", "DispatchSet"),
-        Row("GET of one, from datagram to datagram", "AnswerGet", "DispatchGet"),
-        Row("GET of ten, from datagram to datagram", "AnswerGetOfTen"),
+        Row("GETBULK of ten by the dispatcher", "DispatchBulk", "QueryTenNexts"),
+        Row("SET by the dispatcher", "DispatchSet", "QuerySet"),
+        Row("GET of one, from datagram to datagram", "AnswerGet", "AnswerGetFloor"),
+        Row("GET of ten, from datagram to datagram", "AnswerGetOfTen", "AnswerGetOfTenFloor"),
         Row("ten bindings read, a binding", "ReadBindings/10", per=10),
         Row("9,000 bindings read, a binding", "ReadBindings/9000", per=9000),
     ]),
@@ -300,12 +300,14 @@ def report(measurement, root, load):
     return lines + ["```"]
 
 
-def replace(text, lines):
-    if text.count(BEGIN) != 1 or text.count(END) != 1:
-        sys.exit("results: the file lacks the markers of the library's part")
-    before, rest = text.split(BEGIN)
-    after = rest.split(END)[1]
-    return before + BEGIN + "\n" + "\n".join(lines) + "\n" + END + after
+def write(file, begin, end, lines):
+    """Puts the lines between the markers of the file."""
+    text = file.read_text(encoding="utf-8")
+    if text.count(begin) != 1 or text.count(end) != 1:
+        sys.exit(f"{file} lacks the markers {begin} and {end}")
+    before, rest = text.split(begin)
+    after = rest.split(end)[1]
+    file.write_text(before + begin + "\n" + "\n".join(lines) + "\n" + end + after, encoding="utf-8")
 
 
 def main():
@@ -320,8 +322,7 @@ def main():
     measurement = Measurement(options.build.resolve(), options.repetitions, options.min_time)
     measurement.measure(LIBRARY)
     measurement.measure(AGENT)
-    text = replace(options.output.read_text(encoding="utf-8"), report(measurement, root, load))
-    options.output.write_text(text, encoding="utf-8")
+    write(options.output, BEGIN, END, report(measurement, root, load))
 
 
 if __name__ == "__main__":

@@ -15,7 +15,6 @@ import collections
 import mmap
 import os
 import pathlib
-import platform
 import re
 import signal
 import socket
@@ -27,6 +26,9 @@ import tempfile
 import time
 
 HERE = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE.parent))
+import results
+
 RESULTS = HERE.parent / "RESULTS.md"
 BEGIN, END = "<!-- wire: begin -->", "<!-- wire: end -->"
 
@@ -38,26 +40,29 @@ PATIENCE = 60  # seconds, for a server to start
 ECHO, SNMPD, BARE, AGENT = "echo", "snmpd", "snmpd, no wrappers", "vkagentd"
 SERVERS = [ECHO, SNMPD, BARE, AGENT]
 
-# name on the command line: what it is, content, generator's case, table (10^K rows)
-Case = collections.namedtuple("Case", "title content question table window")
+# name on the command line: what it is, content, generator's case, table (10^K rows), and how
+# much of the wrapper-free snmpd's processor time is wanted at most
+Case = collections.namedtuple("Case", "title content question table window limit",
+                              defaults=(None,))
 
 
 def cases():
     found = {
-        "get": Case("GET of sysDescr.0", "system", "get", 0, WINDOW),
-        "get10": Case("GET of 10 bindings", "system", "get10", 0, WINDOW),
+        "get": Case("GET of sysDescr.0", "system", "get", 0, WINDOW, 0.6),
+        "get10": Case("GET of 10 bindings", "system", "get10", 0, WINDOW, 0.4),
     }
     for table in (2, 4, 5, 6):
         rows = f"{10 ** table:,}"
         found[f"random{table}"] = Case(
-            f"GETNEXT, random, {rows} rows", "tables", "random", table, WINDOW)
+            f"GETNEXT, random, {rows} rows", "tables", "random", table, WINDOW, 0.6)
     for table in range(2, 6):
         rows = f"{10 ** table:,}"
-        found[f"walk{table}"] = Case(f"GETNEXT, walk of {rows} rows", "tables", "walk", table, WINDOW)
+        found[f"walk{table}"] = Case(
+            f"GETNEXT, walk of {rows} rows", "tables", "walk", table, WINDOW, 0.6)
     for table in (2, 3, 5, 6):
         rows = f"{10 ** table:,}"
         found[f"bulk{table}"] = Case(
-            f"GETBULK, walk of {rows} rows, 50 each", "tables", "bulk", table, WINDOW)
+            f"GETBULK, walk of {rows} rows, 50 each", "tables", "bulk", table, WINDOW, 0.4)
     found["registrations"] = Case(
         "GET among 10,000 registrations", "registrations", "registrations", 0, WINDOW)
     found["set"] = Case("SET in memory", "tables", "set", 0, WINDOW)
@@ -134,6 +139,7 @@ class Server:
 
 class Bench:
     def __init__(self, build, directory, quick):
+        self.load_before = os.getloadavg()[0]
         self.build = build
         self.directory = directory
         cores = sorted(os.sched_getaffinity(0))
@@ -258,13 +264,9 @@ class Bench:
             return (struct.unpack("=Q", memory[:])[0] - before) / asked
 
 
-def median(values):
-    return statistics.median(values)
-
-
 def spread(values, digits):
-    low, middle, high = min(values), median(values), max(values)
-    return f"{middle:.{digits}f} ({low:.{digits}f}-{high:.{digits}f})"
+    low, middle, high = min(values), statistics.median(values), max(values)
+    return f"{middle:,.{digits}f} ({low:,.{digits}f}-{high:,.{digits}f})"
 
 
 def ratios(figures, of, to, key):
@@ -282,35 +284,45 @@ def processor_rows(measured, key):
         echo = "" if key == "each" and case.question == "bulk" else spread(
             ratios(figures, AGENT, ECHO, key), 1)
         yield [case.title] + [spread([f[key] for f in figures[kind]], 2) for kind in SERVERS] + [
-            spread(ratios(figures, AGENT, BARE, key), 2), echo]
+            spread(ratios(figures, AGENT, BARE, key), 2), f"{case.limit}" if case.limit else "", echo]
 
 
-def report(measured, syncs):
-    head = ["case"] + SERVERS + [f"vkagentd / {BARE}", "vkagentd / echo"]
-    lines = [
-        "The servers run on one core. For throughput and processor time the generator keeps "
-        f"{WINDOW} requests under way (persisted SETs: one) from another core; for latency it "
-        "asks one after the other on the server's own. Processor time is the scheduler's account "
-        "of the server's threads. A cell is the median of "
-        f"{REPETITIONS} repetitions ({FEW} of long walks), with the smallest and the greatest; a ratio "
-        "is made of two figures of one repetition.",
-        "",
-        f"snmpd is {version_of('snmpd')} of Debian, libsnmp {version_of('libsnmp40')}; "
+def tails(figures, kind):
+    return " / ".join(spread([f[key] for f in figures[kind]], 1) for key in ("p50", "p99"))
+
+
+def report(bench, measured, syncs):
+    ratio = f"vkagentd / {BARE}"
+    head = ["case"] + SERVERS + [ratio, "wanted at most", "vkagentd / echo"]
+    lines = results.machine(bench.build, HERE.parent.parent)
+    lines += [
+        f"- load before {bench.load_before:.1f}, after {os.getloadavg()[0]:.1f}; {REPETITIONS} "
+        f"repetitions of {SECONDS} s ({FEW} of long walks), the servers in turn",
+        f"- snmpd is {version_of('snmpd')} of Debian, libsnmp {version_of('libsnmp40')}; "
         f"\"{BARE}\" is the same program with the TCP-wrapper look-ups preloaded away "
-        f"(bench/wire/no_wrapper.cpp). {processor()}, Linux {platform.release()}.",
+        "(bench/wire/no_wrapper.cpp)",
+        "- command: `./dev wire`, which runs `bench/wire/run.py build/bench`",
+        "",
+        "The servers run on one core. For throughput and processor time the generator keeps "
+        f"{WINDOW} requests under way from another core; for latency it asks one after the other on "
+        "the server's own, where a generator on another core would mostly tell how long an idle "
+        "core takes to wake. Persisted SETs are asked one after the other only, and have one figure. "
+        "Processor time is the scheduler's account of the server's threads. A cell is the median, "
+        "with the smallest and the greatest; a ratio is made of two figures of one repetition. What "
+        "is wanted counts for requests under way: it is there for comparison in the second table.",
         "", "Processor time of the server, microseconds a request (GETBULK: an instance):", ""]
     lines += table(head, processor_rows(measured, "each"))
     lines += ["", "The same where each request waits for the answer to the one before it, "
               "microseconds a request:", ""]
     lines += table(head, processor_rows(measured, "alone"))
     lines += ["", "Requests per second:", ""]
-    lines += table(["case"] + SERVERS, (
-        [case.title] + [f"{median([f['rate'] for f in figures[kind]]):,.0f}" for kind in SERVERS]
-        for case, figures in measured))
+    lines += table(["case"] + SERVERS + [ratio], (
+        [case.title] + [spread([f["rate"] for f in figures[kind]], 0) for kind in SERVERS] +
+        [spread(ratios(figures, AGENT, BARE, "rate"), 2)] for case, figures in measured))
     lines += ["", "Latency, microseconds, p50 / p99:", ""]
-    lines += table(["case"] + SERVERS, (
-        [case.title] + [f"{median([f['p50'] for f in figures[kind]]):.1f} / "
-                        f"{median([f['p99'] for f in figures[kind]]):.1f}" for kind in SERVERS]
+    lines += table(["case"] + SERVERS + [f"p50, {ratio}", f"p99, {ratio}"], (
+        [case.title] + [tails(figures, kind) for kind in SERVERS] +
+        [spread(ratios(figures, AGENT, BARE, key), 2) for key in ("p50", "p99")]
         for case, figures in measured))
     if syncs:
         lines += ["", "Syncs of the disk per acknowledged SET of sysContact.0: "
@@ -322,21 +334,6 @@ def version_of(package):
     asked = subprocess.run(["dpkg-query", "-W", "-f=${Version}", package],
                            stdout=subprocess.PIPE, text=True, check=False)
     return asked.stdout.strip()
-
-
-def processor():
-    for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines():
-        if line.startswith("model name"):
-            return line.split(":", 1)[1].strip()
-    return platform.machine()
-
-
-def write_results(lines):
-    text = RESULTS.read_text()
-    if text.count(BEGIN) != 1 or text.count(END) != 1:
-        fail(f"{RESULTS} has no place for the tables")
-    head, rest = text.split(BEGIN)
-    RESULTS.write_text(head + BEGIN + "\n" + "\n".join(lines) + "\n" + END + rest.split(END)[1])
 
 
 def main():
@@ -361,10 +358,10 @@ def main():
     if quick:
         print(f"wire: the answers of {len(measured)} cases are right")
         return
-    lines = report(measured, syncs)
+    lines = report(bench, measured, syncs)
     print("\n".join(lines))
     if not arguments[1:]:
-        write_results(lines)
+        results.write(RESULTS, BEGIN, END, lines)
 
 
 if __name__ == "__main__":
