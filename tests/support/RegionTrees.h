@@ -100,22 +100,35 @@ public:
     }
 
     // Asks for the successor in both ways and says what differs; empty when nothing does.
-    std::string Compare(const Arcs& name, bool isV1)
+    std::string Compare(const Arcs& name, bool isV1) { return CompareNext({name}, isV1); }
+
+    // So for the successors of all names in one GETNEXT. Bindings are resolved one by
+    // one; in SNMPv1 the first without a successor ends the request, and those after
+    // it are as they came.
+    std::string CompareNext(const std::vector<Arcs>& names, bool isV1)
     {
         BVarBindList list;
-        list.Append(MakeOid(name));
+        for (const Arcs& name : names)
+            list.Append(MakeOid(name));
         int errorIndex = 0;
         const int status = GetNext(list, errorIndex, isV1);
-        const Arcs wanted = naive.Next(name, isV1);
-        const bool atEnd = list[0].Value().Syntax() == eEndOfMibView;
-        const Arcs got = atEnd || status ? Arcs() : ArcsOf(list[0].Name());
-        const int wantedStatus = isV1 && wanted.empty() ? eSnmpNoSuchName : eSnmpNoError;
-        if (got == wanted && status == wantedStatus &&
-            (wanted.empty() ? ArcsOf(list[0].Name()) == name
-                            : list[0].Value().Int() == naive.ValueOf(wanted).Int()))
-            return std::string();
-        return "after " + TextOf(name) + (isV1 ? " (v1)" : "") + ": want " + TextOf(wanted) +
-               " got " + TextOf(got) + " status " + std::to_string(status) + Describe();
+        int wantedStatus = eSnmpNoError, wantedIndex = 0;
+        std::string difference;
+        for (size_t i = 0; i < names.size() && difference.empty(); ++i) {
+            const Arcs next = wantedStatus ? Arcs() : naive.Next(names[i], isV1);
+            if (isV1 && next.empty() && wantedStatus == eSnmpNoError) {
+                wantedStatus = eSnmpNoSuchName;
+                wantedIndex = static_cast<int>(i) + 1;
+            }
+            if (!IsAnswer(list[static_cast<int>(i)], names[i], next, isV1))
+                difference = " want " + TextOf(next) + " got " +
+                             TextOf(list[static_cast<int>(i)].Name()) + " after " +
+                             TextOf(names[i]);
+        }
+        if (difference.empty() && status == wantedStatus && errorIndex == wantedIndex)
+            return difference;
+        return "GETNEXT" + std::string(isV1 ? " (v1):" : ":") + difference + " status " +
+               std::to_string(status) + " at " + std::to_string(errorIndex) + Describe();
     }
 
     // Asks for the values of all names in one GET and says what differs.
@@ -177,6 +190,15 @@ public:
     NaiveAgent naive;
 
 private:
+    // What has no successor keeps its name.
+    bool IsAnswer(const BVarBind& got, const Arcs& asked, const Arcs& next, bool isV1) const
+    {
+        if (next.empty())
+            return ArcsOf(got.Name()) == asked && (isV1 || got.Value().Syntax() == eEndOfMibView);
+        const BObjectSyntax& value = naive.ValueOf(next);
+        return ArcsOf(got.Name()) == next && got.Value().Syntax() == value.Syntax() &&
+               got.Value().Int() == value.Int();
+    }
     BObjectSyntax ValueAt(const Arcs& name)
     {
         BObjectSyntax value;
