@@ -11,7 +11,7 @@ BLimitedLog::BLimitedLog(ELogLevel level, FWrite write, std::function<CClock::ti
 
 std::optional<std::string> BLimitedLog::Take()
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     if (!m_limit.Take())
         return std::nullopt;
     unsigned long omitted = m_limit.TakeRefused();

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "host/Log.h"
+#include "host/Mutex.h"
 #include "host/RateLimit.h"
 
 #include <functional>
-#include <mutex>
 #include <optional>
 
 namespace VLK::host {
@@ -40,9 +40,9 @@ private:
     std::optional<std::string> Take();
 
     const ELogLevel m_level;
-    std::mutex m_lock;
+    BMutex m_lock;
     FWrite m_write;
-    BRateLimit m_limit;
+    BRateLimit m_limit VKMIBH_TSA(guarded_by(m_lock));
 };
 
 } // namespace VLK::host

@@ -1,12 +1,12 @@
 #include "host/Log.h"
 
 #include "host/Journal.h"
+#include "host/Mutex.h"
 #include "host/Output.h"
 #include "host/Syslog.h"
 
 #include <atomic>
 #include <cerrno>
-#include <mutex>
 #include <poll.h>
 
 namespace VLK::host {
@@ -18,18 +18,18 @@ namespace {
 constexpr int kLongestWaitMs = 200;
 
 std::atomic<ELogLevel> g_level{eLogInfo};
-std::mutex g_lock;
-ELogTarget g_target = eLogStderr;
-ILineOwner* g_owner = nullptr;
+BMutex g_lock;
+ELogTarget g_target VKMIBH_TSA(guarded_by(g_lock)) = eLogStderr;
+ILineOwner* g_owner VKMIBH_TSA(guarded_by(g_lock)) = nullptr;
 // Of the lines since the last one that came through.
-unsigned long g_omitted = 0;
-bool g_isCut = false; // there is the beginning of the first of them
+unsigned long g_omitted VKMIBH_TSA(guarded_by(g_lock)) = 0;
+bool g_isCut VKMIBH_TSA(guarded_by(g_lock)) = false; // there is the beginning of the first of them
 
 // What held up one line does not hold up the next as well.
-int Patience() { return g_omitted ? 0 : kLongestWaitMs; }
+int Patience() VKMIBH_TSA(requires_capability(g_lock)) { return g_omitted ? 0 : kLongestWaitMs; }
 
 // Whether there is room for more.
-bool HasRoom(const BOutput& output)
+bool HasRoom(const BOutput& output) VKMIBH_TSA(requires_capability(g_lock))
 {
     pollfd wait{output.Descriptor(), POLLOUT, 0};
     int count = 0;
@@ -40,6 +40,7 @@ bool HasRoom(const BOutput& output)
 }
 
 bool WriteAll(const BOutput& output, const std::string& text)
+    VKMIBH_TSA(requires_capability(g_lock))
 {
     for (size_t done = 0; done < text.size();) {
         ssize_t written =
@@ -54,7 +55,7 @@ bool WriteAll(const BOutput& output, const std::string& text)
     return true;
 }
 
-std::string Omitted()
+std::string Omitted() VKMIBH_TSA(requires_capability(g_lock))
 {
     return g_omitted ? " (" + std::to_string(g_omitted) + " before it were not logged)" : "";
 }
@@ -68,7 +69,7 @@ std::string OnOneLine(std::string text)
     return text;
 }
 
-bool WriteToStderr(ELogLevel level, const std::string& text)
+bool WriteToStderr(ELogLevel level, const std::string& text) VKMIBH_TSA(requires_capability(g_lock))
 {
     BOutput output(STDERR_FILENO);
     const std::string label = IsJournal(STDERR_FILENO) ? "<" + std::to_string(level) + ">" : "";
@@ -82,7 +83,7 @@ bool WriteToStderr(ELogLevel level, const std::string& text)
     return true;
 }
 
-bool Write(ELogLevel level, const std::string& text)
+bool Write(ELogLevel level, const std::string& text) VKMIBH_TSA(requires_capability(g_lock))
 {
     switch (g_target == eLogSyslog ? WriteToSyslog(level, text, Patience()) : eSyslogAbsent) {
     case eSyslogDone:
@@ -98,7 +99,7 @@ bool Write(ELogLevel level, const std::string& text)
 
 void SetLog(ELogTarget target, ELogLevel level)
 {
-    std::lock_guard<std::mutex> lock(g_lock);
+    const BLock lock(g_lock);
     g_target = target;
     g_level = level;
 }
@@ -110,7 +111,7 @@ void LogLine(ELogLevel level, const std::string& text)
     if (!IsLogged(level))
         return;
     const std::string line = OnOneLine(text);
-    std::lock_guard<std::mutex> lock(g_lock);
+    const BLock lock(g_lock);
     if (Write(level, line + Omitted()))
         g_omitted = 0;
     else
@@ -119,13 +120,13 @@ void LogLine(ELogLevel level, const std::string& text)
 
 BLineOwnership::BLineOwnership(ILineOwner& owner)
 {
-    std::lock_guard<std::mutex> lock(g_lock);
+    const BLock lock(g_lock);
     g_owner = &owner;
 }
 
 BLineOwnership::~BLineOwnership()
 {
-    std::lock_guard<std::mutex> lock(g_lock);
+    const BLock lock(g_lock);
     g_owner = nullptr;
 }
 

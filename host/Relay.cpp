@@ -51,11 +51,11 @@ bool BRelay::HasWorker()
 {
     if (m_late < m_workers)
         return true;
-    std::unique_lock<std::mutex> lock(m_lock);
+    BLock lock(m_lock);
     if (m_waitedAt == m_returned)
         return false;
     m_waitedAt = m_returned;
-    return m_return.wait_for(lock, m_grace, [this] { return m_late < m_workers; });
+    return m_return.wait_for(lock.ToWaitWith(), m_grace, [this] { return m_late < m_workers; });
 }
 
 // The ticket of work that has taken too long, or kNone at the end.
@@ -82,16 +82,18 @@ int64_t BRelay::WaitForOverdue()
 // Waits until the role is the calling thread's; false at the end.
 bool BRelay::Standby(const std::function<void()>& serve)
 {
-    std::unique_lock<std::mutex> lock(m_lock);
+    BLock lock(m_lock);
     ++m_standbys;
     for (;;) {
-        m_change.wait(lock, [this] { return m_hasEnded || !m_isWatched; });
+        m_change.wait(lock.ToWaitWith(), [this]() VKMIBH_TSA(requires_capability(m_lock)) {
+            return m_hasEnded || !m_isWatched;
+        });
         if (m_hasEnded)
             return false;
         m_isWatched = true;
-        lock.unlock();
+        lock.Unlock();
         int64_t ticket = WaitForOverdue();
-        lock.lock();
+        lock.Lock();
         m_isWatched = false;
         if (m_hasEnded)
             return false;
@@ -134,7 +136,7 @@ bool BRelay::Work(const std::function<void()>& serve)
         return false;
     }
     {
-        std::lock_guard<std::mutex> lock(m_lock);
+        const BLock lock(m_lock);
         if (m_owner != std::this_thread::get_id()) {
             --m_late;
             ++m_returned;
@@ -148,7 +150,7 @@ bool BRelay::Work(const std::function<void()>& serve)
 
 void BRelay::EndAll(std::exception_ptr failure)
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     if (!m_failure)
         m_failure = std::move(failure);
     m_hasEnded = true;
@@ -159,7 +161,7 @@ void BRelay::EndAll(std::exception_ptr failure)
 void BRelay::Run(const std::function<void()>& serve)
 {
     {
-        std::lock_guard<std::mutex> lock(m_lock);
+        const BLock lock(m_lock);
         m_owner = std::this_thread::get_id();
         AddThread(serve);
     }
@@ -167,6 +169,7 @@ void BRelay::Run(const std::function<void()>& serve)
         continue;
     for (std::thread& thread : m_threads)
         thread.join();
+    const BLock lock(m_lock);
     if (m_failure)
         std::rethrow_exception(m_failure);
 }

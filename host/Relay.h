@@ -12,6 +12,7 @@
 #pragma once
 
 #include "host/Descriptor.h"
+#include "host/Mutex.h"
 
 #include <atomic>
 #include <chrono>
@@ -19,7 +20,6 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -71,7 +71,7 @@ private:
     bool Work(const std::function<void()>& serve);
     bool Standby(const std::function<void()>& serve);
     int64_t WaitForOverdue();
-    void AddThread(const std::function<void()>& serve);
+    void AddThread(const std::function<void()>& serve) VKMIBH_TSA(requires_capability(m_lock));
     void EndAll(std::exception_ptr failure);
 
     const unsigned m_workers;
@@ -85,17 +85,17 @@ private:
     std::atomic<unsigned> m_late{0};
     int64_t m_lastBegun = kNone; // of the thread with the role
 
-    std::mutex m_lock;
-    // Under the lock:
+    BMutex m_lock;
     std::condition_variable m_change;
-    std::thread::id m_owner; // of the role
-    unsigned m_standbys = 0;
-    bool m_isWatched = false;            // a standby waits for the timer
-    std::atomic<bool> m_hasEnded{false}; // read without it too
-    std::condition_variable m_return;    // of a late thread
-    uint64_t m_returned = 0;
-    std::optional<uint64_t> m_waitedAt; // m_returned, when a thread was waited for in vain
-    std::exception_ptr m_failure;
+    std::thread::id m_owner VKMIBH_TSA(guarded_by(m_lock)); // of the role
+    unsigned m_standbys VKMIBH_TSA(guarded_by(m_lock)) = 0;
+    bool m_isWatched VKMIBH_TSA(guarded_by(m_lock)) = false; // a standby waits for the timer
+    std::atomic<bool> m_hasEnded{false};                     // read without it too
+    std::condition_variable m_return;                        // of a late thread
+    uint64_t m_returned VKMIBH_TSA(guarded_by(m_lock)) = 0;
+    std::optional<uint64_t> m_waitedAt
+        VKMIBH_TSA(guarded_by(m_lock)); // m_returned, when a thread was waited for in vain
+    std::exception_ptr m_failure VKMIBH_TSA(guarded_by(m_lock));
     std::vector<std::thread> m_threads;
 };
 

@@ -44,13 +44,13 @@ void BAccess::Replace(const SConfiguration& configuration)
         Current()->vacm.KeepViews(CopyOf(m_views));
         ReplaceViews(m_views, configuration.views);
     }
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     m_rights.swap(next);
 }
 
 std::shared_ptr<SRights> BAccess::Current() const
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     return m_rights;
 }
 

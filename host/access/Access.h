@@ -2,11 +2,11 @@
 #pragma once
 
 #include "host/LimitedLog.h"
+#include "host/Mutex.h"
 #include "host/access/Rights.h"
 #include "host/access/Views.h"
 
 #include <memory>
-#include <mutex>
 
 namespace VLK::host {
 
@@ -42,8 +42,8 @@ private:
 
     BStore* const m_store;
     BFilterTable m_views;
-    mutable std::mutex m_lock;
-    std::shared_ptr<SRights> m_rights; // under the lock
+    mutable BMutex m_lock;
+    std::shared_ptr<SRights> m_rights VKMIBH_TSA(guarded_by(m_lock));
     BLimitedLog m_unanswered{eLogInfo};
     BLimitedLog m_refused{eLogInfo};
 };

@@ -24,13 +24,13 @@ void BAgentList::Replace(std::vector<SNamed> agents)
             throw std::bad_alloc();
     }
     // What was there before ends without the lock, if nobody else has it.
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     m_now.swap(next);
 }
 
 std::shared_ptr<BAgents> BAgentList::Registry() const
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     return {m_now, &m_now->registry};
 }
 

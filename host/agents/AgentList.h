@@ -1,8 +1,9 @@
 // The agents of the moment, which come and go while the agent runs.
 #pragma once
 
+#include "host/Mutex.h"
+
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 #include <vkmibh/agents.h>
@@ -38,8 +39,8 @@ private:
     struct SMoment;
 
     BTime& m_time;
-    mutable std::mutex m_lock;
-    std::shared_ptr<SMoment> m_now; // under the lock
+    mutable BMutex m_lock;
+    std::shared_ptr<SMoment> m_now VKMIBH_TSA(guarded_by(m_lock));
 };
 
 } // namespace VLK::host

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "host/Dispatcher.h"
+#include "host/Mutex.h"
 #include "host/RateLimit.h"
 #include "modules/SnmpGroup.h"
 
-#include <mutex>
 #include <vkmibh/agents.h>
 
 namespace VLK::host {
@@ -34,14 +34,14 @@ public:
 private:
     bool IsAllowed()
     {
-        std::lock_guard<std::mutex> lock(m_lock);
+        const BLock lock(m_lock);
         return m_limit.Take();
     }
 
     const modules::CSnmpGroup& m_group;
     ITrapSender& m_sender;
-    std::mutex m_lock;
-    BRateLimit m_limit; // under the lock
+    BMutex m_lock;
+    BRateLimit m_limit VKMIBH_TSA(guarded_by(m_lock));
 };
 
 } // namespace VLK::host

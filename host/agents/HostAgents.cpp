@@ -55,9 +55,9 @@ void BHostAgents::Open(IEngine& engine, const SConfiguration& configuration)
     m_engine = &engine;
     for (const BTransportAddress& address : configuration.listen)
         m_listening.push_back(std::make_shared<BListenAgent>(engine, address));
+    const BLock lock(m_changes);
     if (configuration.v3)
         m_users = configuration.users;
-    std::lock_guard<std::mutex> lock(m_changes);
     Configure(configuration.trapSinks, eRefusalThrown);
     m_managed = Managed(m_rows.Copy());
     Select(eRefusalLogged); // what managers set keeps no agent from its start
@@ -65,19 +65,19 @@ void BHostAgents::Open(IEngine& engine, const SConfiguration& configuration)
 
 void BHostAgents::SetSinks(const std::vector<STrapSink>& sinks)
 {
-    std::lock_guard<std::mutex> lock(m_changes);
+    const BLock lock(m_changes);
     Configure(sinks, eRefusalLogged);
 }
 
 void BHostAgents::SetUsers(const std::vector<SUser>& users)
 {
-    std::lock_guard<std::mutex> lock(m_changes);
+    const BLock lock(m_changes);
     m_users = users;
 }
 
 void BHostAgents::FollowTables()
 {
-    std::lock_guard<std::mutex> lock(m_changes);
+    const BLock lock(m_changes);
     if (!(m_rows.TakeChange() || m_isStale) || !m_engine)
         return;
     m_isStale = true;
@@ -224,7 +224,7 @@ SAgentTotals BHostAgents::Totals()
     SAgentTotals totals;
     for (const std::shared_ptr<BListenAgent>& agent : m_listening)
         totals.overload += agent->Traffic().overload;
-    std::lock_guard<std::mutex> lock(m_changes);
+    const BLock lock(m_changes);
     for (const SSink& sink : m_sinks) {
         const SDelivery& delivery = sink.agent->Delivery();
         ++totals.receivers;

@@ -2,6 +2,7 @@
 // each receiver of its traps.
 #pragma once
 
+#include "host/Mutex.h"
 #include "host/SysUpTime.h"
 #include "host/agents/AgentList.h"
 #include "host/agents/ListenAgent.h"
@@ -10,7 +11,6 @@
 #include "host/agents/TrapGate.h"
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -79,10 +79,12 @@ private:
     using CSinks = std::vector<SSink>;
     enum ERefusal { eRefusalThrown, eRefusalLogged };
 
-    void Configure(const std::vector<STrapSink>& sinks, ERefusal refusal);
-    void Select(ERefusal refusal);
-    void Tell(std::vector<std::string> problems);
-    void Change(const std::vector<STrapSink>& sinks, ERefusal refusal);
+    void Configure(const std::vector<STrapSink>& sinks, ERefusal refusal)
+        VKMIBH_TSA(requires_capability(m_changes));
+    void Select(ERefusal refusal) VKMIBH_TSA(requires_capability(m_changes));
+    void Tell(std::vector<std::string> problems) VKMIBH_TSA(requires_capability(m_changes));
+    void Change(const std::vector<STrapSink>& sinks, ERefusal refusal)
+        VKMIBH_TSA(requires_capability(m_changes));
     static CSinks Keep(const std::vector<STrapSink>& sinks, CSinks& all);
     void Add(const std::vector<STrapSink>& sinks, ERefusal refusal, CSinks& next,
              std::vector<std::shared_ptr<BSinkAgent>>& added);
@@ -96,14 +98,14 @@ private:
     BSysUpTime m_upTime;
     IEngine* m_engine = nullptr;
     std::vector<std::shared_ptr<BListenAgent>> m_listening;
-    std::mutex m_changes; // is held for a change; the wire lock may be taken with it
-    // Under that lock:
-    std::vector<SUser> m_users;
-    modules::STargets m_configured;
-    modules::STargets m_managed; // as the last SET has left them
-    bool m_isStale = false;      // there was no memory to follow the tables
-    CSinks m_sinks;
-    std::vector<std::string> m_problems; // that were told
+    BMutex m_changes; // is held for a change; the wire lock may be taken with it
+    std::vector<SUser> m_users VKMIBH_TSA(guarded_by(m_changes));
+    modules::STargets m_configured VKMIBH_TSA(guarded_by(m_changes));
+    modules::STargets m_managed VKMIBH_TSA(guarded_by(m_changes)); // as the last SET has left them
+    bool m_isStale VKMIBH_TSA(guarded_by(m_changes)) =
+        false; // there was no memory to follow the tables
+    CSinks m_sinks VKMIBH_TSA(guarded_by(m_changes));
+    std::vector<std::string> m_problems VKMIBH_TSA(guarded_by(m_changes)); // that were told
     BLimitedLog m_log{eLogWarning};
 };
 

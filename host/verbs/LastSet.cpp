@@ -53,7 +53,7 @@ void BLastSet::Keep(const BSetTrace& trace, std::chrono::system_clock::time_poin
                     const BSecurityParams& security, const BString& context,
                     const BVarBindList& list, int status, int index, EVacmAnswer refusal)
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     m_last.at = at;
     KeepAsker(m_last, security, context);
     m_last.count = list.Count();
@@ -72,7 +72,7 @@ void BLastSet::Keep(const BSetTrace& trace, std::chrono::system_clock::time_poin
 
 std::optional<SLastSet> BLastSet::Get() const
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     if (!m_isThere)
         return std::nullopt;
     return m_last;

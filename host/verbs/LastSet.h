@@ -1,12 +1,12 @@
 // The last SET, kept for the operator.
 #pragma once
 
+#include "host/Mutex.h"
 #include "host/Request.h"
 #include "host/access/Vacm.h"
 #include "host/verbs/SetTrace.h"
 
 #include <chrono>
-#include <mutex>
 #include <optional>
 
 namespace VLK::host {
@@ -54,9 +54,9 @@ public:
     std::optional<SLastSet> Get() const;
 
 private:
-    mutable std::mutex m_lock;
-    bool m_isThere = false;
-    SLastSet m_last;
+    mutable BMutex m_lock;
+    bool m_isThere VKMIBH_TSA(guarded_by(m_lock)) = false;
+    SLastSet m_last VKMIBH_TSA(guarded_by(m_lock));
 };
 
 } // namespace VLK::host

@@ -38,7 +38,7 @@ BRegions::~BRegions() = default;
 
 std::vector<SRegion> BRegions::Below(const BObjectIdentifier& oid) const
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     std::vector<SRegion> regions;
     const bool isAll = oid.Length() == 0;
     for (const BMibNode* node = isAll ? GetFirstRoot() : FindNode(oid); node; node = node->Next()) {
@@ -54,7 +54,7 @@ std::vector<SRegion> BRegions::Below(const BObjectIdentifier& oid) const
 
 std::optional<SRegion> BRegions::Holding(const BObjectIdentifier& oid) const
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     const BMibNode* node = FindSubtreeHandlerNode(oid);
     if (!node)
         return std::nullopt;
@@ -92,7 +92,7 @@ int BRegions::Register(BMibSubtreeHandler* handler)
 {
     if (!handler)
         return 0;
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     try {
         const bool isKnown = m_watched.count(handler) != 0;
         const int isDone = BMibTree::Register(WatchedFor(*handler));
@@ -106,7 +106,7 @@ int BRegions::Register(BMibSubtreeHandler* handler)
 
 int BRegions::Unregister(BMibSubtreeHandler* handler)
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     const auto known = m_watched.find(handler);
     if (known == m_watched.end())
         return 0;
@@ -117,7 +117,7 @@ int BRegions::Unregister(BMibSubtreeHandler* handler)
 
 int BRegions::Unregister(BObjectIdentifier& oid)
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     return BMibTree::Unregister(oid);
 }
 

@@ -1,10 +1,10 @@
 // The registration tree that an operator can look into.
 #pragma once
 
+#include "host/Mutex.h"
 #include "host/verbs/WatchedHandler.h"
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -45,14 +45,16 @@ public:
     int Unregister(BObjectIdentifier& oid) override;
 
 private:
-    BWatchedHandler* WatchedFor(BMibSubtreeHandler& handler);
-    void Retire(BMibSubtreeHandler& handler);
+    BWatchedHandler* WatchedFor(BMibSubtreeHandler& handler)
+        VKMIBH_TSA(requires_capability(m_lock));
+    void Retire(BMibSubtreeHandler& handler) VKMIBH_TSA(requires_capability(m_lock));
 
     // Inside the registration lock of requests, and never held when a module is called.
-    mutable std::mutex m_lock;
-    std::unordered_map<BMibSubtreeHandler*, std::unique_ptr<BWatchedHandler>> m_watched;
+    mutable BMutex m_lock;
+    std::unordered_map<BMibSubtreeHandler*, std::unique_ptr<BWatchedHandler>>
+        m_watched VKMIBH_TSA(guarded_by(m_lock));
     // Of ranges: some of their places stay in the tree.
-    std::vector<std::unique_ptr<BWatchedHandler>> m_retired;
+    std::vector<std::unique_ptr<BWatchedHandler>> m_retired VKMIBH_TSA(guarded_by(m_lock));
 };
 
 } // namespace VLK::host

@@ -13,7 +13,7 @@ int64_t Now() { return std::chrono::steady_clock::now().time_since_epoch().count
 
 void BSlowness::Add(std::chrono::nanoseconds duration)
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     ++m_sum.requests;
     m_sum.total += duration;
     if (duration > m_sum.worst) {
@@ -24,7 +24,7 @@ void BSlowness::Add(std::chrono::nanoseconds duration)
 
 SSlowness BSlowness::Now() const
 {
-    std::lock_guard<std::mutex> lock(m_lock);
+    const BLock lock(m_lock);
     return m_sum;
 }
 

@@ -1,12 +1,12 @@
 // Which modules keep requests waiting, told without a clock for those that do not.
 #pragma once
 
+#include "host/Mutex.h"
 #include "host/Relay.h"
 
 #include <array>
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 namespace VLK::host {
@@ -29,8 +29,8 @@ public:
     SSlowness Now() const;
 
 private:
-    mutable std::mutex m_lock;
-    SSlowness m_sum;
+    mutable BMutex m_lock;
+    SSlowness m_sum VKMIBH_TSA(guarded_by(m_lock));
 };
 
 // From the beginning of a request to its end, on the thread that runs it.

@@ -2,6 +2,7 @@
 
 #include "host/HostError.h"
 #include "host/LimitedLog.h"
+#include "host/Mutex.h"
 #include "host/PollSet.h"
 #include "host/Relay.h"
 #include "host/SystemError.h"
@@ -17,7 +18,6 @@
 #include <climits>
 #include <deque>
 #include <fcntl.h>
-#include <mutex>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -33,8 +33,7 @@ constexpr std::chrono::milliseconds kPatience{1};
 
 constexpr size_t kMostQueuedSets = 64;
 
-// Of what is polled for.
-enum { kStop, kReceivers, kFirstSession };
+enum { kStop, kReceivers, kFirstSession }; // keys of what is polled for
 
 struct SPduEnd {
     void operator()(netsnmp_pdu* pdu) const { snmp_free_pdu(pdu); }
@@ -105,23 +104,23 @@ struct BNetSnmpEngine::SState {
     modules::SSnmpCounters& counters;
     // Held for every call into the wire library, for none into the handler. Late
     // threads take it for their answer.
-    std::mutex wire;
+    BMutex wire;
     BMessageReader reader;
     SSession* reading = nullptr; // whose messages that has; of the thread with the role
     BPlainAnswer plainAnswer;
     BNetSnmpReceivers receivers{reader};
     std::vector<std::unique_ptr<SSession>> sessions;
-    size_t servedLast = 0; // of these; of the thread with the role
+    size_t turn = 0; // of these; of the thread with the role
     const unsigned workers;
     bool speaksV3 = false;
     SEngineIdentity identity; // with SNMPv3
     std::vector<SUser> users; // of SpeakV3() and ReplaceUsers()
     BLimitedLog overload{eLogWarning};
     // SETs wait for one another: here, and not with a thread each.
-    std::mutex sets;
-    std::deque<SArrival> queuedSets; // under that lock
-    bool isSetAtWork = false;        // under that lock
-    const BRelay* serving = nullptr; // under that lock; while there is one
+    BMutex sets;
+    std::deque<SArrival> queuedSets VKMIBH_TSA(guarded_by(sets));
+    bool isSetAtWork VKMIBH_TSA(guarded_by(sets)) = false;
+    const BRelay* serving VKMIBH_TSA(guarded_by(sets)) = nullptr; // while there is one
 };
 
 namespace {
@@ -319,7 +318,7 @@ void BNetSnmpEngine::SState::Drop(SArrival& arrival)
     ++arrival.session->traffic->overload;
     overload.Write(
         [&] { return "no thread is free: no answer to " + arrival.request.remote.ToString(); });
-    std::lock_guard<std::mutex> lock(wire);
+    const BLock lock(wire);
     arrival.pdu.reset();
 }
 
@@ -334,7 +333,7 @@ bool BNetSnmpEngine::SState::Answer(BRelay* relay, SArrival& arrival)
         isAnswered = Run(arrival, response);
     }
     bool isRole = relay && relay->End(ticket);
-    std::lock_guard<std::mutex> lock(wire);
+    const BLock lock(wire);
     if (isAnswered)
         arrival.session->Deliver(arrival, response, plainAnswer);
     arrival.pdu.reset();
@@ -345,7 +344,7 @@ bool BNetSnmpEngine::SState::Answer(BRelay* relay, SArrival& arrival)
 bool BNetSnmpEngine::SState::QueueSet(SArrival& arrival)
 {
     {
-        std::lock_guard<std::mutex> lock(sets);
+        const BLock lock(sets);
         if (!isSetAtWork) {
             isSetAtWork = true;
             return false;
@@ -362,7 +361,7 @@ bool BNetSnmpEngine::SState::QueueSet(SArrival& arrival)
 // The next one, which is at work then; at the end none.
 std::optional<BNetSnmpEngine::SArrival> BNetSnmpEngine::SState::NextSet(const BRelay& relay)
 {
-    std::lock_guard<std::mutex> lock(sets);
+    const BLock lock(sets);
     isSetAtWork = !queuedSets.empty() && !relay.HasEnded();
     if (!isSetAtWork)
         return std::nullopt;
@@ -436,13 +435,13 @@ void BNetSnmpEngine::ReplaceUsers(const std::vector<SUser>& users)
         m_state->SetSenders(m_state->users);
         throw;
     }
-    std::lock_guard<std::mutex> lock(m_state->wire);
+    const BLock lock(m_state->wire);
     m_state->users = users;
 }
 
 unsigned BNetSnmpEngine::AddReceiver(const SReceiver& receiver, std::shared_ptr<SDelivery> delivery)
 {
-    std::lock_guard<std::mutex> lock(m_state->wire);
+    const BLock lock(m_state->wire);
     return m_state->receivers.Add(receiver, std::move(delivery));
 }
 
@@ -495,7 +494,7 @@ struct BNetSnmpEngine::SServingRelay {
     ~SServingRelay() { Set(nullptr); }
     void Set(const BRelay* relay)
     {
-        std::lock_guard<std::mutex> lock(state.sets);
+        const BLock lock(state.sets);
         state.serving = relay;
     }
     SState& state;
@@ -503,7 +502,7 @@ struct BNetSnmpEngine::SServingRelay {
 
 SEngineLoad BNetSnmpEngine::Load() const
 {
-    std::lock_guard<std::mutex> lock(m_state->sets);
+    const BLock lock(m_state->sets);
     SEngineLoad load;
     load.workers = m_state->workers;
     load.late = m_state->serving ? m_state->serving->Late() : 0;
@@ -520,13 +519,14 @@ void BNetSnmpEngine::Serve(int stopDescriptor)
     BPollSet polled;
     m_state->PollFor(polled, stopDescriptor);
     relay.Run([&] { m_state->Serve(relay, polled); });
+    const BLock lock(m_state->sets);
     m_state->queuedSets.clear();
 }
 
 // The users that notifications are sent as.
 void BNetSnmpEngine::SState::SetSenders(const std::vector<SUser>& senders)
 {
-    std::lock_guard<std::mutex> lock(wire);
+    const BLock lock(wire);
     receivers.SpeakV3(senders);
 }
 
@@ -541,7 +541,7 @@ void BNetSnmpEngine::SState::PollFor(BPollSet& polled, int stopDescriptor) const
 
 int BNetSnmpEngine::SState::Patience()
 {
-    std::lock_guard<std::mutex> lock(wire);
+    const BLock lock(wire);
     return receivers.Patience();
 }
 
@@ -551,23 +551,23 @@ bool BNetSnmpEngine::SState::ServeArrivals(BRelay& relay, SSession& session)
 {
     reading = &session;
     do {
-        std::unique_lock<std::mutex> lock(wire);
+        BLock lock(wire);
         std::optional<SArrival> arrival = session.ReadMessage(reader);
-        lock.unlock();
+        lock.Unlock();
         if (arrival && !Accept(relay, *arrival))
             return false;
     } while (reader.HasMore());
     return true;
 }
 
-// From behind the one that was served last: a thread that loses its role at one comes to
-// no other, and the next thread would begin with the same one again.
+// In turn: a thread that loses its role at one comes to no other, and the next thread
+// would begin with the same one again.
 bool BNetSnmpEngine::SState::ServeSessions(BRelay& relay, const BPollSet::CReady& ready)
 {
     for (size_t left = sessions.size(); left > 0; --left) {
-        servedLast = (servedLast + 1) % sessions.size();
-        if (ready.Has(static_cast<unsigned>(kFirstSession + servedLast)) &&
-            !ServeArrivals(relay, *sessions[servedLast]))
+        const size_t index = std::exchange(turn, (turn + 1) % sessions.size());
+        if (ready.Has(static_cast<unsigned>(kFirstSession + index)) &&
+            !ServeArrivals(relay, *sessions[index]))
             return false;
     }
     return true;
@@ -576,7 +576,7 @@ bool BNetSnmpEngine::SState::ServeSessions(BRelay& relay, const BPollSet::CReady
 // Before the requests, at any of which the thread may lose its role.
 void BNetSnmpEngine::SState::ServeReceivers()
 {
-    std::lock_guard<std::mutex> lock(wire);
+    const BLock lock(wire);
     receivers.Serve();
 }
 

@@ -261,14 +261,14 @@ unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, std::shared_ptr<SDeli
     const unsigned number = m_next;
     m_polled.Add(link->descriptor, KeyOf(number));
     {
-        std::lock_guard<std::mutex> lock(m_lock);
+        const BLock lock(m_lock);
         m_removed.reserve(m_links.size() + 1);
         m_deliveries.emplace(number, std::move(delivery));
     }
     try {
         m_links.emplace(number, std::move(link));
     } catch (const std::bad_alloc&) {
-        std::lock_guard<std::mutex> lock(m_lock);
+        const BLock lock(m_lock);
         m_deliveries.erase(number);
         throw;
     }
@@ -279,7 +279,7 @@ unsigned BNetSnmpReceivers::Add(const SReceiver& receiver, std::shared_ptr<SDeli
 void BNetSnmpReceivers::Remove(unsigned receiver)
 {
     {
-        std::lock_guard<std::mutex> lock(m_lock);
+        const BLock lock(m_lock);
         if (m_deliveries.erase(receiver) != 0)
             m_removed.push_back(receiver);
     }
@@ -289,7 +289,7 @@ void BNetSnmpReceivers::Remove(unsigned receiver)
 void BNetSnmpReceivers::Notify(unsigned receiver, SNotification&& notification)
 {
     {
-        std::lock_guard<std::mutex> lock(m_lock);
+        const BLock lock(m_lock);
         const auto found = m_deliveries.find(receiver);
         if (found == m_deliveries.end())
             return;
@@ -345,7 +345,7 @@ void BNetSnmpReceivers::CarryOut()
 {
     eventfd_t wakes;
     eventfd_read(m_wake.Get(), &wakes);
-    std::unique_lock<std::mutex> lock(m_lock);
+    BLock lock(m_lock);
     for (unsigned removed : m_removed) {
         const auto found = m_links.find(removed);
         m_polled.Remove(found->second->descriptor);
@@ -355,9 +355,9 @@ void BNetSnmpReceivers::CarryOut()
     for (size_t count = m_queue.size(); count > 0; --count) {
         SQueued queued = std::move(m_queue.front());
         m_queue.pop_front();
-        lock.unlock();
+        lock.Unlock();
         Send(queued);
-        lock.lock();
+        lock.Lock();
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/Descriptor.h"
+#include "host/Mutex.h"
 #include "host/Notification.h"
 #include "host/PollSet.h"
 #include "host/access/Users.h"
@@ -11,7 +12,6 @@
 #include <list>
 #include <map>
 #include <memory>
-#include <mutex>
 
 namespace VLK::host {
 
@@ -71,11 +71,11 @@ private:
     BPollSet m_polled;  // that, and the links by their numbers
     std::map<unsigned, std::unique_ptr<SLink>> m_links;
     unsigned m_next = 0;
-    std::mutex m_lock;
-    // Under the lock:
-    std::deque<SQueued> m_queue;
-    std::map<unsigned, std::shared_ptr<SDelivery>> m_deliveries; // of those not removed
-    std::vector<unsigned> m_removed;                             // with room for all links
+    BMutex m_lock;
+    std::deque<SQueued> m_queue VKMIBH_TSA(guarded_by(m_lock));
+    std::map<unsigned, std::shared_ptr<SDelivery>>
+        m_deliveries VKMIBH_TSA(guarded_by(m_lock));                // of those not removed
+    std::vector<unsigned> m_removed VKMIBH_TSA(guarded_by(m_lock)); // with room for all links
 };
 
 } // namespace VLK::host

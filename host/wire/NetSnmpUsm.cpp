@@ -1,6 +1,7 @@
 #include "host/wire/NetSnmpUsm.h"
 
 #include "host/HostError.h"
+#include "host/Mutex.h"
 #include "host/wire/Convert.h"
 
 #include <algorithm>
@@ -169,17 +170,17 @@ void StartUsm(const SEngineIdentity& engine, const std::vector<SUser>& users)
 }
 
 void ReplaceUsers(const SEngineIdentity& engine, const std::vector<SUser>& old,
-                  const std::vector<SUser>& users, std::mutex& lock)
+                  const std::vector<SUser>& users, BMutex& lock)
 {
     std::for_each(users.begin(), users.end(), CheckProtocols);
     for (const SUser& user : old) {
-        std::lock_guard<std::mutex> held(lock);
+        const BLock held(lock);
         if (!Holds(users, user))
             Forget(user);
     }
     // One at a time: to make a key of a passphrase takes milliseconds.
     for (const SUser& user : users) {
-        std::lock_guard<std::mutex> held(lock);
+        const BLock held(lock);
         if (!Holds(old, user))
             Make(engine, user);
     }

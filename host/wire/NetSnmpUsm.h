@@ -2,11 +2,11 @@
 #pragma once
 
 #include "host/EngineIdentity.h"
+#include "host/Mutex.h"
 #include "host/Notification.h"
 #include "host/access/Users.h"
 #include "modules/SnmpCounters.h"
 
-#include <mutex>
 #include <net-snmp/net-snmp-config.h>
 #include <net-snmp/net-snmp-includes.h>
 #include <vector>
@@ -21,7 +21,7 @@ void StartUsm(const SEngineIdentity& engine, const std::vector<SUser>& users);
 // that are as they were stay untouched. `lock` is held for each single one. Throws
 // BHostError, and nothing is changed, for what the wire library cannot do.
 void ReplaceUsers(const SEngineIdentity& engine, const std::vector<SUser>& old,
-                  const std::vector<SUser>& users, std::mutex& lock);
+                  const std::vector<SUser>& users, BMutex& lock);
 
 // Makes of the settings of a session those of a receiver of SNMPv3. For traps the engine
 // is our own, for informs the receiver's, which is not known yet; nothing is asked of it
