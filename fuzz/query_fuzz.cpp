@@ -1,14 +1,15 @@
-// Whole requests against plain models of agents: GET and GETNEXT over nested
-// regions behind an access control that refuses here and there, and SETs on
-// row-status tables in which handlers fail.
-#include "fuzz/Fuzz.h"
+// Whole requests against plain models of agents, in three modes: GET, GETNEXT and
+// SET on nested regions of all kinds behind an access control that refuses here and
+// there; walks over more and stranger trees of lists; and SETs on row-status tables
+// in which handlers fail in every phase.
+#include "fuzz/MixedRequests.h"
 #include "tests/handler/RowStatusAgent.h"
-#include "tests/support/RegionTrees.h"
 
 namespace VLK::Fuzz {
 namespace {
 
-using Test::Arcs;
+// What the first three bits of an input's last byte say; otherwise its last bit.
+constexpr unsigned kMixed = 4;
 
 Arcs TakeName(CBytes& bytes, size_t atMost, Arcs name = Test::TreeBase())
 {
@@ -70,7 +71,7 @@ void CheckReads(CBytes& bytes)
             name = TakeName(bytes, 6);
         std::string difference = agent.CompareGet(names, isV1);
         if (difference.empty())
-            difference = agent.Compare(names[0], isV1);
+            difference = agent.CompareNext(names, isV1);
         if (!difference.empty())
             Differ(difference);
     }
@@ -169,7 +170,10 @@ void CheckSets(CBytes& bytes)
 int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
 {
     VLK::Fuzz::CBytes bytes(data, size);
-    if (bytes.ConsumeBool())
+    const unsigned mode = bytes.ConsumeIntegral<unsigned char>();
+    if (mode >> 5 == VLK::Fuzz::kMixed)
+        VLK::Fuzz::MixedRequests(bytes).Check();
+    else if ((mode & 1) != 0)
         VLK::Fuzz::CheckReads(bytes);
     else
         VLK::Fuzz::CheckSets(bytes);
