@@ -51,6 +51,8 @@ public:
     }
 
 private:
+    using PlainNames = std::vector<Arcs>;
+
     static constexpr unsigned kArcs[] = {0, 1, 2, 3, Test::kPlainCounter};
     static constexpr Test::EPlainKind kKinds[] = {Test::ePlainList, Test::ePlainScalars,
                                                   Test::ePlainTable, Test::ePlainRows,
@@ -183,14 +185,19 @@ private:
         return names;
     }
 
+    // Null: not a column's.
+    const Test::SPlainColumn* ColumnOf(const Arcs& name) const
+    {
+        const auto* const owner = m_plain.OwnerOf(name);
+        return owner && name.size() > owner->first.size()
+                   ? Test::FindPlainColumn(owner->second, name[owner->first.size()])
+                   : nullptr;
+    }
+
     // Mostly one that suits the column.
     Test::SPlainValue TakeValue(const Arcs& name)
     {
-        const auto* const owner = m_plain.OwnerOf(name);
-        const size_t length = owner ? owner->first.size() : 0;
-        const auto* const column = owner && name.size() > length
-                                       ? Test::FindPlainColumn(owner->second, name[length])
-                                       : nullptr;
+        const auto* const column = ColumnOf(name);
         const int kind = Number(0, 15);
         int syntax = column ? column->syntax : int(eAsnInteger);
         if (kind >= 13)
@@ -212,6 +219,42 @@ private:
             Test::Joined(region, {m_bytes.ConsumeIntegralInRange<unsigned>(1, last)});
         return kind == Test::ePlainScalars ? Test::Joined(object, {0}) : TakeMore(object, 1, 2);
     }
+    // What a SET may well set: to end in a commit all of its bindings must be such.
+    PlainNames Settable() const
+    {
+        PlainNames names;
+        for (const auto& [name, value] : m_plain.values) {
+            const auto* const column = ColumnOf(name);
+            if (column && column->isWritable && !m_plain.unwritable.count(name))
+                names.push_back(name);
+        }
+        return names;
+    }
+    Test::SPlainBinding TakeSound(const PlainNames& settable)
+    {
+        const Arcs& name = settable[Below(settable.size())];
+        const auto* const column = ColumnOf(name);
+        const bool isStatus = column->arc == Test::kPlainStatus;
+        if (column->syntax == eAsnOctetString)
+            return {name, {eAsnOctetString, std::string("abcd", Below(4))}};
+        return {name,
+                {eAsnInteger,
+                 isStatus ? std::to_string(m_bytes.PickValueInArray({1, 2, 6})) : TakeNumber()}};
+    }
+    Test::PlainList TakeList()
+    {
+        Test::PlainList list(Below(6) + 1);
+        const PlainNames settable = m_bytes.ConsumeBool() ? Settable() : PlainNames();
+        for (Test::SPlainBinding& binding : list) {
+            if (!settable.empty() && Number(0, 7) != 7) {
+                binding = TakeSound(settable);
+                continue;
+            }
+            binding.name = TakeTarget();
+            binding.value = TakeValue(binding.name);
+        }
+        return list;
+    }
     Test::PlainFailing TakeFailing(const Test::PlainList& list)
     {
         Test::PlainFailing failing;
@@ -225,11 +268,7 @@ private:
     }
     void CheckSet(Test::MixedAgent& agent, bool isV1)
     {
-        Test::PlainList list(Below(6) + 1);
-        for (Test::SPlainBinding& binding : list) {
-            binding.name = TakeTarget();
-            binding.value = TakeValue(binding.name);
-        }
+        const Test::PlainList list = TakeList();
         const Test::PlainFailing failing = TakeFailing(list);
         const Test::PlainSet wanted(m_plain, list, failing);
         Agree(agent.CompareSet(list, failing, isV1, wanted));

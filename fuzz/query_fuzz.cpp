@@ -1,7 +1,7 @@
 // Whole requests against plain models of agents, in three modes: GET, GETNEXT and
-// SET on nested regions of all kinds behind an access control that refuses here and
-// there; walks over more and stranger trees of lists; and SETs on row-status tables
-// in which handlers fail in every phase.
+// SET on nested regions of all kinds behind an access control (MixedRequests.h); GET
+// and GETNEXT on trees of lists; and SETs on row-status tables in which handlers fail
+// in every phase.
 #include "fuzz/MixedRequests.h"
 #include "tests/handler/RowStatusAgent.h"
 

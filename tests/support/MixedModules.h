@@ -66,12 +66,13 @@ public:
     {
         return Joined(Joined(m_region, {column}), index);
     }
-    int Get(const Arcs& name, std::string& text) const
+    template <class Value>
+    int Get(const Arcs& name, Value& value) const
     {
         const auto found = cells.find(name);
         if (found == cells.end())
             return eSnmpNoSuchName;
-        text = found->second.text;
+        Read(SyntaxOf(found->second), value);
         return eSnmpNoError;
     }
     int Set(const Arcs& name, ESnmpSetOpCode op, const SPlainValue& value, void** slot)
@@ -95,6 +96,15 @@ public:
     PlainValues cells;
 
 private:
+    static void Read(const BObjectSyntax& cell, int& value) { value = cell.Int(); }
+    static void Read(const BObjectSyntax& cell, BCounter64& value)
+    {
+        value = BCounter64(cell.Ctr64());
+    }
+    static void Read(const BObjectSyntax& cell, BString& value)
+    {
+        value = BString(VLKTest::BytesOf(cell.Octets()).c_str());
+    }
     void KeepSlot(const Arcs& name, ESnmpSetOpCode op, void** slot)
     {
         if (op == eSetTest && !*slot) {
@@ -125,16 +135,15 @@ inline constexpr SConstraintMapEntry kMixedConstraints[] = {
 class MixedScalars : public BMibScalarGroupImpl {
 public:
     MixedScalars(const Arcs& region, SMixedRecord& record)
-        : BMibScalarGroupImpl("scalars", MakeOid(region)), cells(region, record)
+        : BMibScalarGroupImpl("scalars", MakeOid(region)), cells(region, record),
+          m_map{ScalarRow<eKindInteger, &MixedScalars::OnGet_Number, &MixedScalars::OnSet_Number>(
+                    1, "number", eAsnInteger, eRqReadWrite),
+                ScalarRow<eKindDisplayString, &MixedScalars::OnGet_Text, &MixedScalars::OnSet_Text>(
+                    2, "text", eAsnOctetString, eRqReadWrite),
+                ScalarRow<eKindCounter64, &MixedScalars::OnGet_Counter>(kPlainCounter, "counter",
+                                                                        eAsnCounter64, eRqReadOnly),
+                kRqEnd}
     {
-        m_map = {
-            ScalarRow<eKindInteger, &MixedScalars::OnGet_Number, &MixedScalars::OnSet_Number>(
-                1, "number", eAsnInteger, eRqReadWrite),
-            ScalarRow<eKindDisplayString, &MixedScalars::OnGet_Text, &MixedScalars::OnSet_Text>(
-                2, "text", eAsnOctetString, eRqReadWrite),
-            ScalarRow<eKindCounter64, &MixedScalars::OnGet_Counter>(kPlainCounter, "counter",
-                                                                    eAsnCounter64, eRqReadOnly),
-            kRqEnd};
         Initialize();
     }
     SRqHndlrMapEntry* GetRqHndlrMap() const override { return m_map.data(); }
@@ -143,30 +152,11 @@ public:
     MixedCells cells;
 
 private:
-    int Read(unsigned column, std::string& text) const
-    {
-        return cells.Get(cells.NameOf(column, {0}), text);
-    }
-    int OnGet_Number(unsigned, int& value)
-    {
-        std::string text = "0";
-        const int status = Read(1, text);
-        value = std::stoi(text);
-        return status;
-    }
-    int OnGet_Text(unsigned, BString& value)
-    {
-        std::string text;
-        const int status = Read(2, text);
-        value = BString(text.c_str());
-        return status;
-    }
+    int OnGet_Number(unsigned, int& value) { return cells.Get(cells.NameOf(1, {0}), value); }
+    int OnGet_Text(unsigned, BString& value) { return cells.Get(cells.NameOf(2, {0}), value); }
     int OnGet_Counter(unsigned, BCounter64& value)
     {
-        std::string text = "0";
-        const int status = Read(kPlainCounter, text);
-        value.Set(kPlainCounterHigh, static_cast<unsigned>(std::stoul(text)));
-        return status;
+        return cells.Get(cells.NameOf(kPlainCounter, {0}), value);
     }
     int OnSet_Number(ESnmpSetOpCode op, unsigned, int value, void** slot)
     {
@@ -184,15 +174,15 @@ private:
 class MixedTable : public BMibTableImpl {
 public:
     MixedTable(const Arcs& region, SMixedRecord& record)
-        : BMibTableImpl("table", MakeOid(region)), cells(region, record)
+        : BMibTableImpl("table", MakeOid(region)), cells(region, record),
+          m_map{ColumnRow<eKindInteger, &MixedTable::OnGet_Number, &MixedTable::OnSet_Number>(
+                    1, "number", eAsnInteger, eRqReadWrite),
+                ColumnRow<eKindDisplayString, &MixedTable::OnGet_Text, &MixedTable::OnSet_Text>(
+                    2, "text", eAsnOctetString, eRqReadWrite),
+                ColumnRow<eKindCounter64, &MixedTable::OnGet_Counter>(kPlainCounter, "counter",
+                                                                      eAsnCounter64, eRqReadOnly),
+                kRqEnd}
     {
-        m_map = {ColumnRow<eKindInteger, &MixedTable::OnGet_Number, &MixedTable::OnSet_Number>(
-                     1, "number", eAsnInteger, eRqReadWrite),
-                 ColumnRow<eKindDisplayString, &MixedTable::OnGet_Text, &MixedTable::OnSet_Text>(
-                     2, "text", eAsnOctetString, eRqReadWrite),
-                 ColumnRow<eKindCounter64, &MixedTable::OnGet_Counter>(kPlainCounter, "counter",
-                                                                       eAsnCounter64, eRqReadOnly),
-                 kRqEnd};
         Initialize();
     }
     SRqHndlrMapEntry* GetRqHndlrMap() const override { return m_map.data(); }
@@ -208,10 +198,6 @@ public:
     std::set<Arcs> rows;
 
 private:
-    int Read(unsigned column, const BObjectIdentifier& instance, std::string& text) const
-    {
-        return cells.Get(cells.NameOf(column, ArcsOf(instance)), text);
-    }
     int Write(unsigned column, const BObjectIdentifier& instance, ESnmpSetOpCode op,
               const SPlainValue& value, void** slot)
     {
@@ -221,24 +207,15 @@ private:
     }
     int OnGet_Number(const BObjectIdentifier& instance, unsigned, int& value)
     {
-        std::string text = "0";
-        const int status = Read(1, instance, text);
-        value = std::stoi(text);
-        return status;
+        return cells.Get(cells.NameOf(1, ArcsOf(instance)), value);
     }
     int OnGet_Text(const BObjectIdentifier& instance, unsigned, BString& value)
     {
-        std::string text;
-        const int status = Read(2, instance, text);
-        value = BString(text.c_str());
-        return status;
+        return cells.Get(cells.NameOf(2, ArcsOf(instance)), value);
     }
     int OnGet_Counter(const BObjectIdentifier& instance, unsigned, BCounter64& value)
     {
-        std::string text = "0";
-        const int status = Read(kPlainCounter, instance, text);
-        value.Set(kPlainCounterHigh, static_cast<unsigned>(std::stoul(text)));
-        return status;
+        return cells.Get(cells.NameOf(kPlainCounter, ArcsOf(instance)), value);
     }
     int OnSet_Number(const BObjectIdentifier& instance, ESnmpSetOpCode op, unsigned, int value,
                      void** slot)
