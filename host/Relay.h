@@ -93,8 +93,8 @@ private:
     std::atomic<bool> m_hasEnded{false};                     // read without it too
     std::condition_variable m_return;                        // of a late thread
     uint64_t m_returned VKMIBH_TSA(guarded_by(m_lock)) = 0;
-    std::optional<uint64_t> m_waitedAt
-        VKMIBH_TSA(guarded_by(m_lock)); // m_returned, when a thread was waited for in vain
+    // m_returned, when a thread was waited for in vain.
+    std::optional<uint64_t> m_waitedAt VKMIBH_TSA(guarded_by(m_lock));
     std::exception_ptr m_failure VKMIBH_TSA(guarded_by(m_lock));
     std::vector<std::thread> m_threads;
 };

@@ -102,8 +102,8 @@ private:
     std::vector<SUser> m_users VKMIBH_TSA(guarded_by(m_changes));
     modules::STargets m_configured VKMIBH_TSA(guarded_by(m_changes));
     modules::STargets m_managed VKMIBH_TSA(guarded_by(m_changes)); // as the last SET has left them
-    bool m_isStale VKMIBH_TSA(guarded_by(m_changes)) =
-        false; // there was no memory to follow the tables
+    // There was no memory to follow the tables.
+    bool m_isStale VKMIBH_TSA(guarded_by(m_changes)) = false;
     CSinks m_sinks VKMIBH_TSA(guarded_by(m_changes));
     std::vector<std::string> m_problems VKMIBH_TSA(guarded_by(m_changes)); // that were told
     BLimitedLog m_log{eLogWarning};
